@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "AppStateInterfaces.h"
+
+#include <functional>
+
+class AccessibilityTree;
+class Workspace;
+
+/// Finds out which text field the user was in, in whatever application, and writes text into it. Holds no state.
+/// Main thread only. Every platform error is "no value" or false.
+class AccessibilityService final : public FocusedElementProviding
+{
+public:
+    /// @p tree and @p workspace must outlive this object and its running tasks.
+    AccessibilityService(AccessibilityTree &tree, Workspace &workspace,
+                         std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+
+    /// The field focused anywhere in the session now; null when there is none.
+    QCoro::Task<FocusedTargetPtr> captureFocusedTarget() override;
+
+    /// The field focused inside @p application; null when there is none.
+    QCoro::Task<FocusedTargetPtr> captureFocusedTarget(RunningApplication application);
+
+    /// A target that stands for @p application as a whole. Never null.
+    FocusedTargetPtr applicationFallbackTarget(const RunningApplication &application) const;
+
+    /// True for a field that must not be written: a password field by its role or subrole.
+    static bool isSecureField(const FocusedTarget &target);
+
+    /// Whether @p target's value can be written directly.
+    QCoro::Task<bool> isValueSettable(FocusedTargetPtr target);
+
+    /// Replaces the selection of @p target by @p text and puts the caret after it. True when the value was written.
+    QCoro::Task<bool> insertText(QString text, FocusedTargetPtr target);
+
+private:
+    QCoro::Task<FocusedTargetPtr> makeFocusedTarget(AccessibilityElement element,
+                                                    std::optional<RunningApplication> fallback);
+    QCoro::Task<std::optional<QString>> stringAttribute(QString name, AccessibilityElement element);
+    QCoro::Task<std::optional<TextRange>> selectedTextRange(AccessibilityElement element);
+
+    AccessibilityTree &m_tree;
+    Workspace &m_workspace;
+    std::function<QDateTime()> m_now;
+};

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "AccessibilityService.h"
+#include "AppConfiguration.h"
+#include "AuthService.h"
+#include "CloudEndpoints.h"
+#include "FirebaseBootstrap.h"
+#include "HotkeyService.h"
+#include "InsertionService.h"
+#include "LibraryStore.h"
+#include "PermissionsService.h"
+#include "PickerResults.h"
+#include "PreferenceStore.h"
+#include "RecentUsageStore.h"
+#include "ShareConfirmation.h"
+
+#include "Desktop/EventMonitor.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+/// The offer made after a failed insertion. Exactly one of prompt and skill is present.
+struct InsertionRecovery
+{
+    RenderedPrompt renderedPrompt;
+    std::optional<PromptItem> prompt = {};
+    std::optional<SkillItem> skill = {};
+
+    /// Label of the button that copies instead.
+    QString actionTitle() const;
+
+    bool operator==(const InsertionRecovery &) const = default;
+};
+
+/// What happens once a prompt's variables are filled.
+enum class PendingVariableAction { insert, copy };
+
+/// What AppState is built from. Everything referred to must outlive it.
+struct AppEnvironment
+{
+    AppConfiguration configuration;
+    CloudEndpoints endpoints;
+    UserDefaults &defaults;
+    HttpClient &http;
+    AccessibilityTree &accessibilityTree;
+    Pasteboard &pasteboard;
+    Workspace &workspace;
+    KeyEvents &keyEvents;
+    EventMonitor &eventMonitor;
+    HotKeys &hotKeys;
+    QString bundleIdentifier;   ///< of this application
+    qint64 processIdentifier;   ///< of this application
+    std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
+};
+
+/// The application's one coordinator: owns the services and the observable state, and turns a hotkey press or a click
+/// on a prompt into inserted or copied text. Main thread only. Nothing is thrown: every outcome is state.
+class AppState final : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class RootDestination { onboarding, library, settings };
+
+    /// Age at which a remembered target is no longer used.
+    static constexpr std::chrono::seconds externalTargetFreshness{30};
+
+    /// Creates the services, observes them and starts up.
+    explicit AppState(AppEnvironment environment);
+    ~AppState() override;
+
+    /// The application's own instance; null before it is made.
+    static AppState *shared();
+
+    // Observable state. Each setter publishes only a change.
+    const QString &query() const { return m_query; }
+    void setQuery(const QString &query);
+    RootDestination rootDestination() const { return m_rootDestination; }
+    void setRootDestination(RootDestination destination);
+    const std::optional<QString> &selectedCategoryID() const { return m_selectedCategoryID; }
+    void setSelectedCategoryID(const std::optional<QString> &id);
+    const std::optional<QString> &selectedPromptID() const { return m_selectedPromptID; }
+    void setSelectedPromptID(const std::optional<QString> &id);
+    const std::optional<QString> &selectedSkillID() const { return m_selectedSkillID; }
+    void setSelectedSkillID(const std::optional<QString> &id);
+    const FocusedTargetPtr &focusedTarget() const { return m_focusedTarget; }
+    const std::optional<PromptItem> &activeVariablePrompt() const { return m_activeVariablePrompt; }
+    const VariableValues &variableValues() const { return m_variableValues; }
+    void setVariableValue(const QString &name, const QString &value);
+    const std::optional<InsertionResult> &lastInsertionResult() const { return m_lastInsertionResult; }
+    void setLastInsertionResult(const std::optional<InsertionResult> &result);
+    const std::optional<InsertionRecovery> &insertionRecovery() const { return m_insertionRecovery; }
+    const std::optional<ShareConfirmation> &shareConfirmation() const { return m_shareConfirmation; }
+    const std::optional<QString> &configurationIssue() const { return m_configurationIssue; }
+    bool palettePresented() const { return m_palettePresented; }
+    void setPalettePresented(bool presented);
+    bool pickerAutoFocusSearch() const { return m_pickerAutoFocusSearch; }
+    void setPickerAutoFocusSearch(bool autoFocus) { m_pickerAutoFocusSearch = autoFocus; }
+    /// True from the start of an insertion until its result.
+    bool isInserting() const { return m_isInserting; }
+
+    // The services.
+    const AppConfiguration &configuration() const { return m_environment.configuration; }
+    PreferenceStore &preferences() { return *m_preferences; }
+    PermissionsService &permissions() { return *m_permissions; }
+    RecentUsageStore &recents() { return *m_recents; }
+    HotkeyService &hotkeyService() { return *m_hotkeyService; }
+    AuthService &authService() { return *m_authService; }
+    LibraryStore &libraryStore() { return *m_libraryStore; }
+    AccessibilityService &accessibilityService() { return *m_accessibilityService; }
+    InsertionService &insertionService() { return *m_insertionService; }
+
+    /// Shows and hides the picker panel; installed by the panel's owner.
+    std::function<void()> presentPaletteAction;
+    std::function<void()> dismissPaletteAction;
+
+    // Opening the picker.
+    void handlePaletteInvocation(bool allowCachedTarget);
+    /// What the hotkey runs: the same with the search field focused.
+    void handleHotkey();
+
+    // Actions on prompts and skills.
+    void beginAction(const PromptItem &prompt, PendingVariableAction action);
+    void confirmVariableAction();
+    /// Closes the variable form; nothing is inserted or copied.
+    void cancelVariableAction();
+    void insertRaw(const PromptItem &prompt);
+    void performCopy(const RenderedPrompt &rendered);
+    void use(const SkillItem &skill);
+    void performSkillCopy(const SkillItem &skill);
+    void copyFailedInsertion();
+    void ensurePromptSelection();
+
+    // Derived values.
+    CategoriesByID categoriesByID() const;
+    QList<PromptItem> visiblePrompts() const;
+    QList<SkillItem> visibleSkills() const;
+    QList<PromptItem> recentPromptItems() const;
+    std::optional<PromptItem> selectedPrompt() const;
+    QList<PickerResultSection> resultSections() const;
+    PickerTargetStatus targetStatus() const;
+    QString hotkeyLabel() const;
+
+    // Start-up, permissions, account.
+    void updateShortcut(const KeyboardShortcut &shortcut);
+    void requestPostEventPermission();
+    void requestAccessibilityPermission();
+    void signIn(bool hasPresentingWindow);
+    void signOut();
+    void updateOnboardingState();
+    /// The application has come to the front.
+    void applicationDidBecomeActive();
+
+Q_SIGNALS:
+    void queryChanged();
+    void rootDestinationChanged();
+    void selectionChanged();
+    void focusedTargetChanged();
+    void activeVariablePromptChanged();
+    void variableValuesChanged();
+    void lastInsertionResultChanged();
+    void insertionRecoveryChanged();
+    void shareConfirmationChanged();
+    void configurationIssueChanged();
+    void palettePresentedChanged();
+    void isInsertingChanged();
+    /// The library, the recents or their order have changed: lists must be read again.
+    void libraryChanged();
+
+private:
+    void observeState();
+    void bootstrap();
+    void registerHotkey();
+
+    QCoro::Task<> invokePalette(bool allowCachedTarget, std::stop_token token);
+    QCoro::Task<FocusedTargetPtr> resolvedInsertionTarget(bool allowCachedTarget, std::stop_token token);
+    QCoro::Task<FocusedTargetPtr> targetFromLastExternalApplication(std::stop_token token);
+    FocusedTargetPtr freshLastExternalFocusedTarget() const;
+    QCoro::Task<> performInsertion(RenderedPrompt rendered, std::stop_token token);
+    QCoro::Task<> performSkillInsertion(SkillItem skill, std::stop_token token);
+    /// Resolves the target, inserts, stores the result.
+    QCoro::Task<InsertionResult> insertIntoCurrentTarget(RenderedPrompt rendered, std::stop_token token);
+    void finishCopy(const QString &text);
+    void recordUse(const PromptItem &prompt);
+    void closeVariableForm();
+    void dismissPalette();
+
+    void startExternalFocusTracking();
+    QCoro::Task<> externalFocusCapture(std::chrono::milliseconds delay, std::stop_token token);
+    QCoro::Task<> rememberCurrentExternalFocusedTarget(std::stop_token token);
+    bool isExternalApplication(const RunningApplication &application) const;
+    FocusedTargetPtr usableExternalTarget(const FocusedTargetPtr &target);
+    void rememberFrontmostExternalApplication();
+
+    void setFocusedTarget(const FocusedTargetPtr &target);
+    void setInsertionRecovery(const std::optional<InsertionRecovery> &recovery);
+    void setShareConfirmation(const std::optional<ShareConfirmation> &confirmation);
+    void setIsInserting(bool inserting);
+
+    AppEnvironment m_environment;
+
+    QString m_query;
+    RootDestination m_rootDestination = RootDestination::library;
+    std::optional<QString> m_selectedCategoryID;
+    std::optional<QString> m_selectedPromptID;
+    std::optional<QString> m_selectedSkillID;
+    FocusedTargetPtr m_focusedTarget;
+    std::optional<PromptItem> m_activeVariablePrompt;
+    VariableValues m_variableValues;
+    std::optional<InsertionResult> m_lastInsertionResult;
+    std::optional<InsertionRecovery> m_insertionRecovery;
+    std::optional<ShareConfirmation> m_shareConfirmation;
+    std::optional<QString> m_configurationIssue;
+    bool m_palettePresented = false;
+    bool m_pickerAutoFocusSearch = false;
+    bool m_isInserting = false;
+    PendingVariableAction m_pendingVariableAction = PendingVariableAction::insert;
+
+    std::unique_ptr<PreferenceStore> m_preferences;
+    std::unique_ptr<PermissionsService> m_permissions;
+    std::unique_ptr<RecentUsageStore> m_recents;
+    std::unique_ptr<HotkeyService> m_hotkeyService;
+    std::unique_ptr<FirebaseBootstrap> m_firebaseBootstrap;
+    std::unique_ptr<AuthService> m_authService;
+    std::unique_ptr<LibraryStore> m_libraryStore;
+    std::unique_ptr<AccessibilityService> m_accessibilityService;
+    std::unique_ptr<InsertionService> m_insertionService;
+
+    std::unique_ptr<EventMonitor::Subscription> m_focusMonitor;
+    FocusedTargetPtr m_lastExternalFocusedTarget;
+    std::optional<RunningApplication> m_lastExternalApplication;
+
+    TaskScope m_tasks; // keep last: stops the coroutines before the other members die
+};

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Models.h"
+
+/// The `{{variable}}` language of prompt texts. Pure functions.
+namespace PromptTemplateParser {
+
+/// Each distinct trimmed variable name of @p text once, in the order of its first occurrence.
+/// A field is two opening braces, one or more characters other than braces, two closing braces.
+QList<VariableToken> variables(const QString &text);
+
+/// Replaces every exact `{{name}}` by its value, one variable after another. A variable without an entry in @p values
+/// keeps its placeholder; so does a field written with spaces inside its braces.
+RenderedPrompt render(const PromptItem &prompt, const VariableValues &values);
+
+}

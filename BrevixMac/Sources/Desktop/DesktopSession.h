@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <memory>
+
+class AccessibilityTree;
+class EventMonitor;
+class HotKeys;
+class KeyEvents;
+class Pasteboard;
+class StatusItem;
+class Workspace;
+
+/// Every desktop seam with the mechanism that fits the session this process runs in. Main thread only; needs a
+/// QApplication. The single place that chooses mechanisms.
+class DesktopSession
+{
+public:
+    DesktopSession();
+    ~DesktopSession();
+
+    AccessibilityTree &accessibilityTree() { return *m_accessibilityTree; }
+    Pasteboard &pasteboard() { return *m_pasteboard; }
+    Workspace &workspace() { return *m_workspace; }
+    KeyEvents &keyEvents() { return *m_keyEvents; }
+    EventMonitor &eventMonitor() { return *m_eventMonitor; }
+    HotKeys &hotKeys() { return *m_hotKeys; }
+    StatusItem &statusItem() { return *m_statusItem; }
+
+private:
+    std::unique_ptr<AccessibilityTree> m_accessibilityTree;
+    std::unique_ptr<Workspace> m_workspace;
+    std::unique_ptr<Pasteboard> m_pasteboard;
+    std::unique_ptr<KeyEvents> m_keyEvents;
+    std::unique_ptr<EventMonitor> m_eventMonitor;
+    std::unique_ptr<HotKeys> m_hotKeys;
+    std::unique_ptr<StatusItem> m_statusItem;
+};

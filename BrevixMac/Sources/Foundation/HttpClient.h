@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QUrl>
+
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <stop_token>
+
+class QNetworkAccessManager;
+
+/// One request. Header names and values are sent as given.
+struct HttpRequest
+{
+    QByteArray method = "GET";
+    QUrl url;
+    QList<QPair<QByteArray, QByteArray>> headers;
+    QByteArray body;
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+};
+
+struct HttpResponse
+{
+    int statusCode = 0; ///< 0 when the answer was not HTTP at all
+    QByteArray contentType;
+    QByteArray body;
+
+    bool isHttp() const { return statusCode != 0; }
+    bool isSuccess() const { return statusCode >= 200 && statusCode <= 299; }
+};
+
+/// No answer came: unreachable host, connection lost, time-out, body over the limit, TLS failure.
+class TransportError : public std::runtime_error
+{
+public:
+    explicit TransportError(const QString &description);
+
+    /// A sentence for the user.
+    QString description() const { return m_description; }
+
+private:
+    QString m_description;
+};
+
+/// The request was stopped by its stop token.
+class CancelledError : public std::runtime_error
+{
+public:
+    CancelledError();
+};
+
+/// Sends requests asynchronously over one connection pool. Main thread only. Redirects are not followed
+/// (a bearer token must not leave its origin), no cookies are kept, and nothing is cached.
+class HttpClient
+{
+public:
+    /// Largest body that is accepted, in bytes (64 MiB).
+    static constexpr qint64 maximumBodySize = 64LL * 1024 * 1024;
+
+    HttpClient();
+    ~HttpClient();
+
+    /// Throws TransportError or CancelledError; an HTTP error status is an answer, not an exception.
+    QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token token);
+
+private:
+    std::unique_ptr<QNetworkAccessManager> m_network;
+};

@@ -1,0 +1,301 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Desktop/AccessibilityTree.h"
+#include "Desktop/EventMonitor.h"
+#include "Desktop/HotKeys.h"
+#include "Desktop/KeyEvents.h"
+#include "Desktop/Pasteboard.h"
+#include "Desktop/StatusItem.h"
+#include "Desktop/Workspace.h"
+
+#include <QMap>
+
+/// A stateful desktop in memory, for what real ones cannot be made to do on demand. Each seam keeps its state in
+/// public members that a test arranges and inspects.
+
+class InMemoryAccessibilityTree : public AccessibilityTree
+{
+public:
+    struct Field
+    {
+        std::optional<qint64> pid;
+        std::optional<QString> role;
+        std::optional<QString> subrole;
+        std::optional<QString> value;
+        std::optional<TextRange> selectedRange;
+        bool isSettable = true;
+        bool acceptsWrites = true;
+    };
+
+    QMap<QString, Field> fields; ///< by element path
+    std::optional<QString> focusedPath;
+    QMap<qint64, QString> focusedPathByApplication;
+    bool trusted = true;
+    int trustRequests = 0;
+    QList<TextRange> writtenRanges;
+
+    static AccessibilityElement element(const QString &path)
+    {
+        return {.kind = AccessibilityElement::Kind::node, .owner = QStringLiteral("memory"), .path = path};
+    }
+
+    QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element, QString name) override
+    {
+        co_return read(element, name);
+    }
+
+    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name, AccessibilityValue value) override
+    {
+        const auto field = fields.find(element.path);
+        if (element.kind != AccessibilityElement::Kind::node || field == fields.end() || !field->acceptsWrites)
+            co_return false;
+        if (name == AX::value && std::holds_alternative<QString>(value)) {
+            field->value = std::get<QString>(value);
+            co_return true;
+        }
+        if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value)) {
+            field->selectedRange = std::get<TextRange>(value);
+            writtenRanges.append(std::get<TextRange>(value));
+            co_return true;
+        }
+        co_return false;
+    }
+
+    QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString) override
+    {
+        co_return element.kind == AccessibilityElement::Kind::node && fields.value(element.path).isSettable
+            && fields.contains(element.path);
+    }
+
+    QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override
+    {
+        co_return fields.value(element.path).pid;
+    }
+
+    bool isProcessTrusted() const override { return trusted; }
+    void requestTrust() override { ++trustRequests; }
+
+private:
+    std::optional<AccessibilityValue> read(const AccessibilityElement &target, const QString &name) const
+    {
+        if (name == AX::focusedUIElement) {
+            if (target.kind == AccessibilityElement::Kind::systemWide && focusedPath)
+                return element(*focusedPath);
+            if (target.kind == AccessibilityElement::Kind::application
+                && focusedPathByApplication.contains(target.processIdentifier))
+                return element(focusedPathByApplication.value(target.processIdentifier));
+            return std::nullopt;
+        }
+        const auto field = fields.find(target.path);
+        if (field == fields.end())
+            return std::nullopt;
+        const auto text = [](const std::optional<QString> &value) -> std::optional<AccessibilityValue> {
+            return value ? std::optional<AccessibilityValue>(*value) : std::nullopt;
+        };
+        if (name == AX::role)
+            return text(field->role);
+        if (name == AX::subrole)
+            return text(field->subrole);
+        if (name == AX::value)
+            return text(field->value);
+        if (name == AX::selectedTextRange && field->selectedRange)
+            return *field->selectedRange;
+        return std::nullopt;
+    }
+};
+
+class InMemoryPasteboard : public Pasteboard
+{
+public:
+    QList<PasteboardItem> content;
+    bool isOwnerHung = false;
+    bool refusesText = false;
+    QStringList history; ///< every operation in order, for checking sequences
+
+    static PasteboardItem textItem(const QString &text)
+    {
+        return {.types = {{QStringLiteral("text/plain;charset=utf-8"), text.toUtf8()}}};
+    }
+
+    QString text() const
+    {
+        return content.isEmpty() || content.first().types.isEmpty()
+            ? QString()
+            : QString::fromUtf8(content.first().types.first().second);
+    }
+
+    QCoro::Task<std::optional<QList<PasteboardItem>>> items() override
+    {
+        history.append(QStringLiteral("items"));
+        if (isOwnerHung)
+            co_return std::nullopt;
+        co_return content;
+    }
+
+    bool setString(const QString &text) override
+    {
+        history.append(QStringLiteral("setString"));
+        if (refusesText)
+            return false;
+        content = {textItem(text)};
+        return true;
+    }
+
+    bool setTransientString(const QString &text, PasteConvention) override
+    {
+        history.append(QStringLiteral("setTransientString"));
+        content = {textItem(text)};
+        return true;
+    }
+
+    bool restore(const QList<PasteboardItem> &items) override
+    {
+        history.append(QStringLiteral("restore"));
+        content = items;
+        Q_EMIT restored();
+        return true;
+    }
+
+    void clearContents() override
+    {
+        history.append(QStringLiteral("clearContents"));
+        content.clear();
+    }
+};
+
+class InMemoryWorkspace : public Workspace
+{
+public:
+    QMap<qint64, RunningApplication> running;
+    std::optional<qint64> frontmost;
+    bool refusesActivation = false;
+    QList<qint64> activations;
+    bool compositing = true;
+
+    void addApplication(qint64 pid, const QString &name, const std::optional<QString> &bundleID = {})
+    {
+        running.insert(pid, {.processIdentifier = pid, .bundleIdentifier = bundleID, .localizedName = name});
+    }
+
+    void bringToFront(qint64 pid)
+    {
+        frontmost = pid;
+        Q_EMIT didActivateApplication();
+    }
+
+    std::optional<RunningApplication> frontmostApplication() const override
+    {
+        return frontmost ? application(*frontmost) : std::nullopt;
+    }
+
+    std::optional<RunningApplication> application(qint64 pid) const override
+    {
+        const auto found = running.find(pid);
+        return found == running.end() ? std::nullopt : std::optional(*found);
+    }
+
+    bool isTerminated(const RunningApplication &application) const override
+    {
+        return !running.contains(application.processIdentifier);
+    }
+
+    QCoro::Task<bool> activate(RunningApplication application) override
+    {
+        activations.append(application.processIdentifier);
+        if (refusesActivation || isTerminated(application))
+            co_return false;
+        frontmost = application.processIdentifier;
+        co_return true;
+    }
+
+    void activateOwnWindow(QWindow *) override {}
+    bool isCompositing() const override { return compositing; }
+};
+
+class InMemoryKeyEvents : public KeyEvents
+{
+public:
+    bool allowed = true;
+    int requests = 0;
+    QList<PasteConvention> postedChords;
+    std::function<void()> onPaste; ///< what the application in front does with the chord
+
+    bool isPostingAllowed() const override { return allowed; }
+    void requestPosting() override { ++requests; }
+
+    QCoro::Task<bool> postPasteChord(PasteConvention convention) override
+    {
+        postedChords.append(convention);
+        if (onPaste)
+            onPaste();
+        co_return true;
+    }
+};
+
+class InMemoryEventMonitor : public EventMonitor
+{
+public:
+    struct Entry
+    {
+        MonitoredEvent::Types types;
+        std::function<void(const MonitoredEvent &)> handler;
+    };
+    QMap<int, Entry> entries;
+
+    void post(const MonitoredEvent &event)
+    {
+        const auto present = entries;
+        for (const Entry &entry : present) {
+            if (entry.types.testFlag(event.type))
+                entry.handler(event);
+        }
+    }
+
+    std::unique_ptr<Subscription> addGlobalMonitor(MonitoredEvent::Types types,
+                                                   std::function<void(const MonitoredEvent &)> handler) override
+    {
+        const int key = m_next++;
+        entries.insert(key, {types, std::move(handler)});
+        return std::make_unique<Subscription>([this, key] { entries.remove(key); });
+    }
+
+private:
+    int m_next = 0;
+};
+
+class InMemoryHotKeys : public HotKeys
+{
+public:
+    std::optional<std::pair<quint32, quint64>> registered;
+    bool isTaken = false;
+    int registrations = 0;
+
+    bool registerHotKey(quint32 keyCode, quint64 modifiers) override
+    {
+        registered.reset();
+        ++registrations;
+        if (isTaken)
+            return false;
+        registered = {keyCode, modifiers};
+        return true;
+    }
+
+    void unregisterHotKey() override { registered.reset(); }
+};
+
+class InMemoryStatusItem : public StatusItem
+{
+public:
+    QString toolTip;
+    QIcon image;
+    bool installed = false;
+    bool shown = true;
+    std::optional<QRect> place = QRect(1000, 0, 24, 24);
+
+    void setImage(const QIcon &icon) override { image = icon; }
+    void setToolTip(const QString &text) override { toolTip = text; }
+    void install() override { installed = true; }
+    bool isShown() const override { return installed && shown; }
+    std::optional<QRect> geometry() const override { return isShown() ? place : std::nullopt; }
+};
