@@ -29,18 +29,10 @@ public:
     /// True for a field that must not be written: a password field by its role or subrole.
     static bool isSecureField(const FocusedTarget &target);
 
-    /// Whether @p target's value can be written directly.
-    QCoro::Task<bool> isValueSettable(FocusedTargetPtr target);
-
     /// Replaces the selection of @p target by @p text and puts the caret after it. True when the value was written.
     QCoro::Task<bool> insertText(QString text, FocusedTargetPtr target);
 
 private:
-    QCoro::Task<FocusedTargetPtr> makeFocusedTarget(AccessibilityElement element,
-                                                    std::optional<RunningApplication> fallback);
-    QCoro::Task<std::optional<QString>> stringAttribute(QString name, AccessibilityElement element);
-    QCoro::Task<std::optional<TextRange>> selectedTextRange(AccessibilityElement element);
-
     AccessibilityTree &m_tree;
     Workspace &m_workspace;
     std::function<QDateTime()> m_now;

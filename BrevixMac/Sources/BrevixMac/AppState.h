@@ -51,13 +51,14 @@ struct AppEnvironment
     KeyEvents &keyEvents;
     EventMonitor &eventMonitor;
     HotKeys &hotKeys;
-    QString bundleIdentifier;   ///< of this application
-    qint64 processIdentifier;   ///< of this application
+    QString bundleIdentifier; ///< of this application
+    qint64 processIdentifier; ///< of this application
     std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
 };
 
-/// The application's one coordinator: owns the services and the observable state, and turns a hotkey press or a click
-/// on a prompt into inserted or copied text. Main thread only. Nothing is thrown: every outcome is state.
+/// The application's one coordinator: owns the services and the observable state, and turns a hotkey press or
+/// a click on a prompt into inserted or copied text. Main thread only. Nothing is thrown: every outcome is
+/// state.
 class AppState final : public QObject
 {
     Q_OBJECT
@@ -136,6 +137,10 @@ public:
 
     // Derived values.
     CategoriesByID categoriesByID() const;
+    /// The library's prompts and skills, each identifier once: a list with two of the same would stop the
+    /// rankers.
+    const QList<PromptItem> &libraryPrompts() const { return m_libraryPrompts; }
+    const QList<SkillItem> &librarySkills() const { return m_librarySkills; }
     QList<PromptItem> visiblePrompts() const;
     QList<SkillItem> visibleSkills() const;
     QList<PromptItem> recentPromptItems() const;
@@ -185,6 +190,9 @@ private:
     QCoro::Task<InsertionResult> insertIntoCurrentTarget(RenderedPrompt rendered, std::stop_token token);
     void finishCopy(const QString &text);
     void recordUse(const PromptItem &prompt);
+    void runPendingAction(const RenderedPrompt &rendered);
+    void clearOutcome();
+    void readLibrary();
     void closeVariableForm();
     void dismissPalette();
 
@@ -203,7 +211,7 @@ private:
     AppEnvironment m_environment;
 
     QString m_query;
-    RootDestination m_rootDestination = RootDestination::library;
+    RootDestination m_rootDestination = RootDestination::onboarding;
     std::optional<QString> m_selectedCategoryID;
     std::optional<QString> m_selectedPromptID;
     std::optional<QString> m_selectedSkillID;
@@ -229,9 +237,14 @@ private:
     std::unique_ptr<AccessibilityService> m_accessibilityService;
     std::unique_ptr<InsertionService> m_insertionService;
 
+    QList<PromptItem> m_libraryPrompts; ///< the library's, each identifier once
+    QList<SkillItem> m_librarySkills;
+
     std::unique_ptr<EventMonitor::Subscription> m_focusMonitor;
     FocusedTargetPtr m_lastExternalFocusedTarget;
     std::optional<RunningApplication> m_lastExternalApplication;
 
-    TaskScope m_tasks; // keep last: stops the coroutines before the other members die
+    // Keep last: they stop the coroutines before the other members die.
+    TaskScope m_invocationTasks;
+    TaskScope m_tasks;
 };

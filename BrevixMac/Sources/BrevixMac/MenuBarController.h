@@ -53,6 +53,10 @@ public:
     /// The product's initial in bold, black on transparent, to be tinted. Square, @p size logical pixels.
     static QIcon brevixTemplateGlyph(int size);
 
+Q_SIGNALS:
+    /// The user asked in the picker to end the application.
+    void quitRequested();
+
 private:
     void position();
     void startOutsideClickMonitor();

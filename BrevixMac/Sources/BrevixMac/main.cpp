@@ -1,1 +1,118 @@
-int main() { return 0; }
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BrevixMacApp.h"
+#include "InstanceService.h"
+
+#include "Desktop/Display.h"
+#include "Foundation/TerminationSignals.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <cstdio>
+
+namespace {
+
+// sysexits.h: a service is unavailable, the command line is wrong.
+constexpr int exitUnavailable = 69;
+constexpr int exitUsage = 64;
+
+int fail(const QString &message, int code)
+{
+    std::fprintf(stderr, "brevix: %s\n", qUtf8Printable(message));
+    return code;
+}
+
+struct CommandLine
+{
+    QCommandLineParser parser;
+    QCommandLineOption local{
+        QStringLiteral("local"),
+        QStringLiteral("Use a library on this machine, served by Brevix itself; needs no account.")};
+    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
+                            QStringLiteral("Show this help and exit.")};
+    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
+                               QStringLiteral("Show the version and exit.")};
+
+    CommandLine()
+    {
+        parser.setApplicationDescription(
+            QStringLiteral("Your prompts, in any text field.\n\n"
+                           "Without a command, starts Brevix in the tray, or shows the one that runs."));
+        parser.addOptions({local, help, version});
+        parser.addPositionalArgument(
+            QStringLiteral("command"),
+            QStringLiteral("toggle: open or close the picker of the running Brevix; "
+                           "bind it to a key where the global shortcut is not available."),
+            QStringLiteral("[toggle]"));
+    }
+};
+
+int toggle()
+{
+    switch (InstanceService::ask(QStringLiteral("Toggle"))) {
+    case InstanceService::Answer::done:
+        return 0;
+    case InstanceService::Answer::notRunning:
+        return fail(QStringLiteral("Brevix is not running. Start it with: brevix"), exitUnavailable);
+    case InstanceService::Answer::noBus:
+        return fail(QStringLiteral("there is no D-Bus session bus to reach the running Brevix"),
+                    exitUnavailable);
+    case InstanceService::Answer::failed:
+        break;
+    }
+    return fail(QStringLiteral("the running Brevix did not answer"), exitUnavailable);
+}
+
+int start(int argc, char **argv, BrevixMacApp::Library library)
+{
+    if (const auto problem = Display::problem())
+        return fail(*problem, exitUnavailable);
+    Display::choosePlatform();
+    QApplication application(argc, argv);
+    QApplication::setDesktopFileName(BrevixMacApp::bundleIdentifier());
+
+    InstanceService instance;
+    if (!instance.claim()) {
+        const bool shown = InstanceService::ask(QStringLiteral("Show")) == InstanceService::Answer::done;
+        return shown ? 0 : fail(QStringLiteral("Brevix runs already but did not answer"), exitUnavailable);
+    }
+    const TerminationSignals signals;
+    QObject::connect(&signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    const BrevixMacApp app(instance, library);
+    if (const auto problem = app.problem())
+        return fail(*problem, exitUnavailable);
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setApplicationName(QStringLiteral("brevix"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(BREVIX_VERSION));
+
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    CommandLine line;
+    if (!line.parser.parse(arguments))
+        return fail(line.parser.errorText() + QStringLiteral("\nTry: brevix --help"), exitUsage);
+    if (line.parser.isSet(line.help)) {
+        std::fputs(qPrintable(line.parser.helpText()), stdout);
+        return 0;
+    }
+    if (line.parser.isSet(line.version)) {
+        std::printf("brevix %s\n", BREVIX_VERSION);
+        return 0;
+    }
+    const QStringList commands = line.parser.positionalArguments();
+    if (commands == QStringList{QStringLiteral("toggle")}) {
+        const QCoreApplication application(argc, argv);
+        return toggle();
+    }
+    if (!commands.isEmpty())
+        return fail(QStringLiteral("unknown command \"%1\"\nTry: brevix --help").arg(commands.join(u' ')),
+                    exitUsage);
+    const bool isLocal = line.parser.isSet(line.local);
+    return start(argc, argv, isLocal ? BrevixMacApp::Library::local : BrevixMacApp::Library::cloud);
+}

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AppState.h"
+
+#include "Desktop/KeyEvents.h"
+#include "Desktop/Workspace.h"
+
+#include <QPointer>
+
+// How the application comes up and stays ready: the services, the onboarding rule, the hotkey, and the memory
+// of the field the user was in last.
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// A field takes a moment to become the focused one after a click or key; a window takes longer to bring its
+// field back.
+constexpr auto captureDelayAfterInput = 80ms;
+constexpr auto captureDelayAfterActivation = 140ms;
+
+AppState *sharedInstance = nullptr;
+
+} // namespace
+
+AppState::AppState(AppEnvironment environment)
+    : m_environment(std::move(environment))
+    , m_preferences(std::make_unique<PreferenceStore>(m_environment.defaults))
+    , m_permissions(
+          std::make_unique<PermissionsService>(m_environment.accessibilityTree, m_environment.keyEvents))
+    , m_recents(std::make_unique<RecentUsageStore>(m_environment.defaults, m_environment.now))
+    , m_hotkeyService(std::make_unique<HotkeyService>(m_environment.hotKeys))
+    , m_firebaseBootstrap(std::make_unique<FirebaseBootstrap>(m_environment.configuration))
+    , m_authService(std::make_unique<AuthService>(m_environment.configuration, m_environment.endpoints,
+                                                  m_environment.http, m_environment.defaults,
+                                                  m_environment.now))
+    , m_libraryStore(std::make_unique<LibraryStore>(m_environment.configuration, m_environment.endpoints,
+                                                    *m_authService, m_environment.http, m_environment.now))
+    , m_accessibilityService(std::make_unique<AccessibilityService>(
+          m_environment.accessibilityTree, m_environment.workspace, m_environment.now))
+    , m_insertionService(std::make_unique<InsertionService>(
+          *m_permissions, *m_accessibilityService, *m_preferences,
+          InsertionService::Desktop{m_environment.pasteboard, m_environment.workspace,
+                                    m_environment.keyEvents}))
+{
+    if (!sharedInstance)
+        sharedInstance = this;
+    observeState();
+    bootstrap();
+}
+
+AppState::~AppState()
+{
+    if (sharedInstance == this)
+        sharedInstance = nullptr;
+}
+
+AppState *AppState::shared()
+{
+    return sharedInstance;
+}
+
+void AppState::observeState()
+{
+    connect(m_authService.get(), &AuthService::currentUserChanged, this, [this] {
+        const std::optional<BrevixUserSession> user = m_authService->currentUser();
+        m_preferences->setLastSignedInUserID(user ? std::optional(user->uid) : std::nullopt);
+        if (user)
+            m_libraryStore->bind(user->uid);
+        else
+            m_libraryStore->unbind();
+        updateOnboardingState();
+    });
+    connect(m_permissions.get(), &PermissionsService::accessibilityGrantedChanged, this,
+            &AppState::updateOnboardingState);
+    connect(m_permissions.get(), &PermissionsService::postEventGrantedChanged, this,
+            &AppState::updateOnboardingState);
+
+    connect(m_libraryStore.get(), &LibraryStore::categoriesChanged, this, &AppState::libraryChanged);
+    connect(m_libraryStore.get(), &LibraryStore::promptsChanged, this, &AppState::readLibrary);
+    connect(m_libraryStore.get(), &LibraryStore::skillsChanged, this, &AppState::readLibrary);
+    connect(m_libraryStore.get(), &LibraryStore::syncStateChanged, this, &AppState::libraryChanged);
+    connect(m_recents.get(), &RecentUsageStore::recentsChanged, this, &AppState::libraryChanged);
+    connect(m_recents.get(), &RecentUsageStore::recentSkillsChanged, this, &AppState::libraryChanged);
+}
+
+void AppState::bootstrap()
+{
+    m_firebaseBootstrap->check();
+    m_configurationIssue = m_firebaseBootstrap->statusMessage();
+    m_authService->start();
+    m_permissions->refresh();
+    registerHotkey();
+    startExternalFocusTracking();
+    rememberFrontmostExternalApplication();
+    if (m_preferences->onboardingCompleted())
+        setRootDestination(RootDestination::library);
+    updateOnboardingState();
+}
+
+void AppState::registerHotkey()
+{
+    m_hotkeyService->registerHotkey(m_preferences->preferredShortcut(), [self = QPointer<AppState>(this)] {
+        if (self)
+            self->handleHotkey();
+    });
+}
+
+void AppState::updateShortcut(const KeyboardShortcut &shortcut)
+{
+    m_preferences->setPreferredShortcut(shortcut);
+    registerHotkey();
+}
+
+void AppState::requestAccessibilityPermission()
+{
+    m_permissions->requestAccessibility();
+    updateOnboardingState();
+}
+
+void AppState::requestPostEventPermission()
+{
+    m_permissions->requestPostEvent();
+    updateOnboardingState();
+}
+
+void AppState::signIn(bool hasPresentingWindow)
+{
+    // A named coroutine would have to guard against this object dying meanwhile; the signals of the service
+    // already lead to updateOnboardingState() when the user changes.
+    detach(m_authService->signIn(hasPresentingWindow), "signing in");
+}
+
+void AppState::signOut()
+{
+    m_authService->signOut();
+}
+
+void AppState::updateOnboardingState()
+{
+    const bool isReady = !m_configurationIssue && m_permissions->accessibilityGranted() &&
+                         m_permissions->postEventGranted() && m_authService->currentUser();
+    if (isReady) {
+        m_preferences->setOnboardingCompleted(true);
+        if (m_rootDestination == RootDestination::onboarding)
+            setRootDestination(RootDestination::library);
+        return;
+    }
+    if (!m_preferences->onboardingCompleted())
+        setRootDestination(RootDestination::onboarding);
+}
+
+void AppState::applicationDidBecomeActive()
+{
+    m_permissions->refresh();
+    updateOnboardingState();
+    m_permissions->scheduleFollowUpRefreshes();
+}
+
+// Focus tracking
+
+bool AppState::isExternalApplication(const RunningApplication &application) const
+{
+    if (application.processIdentifier == m_environment.processIdentifier)
+        return false;
+    return m_environment.bundleIdentifier.isEmpty() ||
+           application.bundleIdentifier != m_environment.bundleIdentifier;
+}
+
+FocusedTargetPtr AppState::usableExternalTarget(const FocusedTargetPtr &target)
+{
+    if (!target || target->pid == m_environment.processIdentifier)
+        return nullptr;
+    if (target->bundleID && *target->bundleID == m_environment.bundleIdentifier)
+        return nullptr;
+    m_lastExternalFocusedTarget = target;
+    if (target->application)
+        m_lastExternalApplication = target->application;
+    return target;
+}
+
+void AppState::rememberFrontmostExternalApplication()
+{
+    const std::optional<RunningApplication> frontmost = m_environment.workspace.frontmostApplication();
+    if (frontmost && isExternalApplication(*frontmost))
+        m_lastExternalApplication = frontmost;
+}
+
+void AppState::startExternalFocusTracking()
+{
+    if (m_focusMonitor)
+        return;
+    const auto captureAfter = [this](std::chrono::milliseconds delay) {
+        detach(externalFocusCapture(delay, m_tasks.token()), "remembering the focused field");
+    };
+    m_focusMonitor = m_environment.eventMonitor.addGlobalMonitor(
+        MonitoredEvent::pointerRelease | MonitoredEvent::keyRelease,
+        [captureAfter](const MonitoredEvent &) { captureAfter(captureDelayAfterInput); });
+    connect(&m_environment.workspace, &Workspace::didActivateApplication, this, [this, captureAfter] {
+        rememberFrontmostExternalApplication();
+        captureAfter(captureDelayAfterActivation);
+    });
+}
+
+QCoro::Task<> AppState::externalFocusCapture(std::chrono::milliseconds delay, std::stop_token token)
+{
+    co_await sleepFor(delay, token);
+    if (!token.stop_requested())
+        co_await rememberCurrentExternalFocusedTarget(token);
+}
+
+QCoro::Task<> AppState::rememberCurrentExternalFocusedTarget(std::stop_token token)
+{
+    if (m_permissions->accessibilityGranted()) {
+        const FocusedTargetPtr captured = co_await m_accessibilityService->captureFocusedTarget();
+        if (token.stop_requested() || usableExternalTarget(captured))
+            co_return;
+    }
+    rememberFrontmostExternalApplication();
+}

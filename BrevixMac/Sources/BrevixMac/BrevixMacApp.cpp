@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BrevixMacApp.h"
+
+#include "AppDelegate.h"
+#include "AppState.h"
+#include "InstanceService.h"
+#include "MenuBarController.h"
+
+#include "Desktop/DesktopSession.h"
+#include "Foundation/HttpClient.h"
+#include "Foundation/UserDefaults.h"
+#include "LocalCloud/LocalCloud.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <QStandardPaths>
+#include <QTimer>
+
+namespace {
+
+/// The local mode has settings of its own, so that trying it out never touches the session of the real
+/// account.
+QString defaultsDomain(BrevixMacApp::Library library)
+{
+    return library == BrevixMacApp::Library::local ? QStringLiteral("brevix-local")
+                                                   : QStringLiteral("brevix");
+}
+
+AppConfiguration localConfiguration(const QUrl &origin)
+{
+    AppConfiguration configuration = AppConfiguration::fallback();
+    configuration.firebase.apiKey = QStringLiteral("local-api-key");
+    configuration.firebase.projectID = QStringLiteral("brevix-local");
+    configuration.firebase.googleAppID = QStringLiteral("1:1:linux:local");
+    configuration.firebase.clientID = QStringLiteral("brevix-local-client");
+    configuration.firebase.reversedClientID = QStringLiteral("app.brevix.local");
+    configuration.logicalLibraryAppID = QStringLiteral("brevix-app-local");
+    configuration.publicShareBaseURL = origin;
+    return configuration;
+}
+
+LocalCloud::Options localCloudOptions()
+{
+    const AppConfiguration configuration = localConfiguration({});
+    return {.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                          QStringLiteral("/brevix/cloud"),
+            .port = 0,
+            .projectID = configuration.firebase.projectID,
+            .apiKey = configuration.firebase.apiKey,
+            .libraryAppID = configuration.logicalLibraryAppID};
+}
+
+StoredAuthSession storedSession(const LocalCloud::Session &session)
+{
+    return {.uid = session.uid,
+            .email = session.email,
+            .displayName = session.displayName,
+            .photoURLString = {},
+            .firebaseIDToken = session.idToken,
+            .refreshToken = session.refreshToken,
+            .expiresAt = session.expiresAt};
+}
+
+} // namespace
+
+struct BrevixMacApp::Parts
+{
+    explicit Parts(Library library)
+        : isFirstStart(!QFileInfo::exists(UserDefaults::pathForDomain(defaultsDomain(library))))
+        , defaults(UserDefaults::pathForDomain(defaultsDomain(library)))
+    {
+    }
+
+    bool isFirstStart;
+    std::optional<QString> problem;
+    // In the order of dependence: each may use those above it.
+    UserDefaults defaults;
+    HttpClient http;
+    DesktopSession desktop;
+    std::unique_ptr<LocalCloud> localCloud;
+    std::unique_ptr<AppState> appState;
+    std::unique_ptr<AppDelegate> delegate;
+    std::unique_ptr<MenuBarController> menuBar;
+
+    void makeState(const AppConfiguration &configuration, const CloudEndpoints &endpoints)
+    {
+        appState = std::make_unique<AppState>(AppEnvironment{
+            .configuration = configuration,
+            .endpoints = endpoints,
+            .defaults = defaults,
+            .http = http,
+            .accessibilityTree = desktop.accessibilityTree(),
+            .pasteboard = desktop.pasteboard(),
+            .workspace = desktop.workspace(),
+            .keyEvents = desktop.keyEvents(),
+            .eventMonitor = desktop.eventMonitor(),
+            .hotKeys = desktop.hotKeys(),
+            .bundleIdentifier = bundleIdentifier(),
+            .processIdentifier = QCoreApplication::applicationPid(),
+        });
+    }
+
+    /// Starts the embedded cloud and leaves a session of its user where a sign-in would have left it.
+    bool startLocalCloud()
+    {
+        localCloud = std::make_unique<LocalCloud>(localCloudOptions());
+        if (!localCloud->start()) {
+            problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
+            return false;
+        }
+        const LocalCloud::Session session = localCloud->issueLocalSession();
+        if (session.idToken.isEmpty()) {
+            problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
+            return false;
+        }
+        defaults.setData(AuthService::storageKey, storedSession(session).toJson());
+        return true;
+    }
+};
+
+BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
+    : m_parts(std::make_unique<Parts>(library))
+{
+    if (library == Library::local) {
+        if (!m_parts->startLocalCloud())
+            return;
+        const QUrl origin = m_parts->localCloud->origin();
+        m_parts->makeState(localConfiguration(origin), CloudEndpoints::local(origin));
+    } else {
+        m_parts->makeState(AppConfiguration::load(),
+                           CloudEndpoints::production(QProcessEnvironment::systemEnvironment()));
+    }
+
+    Parts &parts = *m_parts;
+    parts.delegate = std::make_unique<AppDelegate>(*parts.appState);
+    parts.delegate->applicationDidFinishLaunching();
+    parts.menuBar = std::make_unique<MenuBarController>(parts.desktop.statusItem(), parts.desktop.workspace(),
+                                                        parts.desktop.eventMonitor());
+    parts.menuBar->install(*parts.appState);
+    QObject::connect(parts.menuBar.get(), &MenuBarController::quitRequested, parts.delegate.get(),
+                     &AppDelegate::quit);
+    QObject::connect(&instance, &InstanceService::toggleRequested, parts.menuBar.get(),
+                     &MenuBarController::togglePickerWithFocus);
+    QObject::connect(&instance, &InstanceService::showRequested, parts.appState.get(),
+                     &AppState::handleHotkey);
+    if (parts.isFirstStart) // a new user must see that something has started
+        QTimer::singleShot(0, parts.appState.get(),
+                           [&parts] { parts.appState->handlePaletteInvocation(true); });
+}
+
+BrevixMacApp::~BrevixMacApp() = default;
+
+std::optional<QString> BrevixMacApp::problem() const
+{
+    return m_parts->problem;
+}
+
+QString BrevixMacApp::bundleIdentifier()
+{
+    return QStringLiteral("app.brevix.Brevix");
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class InstanceService;
+
+/// The composition root: makes every long-lived object, joins them, and knows everybody. Main thread only.
+class BrevixMacApp
+{
+public:
+    enum class Library { cloud, local };
+
+    /// @p instance must outlive this object. @p library says where the library lives.
+    BrevixMacApp(InstanceService &instance, Library library);
+    ~BrevixMacApp();
+
+    /// Why the application cannot run; nothing when it does.
+    std::optional<QString> problem() const;
+
+    BrevixMacApp(const BrevixMacApp &) = delete;
+    BrevixMacApp &operator=(const BrevixMacApp &) = delete;
+
+    /// The application's identifier on the desktop, in reverse-domain form.
+    static QString bundleIdentifier();
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/Display.h"
+
+#include <QtGlobal>
+
+#include <xcb/xcb.h>
+
+#include <memory>
+
+namespace {
+
+bool isSet(const char *variable)
+{
+    return !qEnvironmentVariableIsEmpty(variable);
+}
+
+bool isX11Reachable()
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(nullptr, nullptr), &xcb_disconnect);
+    return xcb_connection_has_error(connection.get()) == 0;
+}
+
+} // namespace
+
+namespace Display {
+
+std::optional<QString> problem()
+{
+    if (isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY"))
+        return std::nullopt;
+    if (!isSet("DISPLAY"))
+        return QStringLiteral("no display: neither DISPLAY nor WAYLAND_DISPLAY is set");
+    if (!isX11Reachable())
+        return QStringLiteral("no display: cannot connect to X server \"%1\"")
+            .arg(qEnvironmentVariable("DISPLAY"));
+    return std::nullopt;
+}
+
+void choosePlatform()
+{
+    if (!isSet("QT_QPA_PLATFORM") && isSet("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+} // namespace Display

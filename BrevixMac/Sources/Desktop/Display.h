@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// What is known of the display before there is an application object. Main thread, before QApplication.
+namespace Display {
+
+/// Why no window could be shown in this session; nothing when one can. Asks the display server once.
+std::optional<QString> problem();
+
+/// Sets Qt's platform to the one whose mechanisms this session supports, unless the user chose one.
+void choosePlatform();
+
+} // namespace Display

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+class QSocketNotifier;
+
+/// Delivers SIGTERM, SIGINT and SIGHUP in the event loop, so that the process ends in good order. Main thread
+/// only, one at a time, made before other threads start. Uses signalfd(2).
+class TerminationSignals : public QObject
+{
+    Q_OBJECT
+
+public:
+    TerminationSignals();
+    ~TerminationSignals() override;
+
+Q_SIGNALS:
+    void received() const;
+
+private:
+    int m_descriptor = -1;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};
