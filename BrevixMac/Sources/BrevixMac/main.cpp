@@ -2,7 +2,7 @@
 #include "BrevixMacApp.h"
 #include "InstanceService.h"
 
-#include "Desktop/Display.h"
+#include "Desktop/DisplayServer.h"
 #include "Foundation/TerminationSignals.h"
 
 #include <QApplication>
@@ -65,9 +65,9 @@ int toggle()
 
 int start(int argc, char **argv, BrevixMacApp::Library library)
 {
-    if (const auto problem = Display::problem())
+    if (const auto problem = DisplayServer::problem())
         return fail(*problem, exitUnavailable);
-    Display::choosePlatform();
+    DisplayServer::choosePlatform();
     QApplication application(argc, argv);
     QApplication::setDesktopFileName(BrevixMacApp::bundleIdentifier());
 

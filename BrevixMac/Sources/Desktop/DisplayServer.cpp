@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Desktop/Display.h"
+#include "Desktop/DisplayServer.h"
 
 #include <QtGlobal>
 
@@ -23,7 +23,7 @@ bool isX11Reachable()
 
 } // namespace
 
-namespace Display {
+namespace DisplayServer {
 
 std::optional<QString> problem()
 {

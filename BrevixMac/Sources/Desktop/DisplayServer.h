@@ -6,7 +6,7 @@
 #include <optional>
 
 /// What is known of the display before there is an application object. Main thread, before QApplication.
-namespace Display {
+namespace DisplayServer {
 
 /// Why no window could be shown in this session; nothing when one can. Asks the display server once.
 std::optional<QString> problem();
