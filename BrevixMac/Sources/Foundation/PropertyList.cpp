@@ -4,7 +4,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QTimeZone>
 
 #include <plist/plist.h>
 

@@ -33,7 +33,7 @@ public:
 
 private:
     QString m_normalized;
-    bool m_isAscii = false;
+    bool m_hasOneSpelling = false; ///< no other code units are canonically equivalent
 };
 
 /// Number of user-perceived characters in @p text.
