@@ -1,0 +1,266 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Drives a real X desktop from outside, as a user and as an independent reader.
+
+Input goes through xdotool (XTEST), reading back through libatspi, xclip and files; nothing here shares code with the
+application under test. Everything waits on conditions with a deadline.
+"""
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+PANEL_CLASS = "brevix"
+
+
+class Failure(Exception):
+    """A condition did not come true in time."""
+
+
+def wait_for(what, condition, deadline=8.0, interval=0.01):
+    """Polls condition() until it is truthy and returns its value."""
+    end = time.monotonic() + deadline
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise Failure(f"gave up after {deadline:g} s waiting for {what}")
+        time.sleep(interval)
+
+
+def output(*command, input=None, timeout=10):
+    """Standard output of a command; empty when it fails."""
+    done = subprocess.run(command, input=input, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=timeout)
+    return done.stdout if done.returncode == 0 else b""
+
+
+class Program:
+    """A started program that is ended with the test."""
+
+    def __init__(self, *command, env=None, stdin=None, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL):
+        self.process = subprocess.Popen(command, env={**os.environ, **(env or {})}, stdin=stdin, stdout=stdout,
+                                        stderr=stderr, start_new_session=True)
+
+    @property
+    def pid(self):
+        return self.process.pid
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def stop(self, timeout=5):
+        if self.is_running():
+            try:
+                os.killpg(self.pid, signal.SIGCONT)
+                os.killpg(self.pid, signal.SIGTERM)
+                self.process.wait(timeout)
+            except (ProcessLookupError, subprocess.TimeoutExpired):
+                try:
+                    os.killpg(self.pid, signal.SIGKILL)
+                except ProcessLookupError:
+                    pass
+                self.process.wait()
+        return self.process.returncode
+
+
+# Windows and input
+
+def windows(wm_class, visible=True):
+    options = ["--onlyvisible"] if visible else []
+    found = output("xdotool", "search", *options, "--class", wm_class).split()
+    return [int(window) for window in found]
+
+
+def window_geometry(window):
+    text = output("xdotool", "getwindowgeometry", "--shell", str(window)).decode()
+    values = dict(line.split("=") for line in text.split() if "=" in line)
+    return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+
+def wait_for_window(wm_class, deadline=15):
+    return wait_for(f"a window of {wm_class}", lambda: windows(wm_class), deadline)[-1]
+
+
+def active_window():
+    text = output("xprop", "-root", "_NET_ACTIVE_WINDOW").decode()
+    found = re.search(r"0x[0-9a-f]+", text)
+    return int(found.group(), 16) if found else 0
+
+
+def activate(window):
+    subprocess.run(["xdotool", "windowactivate", str(window)], check=False, stderr=subprocess.DEVNULL)
+    wait_for("the window to be active", lambda: active_window() == window)
+
+
+def click(x, y):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+
+
+def click_into(window, dx=0.5, dy=0.6):
+    """Clicks into a window at a fraction of its size and waits until it is active."""
+    x, y, width, height = window_geometry(window)
+    click(int(x + width * dx), int(y + height * dy))
+    wait_for("the clicked window to be active", lambda: active_window() == window)
+
+
+def keys(*combinations):
+    subprocess.run(["xdotool", "key", "--clearmodifiers", *combinations], check=True)
+
+
+def type_text(text):
+    subprocess.run(["xdotool", "type", "--clearmodifiers", "--delay", "2", text], check=True)
+
+
+def screenshot(path):
+    subprocess.run(["import", "-silent", "-window", "root", str(path)], check=False)
+
+
+# Reading fields back
+
+def _accessible_children(node):
+    for index in range(min(node.get_child_count(), 400)):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield child
+
+
+def application(pid):
+    """The accessible application with this process identifier."""
+    desktop = Atspi.get_desktop(0)
+    desktop.clear_cache()
+    for child in _accessible_children(desktop):
+        try:
+            if child.get_process_id() == pid:
+                return child
+        except gi.repository.GLib.Error:
+            continue
+    return None
+
+
+def find(node, matches, depth=40):
+    """The first node below, in document order, that matches; None when there is none."""
+    try:
+        if matches(node):
+            return node
+        if depth == 0:
+            return None
+        for child in _accessible_children(node):
+            found = find(child, matches, depth - 1)
+            if found is not None:
+                return found
+    except gi.repository.GLib.Error:
+        return None
+    return None
+
+
+def is_editable(node):
+    return node.get_state_set().contains(Atspi.StateType.EDITABLE) and node.get_text_iface() is not None
+
+
+def field(pid, matches=is_editable, deadline=15):
+    """The first field of a program that matches, once it is there."""
+    def search():
+        root = application(pid)
+        return root and find(root, matches)
+    return wait_for(f"a field of process {pid}", search, deadline, 0.05)
+
+
+def text_of(node):
+    return Atspi.Text.get_text(node, 0, Atspi.Text.get_character_count(node))
+
+
+def wait_for_text(node, expected, deadline=5):
+    """Waits until the field holds exactly this text; says what it holds otherwise."""
+    try:
+        wait_for("the text", lambda: text_of(node) == expected, deadline)
+    except Failure:
+        raise Failure(f"the field holds {text_of(node)!r}, not {expected!r}") from None
+
+
+# The clipboard, by another program
+
+_LISTED = {"TARGETS", "MULTIPLE", "TIMESTAMP", "SAVE_TARGETS"}
+
+
+def clipboard_types():
+    listed = output("xclip", "-selection", "clipboard", "-o", "-t", "TARGETS").decode().split("\n")
+    return sorted(target for target in listed if target and target not in _LISTED)
+
+
+def clipboard():
+    """Every type of the clipboard with its bytes."""
+    return {target: output("xclip", "-selection", "clipboard", "-o", "-t", target) for target in clipboard_types()}
+
+
+def copy_text(text):
+    subprocess.run(["xclip", "-selection", "clipboard", "-i"], input=text.encode(), check=True,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    wait_for("the clipboard", lambda: clipboard().get("UTF8_STRING") == text.encode())
+
+
+# Brevix
+
+def is_brevix_running():
+    reply = output("gdbus", "call", "--session", "-d", "org.freedesktop.DBus", "-o", "/org/freedesktop/DBus",
+                   "-m", "org.freedesktop.DBus.NameHasOwner", "app.brevix.Brevix")
+    return b"true" in reply
+
+
+def panel():
+    """The picker's window, when it is on screen."""
+    found = [window for window in windows(PANEL_CLASS) if window_geometry(window)[2] >= 500]
+    return found[-1] if found else None
+
+
+class Brevix(Program):
+    """A running Brevix with a local library."""
+
+    def __init__(self, binary, *arguments, log=None, first_start=False, env=None):
+        self.binary = binary
+        self.log_path = log or pathlib.Path(tempfile.mkdtemp()) / "brevix.log"
+        if not first_start:
+            self.write_defaults()
+        self.log = open(self.log_path, "wb")
+        super().__init__(binary, "--local", *arguments, stderr=self.log, env=env)
+
+    @staticmethod
+    def defaults_path():
+        return pathlib.Path(os.environ["HOME"]) / ".config/brevix/brevix-local.plist"
+
+    @classmethod
+    def write_defaults(cls, **values):
+        """Settings of a user who has been here before."""
+        import plistlib
+        cls.defaults_path().parent.mkdir(parents=True, exist_ok=True)
+        cls.defaults_path().write_bytes(plistlib.dumps({"hotkeyTipDismissed": True, **values}))
+
+    def wait_until_ready(self):
+        wait_for("Brevix on the bus", lambda: is_brevix_running() or not self.is_running())
+        if not self.is_running():
+            raise Failure(f"Brevix ended with {self.process.returncode}: {self.log_path.read_text()}")
+
+    def press_hotkey(self):
+        """Presses the hotkey as a user would and waits until the picker takes typing."""
+        keys("super+shift+p")
+        window = wait_for("the picker", panel)
+        wait_for("the picker to have the focus", lambda: active_window() == window)
+        return window
+
+    @staticmethod
+    def wait_until_closed(deadline=5):
+        wait_for("the picker to close", lambda: panel() is None, deadline)
+
+
+def rendered(text, values):
+    """A prompt's text with its variables filled, computed independently of the application."""
+    for name, value in values.items():
+        text = text.replace("{{" + name + "}}", value)
+    return text
