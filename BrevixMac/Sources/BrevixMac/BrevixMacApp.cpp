@@ -156,6 +156,11 @@ std::optional<QString> BrevixMacApp::problem() const
     return m_parts->problem;
 }
 
+void BrevixMacApp::quit()
+{
+    m_parts->delegate->quit();
+}
+
 QString BrevixMacApp::bundleIdentifier()
 {
     return QStringLiteral("app.brevix.Brevix");

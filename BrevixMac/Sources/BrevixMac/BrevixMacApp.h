@@ -21,6 +21,9 @@ public:
     /// Why the application cannot run; nothing when it does.
     std::optional<QString> problem() const;
 
+    /// Ends the application in good order: see AppDelegate::quit().
+    void quit();
+
     BrevixMacApp(const BrevixMacApp &) = delete;
     BrevixMacApp &operator=(const BrevixMacApp &) = delete;
 

@@ -77,10 +77,10 @@ int start(int argc, char **argv, BrevixMacApp::Library library)
         return shown ? 0 : fail(QStringLiteral("Brevix runs already but did not answer"), exitUnavailable);
     }
     const TerminationSignals signals;
-    QObject::connect(&signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
-    const BrevixMacApp app(instance, library);
+    BrevixMacApp app(instance, library);
     if (const auto problem = app.problem())
         return fail(*problem, exitUnavailable);
+    QObject::connect(&signals, &TerminationSignals::received, &application, [&app] { app.quit(); });
     return QApplication::exec();
 }
 

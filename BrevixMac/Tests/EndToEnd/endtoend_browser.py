@@ -1,0 +1,98 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Inserts into the fields of a page in Chromium and reads them back."""
+import os
+import pathlib
+import tempfile
+
+import desktop_driver as desk
+import scenario
+from scenario import ACUTE, LINES, WOMAN
+
+PAGE = """<!doctype html><meta charset="utf-8"><title>Fields</title>
+<style>body{{font:20px sans-serif}} input,textarea,div{{display:block;width:90%;margin:8px}}</style>
+{field}
+<script>document.getElementById("f").focus()</script>"""
+
+FIELDS = {
+    "input": '<input id="f" value="">',
+    "multi-line": '<textarea id="f" rows="12"></textarea>',
+    "rich": '<div id="f" contenteditable style="min-height:200px;border:1px solid"></div>',
+    "password": '<input id="f" type="password">',
+}
+
+FLAGS = ["--no-first-run", "--disable-gpu", "--disable-quic", "--disable-background-networking",
+         "--disable-component-update", "--disable-sync", "--password-store=basic", "--disable-dev-shm-usage",
+         "--window-size=900,700", "--window-position=40,60"]
+
+
+def is_page_field(node):
+    """The field of the page, not the browser's own address field."""
+    states = node.get_state_set()
+    return (node.get_text_iface() is not None and states.contains(desk.Atspi.StateType.FOCUSABLE)
+            and (states.contains(desk.Atspi.StateType.EDITABLE) or node.get_role_name() == "password text")
+            and any((node.get_attributes() or {}).get(key) for key in ("id", "html-id"))
+            and (node.get_attributes() or {}).get("id") == "f")
+
+
+class InsertionIntoABrowser(scenario.Scenario):
+    extra_flags = ["--force-renderer-accessibility"]
+
+    def open_page(self, kind):
+        folder = pathlib.Path(tempfile.mkdtemp())
+        page = folder / "page.html"
+        page.write_text(PAGE.format(field=FIELDS[kind]))
+        sandbox = ["--no-sandbox"] if os.geteuid() == 0 else []
+        program, window = self.open_window("chromium", "chromium", *FLAGS, *self.extra_flags, *sandbox,
+                                           f"--user-data-dir={folder}/profile", f"--app=file://{page}", dy=0.9)
+        # The click lies below the fields; the page gives the focus back to its field by script.
+        desk.keys("Tab")
+        return program, window
+
+    def field(self, program):
+        return desk.field(program.pid, is_page_field, 30)
+
+    def test_text_lands_in_an_input_in_the_middle_of_text(self):
+        program, _ = self.open_page("input")
+        field = self.field(program)
+        desk.type_text("ab")
+        desk.wait_for_text(field, "ab")
+        desk.keys("Left")
+        _, content = self.own_rich_clipboard()
+        expected = self.insert_line(count="seven", subject="bread")
+        desk.wait_for_text(field, "a" + expected + "b")
+        self.assert_clipboard_is(content)
+
+    def test_text_lands_in_a_multi_line_field_with_emoji(self):
+        program, _ = self.open_page("multi-line")
+        field = self.field(program)
+        expected = self.insert_line(count=WOMAN, subject="caf" + ACUTE)
+        desk.wait_for_text(field, expected)
+
+    def test_text_replaces_the_selection_in_a_multi_line_field(self):
+        program, _ = self.open_page("multi-line")
+        field = self.field(program)
+        desk.type_text("keep replace")
+        desk.wait_for_text(field, "keep replace")
+        desk.keys(*["shift+Left"] * len("replace"))
+        expected = self.insert_lines()
+        desk.wait_for_text(field, "keep " + expected)
+
+    def test_a_password_field_is_refused(self):
+        program, _ = self.open_page("password")
+        field = self.field(program)
+        desk.type_text("secret")
+        desk.wait_for("the bullets", lambda: desk.Atspi.Text.get_character_count(field) == 6)
+        _, content = self.own_rich_clipboard()
+        self.brevix.press_hotkey()
+        self.wait_for_message("Password fields are not supported")
+        desk.type_text(LINES["title"])
+        desk.wait_for("the prompt", lambda: self.selected_title() == LINES["title"], 5, 0.03)
+        desk.keys("Return")
+        desk.keys("Escape")
+        self.brevix.wait_until_closed()
+        self.assert_clipboard_is(content)
+        self.assertEqual(desk.Atspi.Text.get_character_count(field), 6)
+
+
+if __name__ == "__main__":
+    scenario.main()
