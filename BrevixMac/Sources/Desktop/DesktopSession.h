@@ -10,14 +10,20 @@ class KeyEvents;
 class Pasteboard;
 class StatusItem;
 class Workspace;
+class X11Connection;
+class X11SelectionOwner;
 
-/// Every desktop seam with the mechanism that fits the session this process runs in. Main thread only; needs a
-/// QApplication. The single place that chooses mechanisms.
+/// Every desktop seam with the mechanism that fits the session this process runs in. Main thread only; needs
+/// a QApplication. The single place that chooses mechanisms. A session without a mechanism for something gets
+/// one that refuses everything.
 class DesktopSession
 {
 public:
     DesktopSession();
     ~DesktopSession();
+
+    DesktopSession(const DesktopSession &) = delete;
+    DesktopSession &operator=(const DesktopSession &) = delete;
 
     AccessibilityTree &accessibilityTree() { return *m_accessibilityTree; }
     Pasteboard &pasteboard() { return *m_pasteboard; }
@@ -28,10 +34,17 @@ public:
     StatusItem &statusItem() { return *m_statusItem; }
 
 private:
+    void useX11();
+    void useBusOnly();
+    void useNothing();
+
+    // In the order in which they need each other.
+    std::unique_ptr<X11Connection> m_x11;
+    std::unique_ptr<X11SelectionOwner> m_xembedHost;
     std::unique_ptr<AccessibilityTree> m_accessibilityTree;
     std::unique_ptr<Workspace> m_workspace;
-    std::unique_ptr<Pasteboard> m_pasteboard;
     std::unique_ptr<KeyEvents> m_keyEvents;
+    std::unique_ptr<Pasteboard> m_pasteboard;
     std::unique_ptr<EventMonitor> m_eventMonitor;
     std::unique_ptr<HotKeys> m_hotKeys;
     std::unique_ptr<StatusItem> m_statusItem;

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "X11HotKeys.h"
+
+#include "X11KeyTable.h"
+#include "X11Modifiers.h"
+
+#include <QLoggingCategory>
+
+#define explicit explicit_ // a field name of xcb's that is a word of the language
+#include <xcb/xkb.h>
+#undef explicit
+
+#include <vector>
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "brevix.hotkey", QtInfoMsg)
+
+constexpr quint8 responseTypeMask = 0x7f;
+
+// Longer than any auto-repeat delay: with no release seen for so long, the release was missed.
+constexpr xcb_timestamp_t longestRepeatDelay = 3000;
+
+// A held key then repeats as presses alone, so that a release means the key is really up.
+void askForPlainRepeats(xcb_connection_t *connection)
+{
+    const auto *extension = xcb_get_extension_data(connection, &xcb_xkb_id);
+    if (!extension || !extension->present)
+        return;
+    xcb_discard_reply(connection, xcb_xkb_use_extension(connection, 1, 0).sequence);
+    const auto cookie = xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
+                                                 XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
+                                                 XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
+    xcb_discard_reply(connection, cookie.sequence);
+}
+
+} // namespace
+
+X11HotKeys::X11HotKeys(X11Connection &connection)
+    : m_connection(connection)
+{
+    if (!m_connection.isValid())
+        return;
+    askForPlainRepeats(m_connection.connection());
+    m_events = m_connection.addEventHandler([this](const xcb_generic_event_t &event) { onEvent(event); });
+}
+
+X11HotKeys::~X11HotKeys()
+{
+    release();
+}
+
+bool X11HotKeys::registerHotKey(quint32 keyCode, quint64 modifiers)
+{
+    unregisterHotKey();
+    const Wish wish{.keyNumber = keyCode, .modifiers = modifiers};
+    const auto grab = grabFor(wish);
+    if (!grab || !take(*grab))
+        return false;
+    m_wish = wish;
+    return true;
+}
+
+void X11HotKeys::unregisterHotKey()
+{
+    m_wish.reset();
+    release();
+}
+
+std::optional<X11HotKeys::Grab> X11HotKeys::grabFor(const Wish &wish)
+{
+    const auto keyCode = X11KeyTable::keyCode(wish.keyNumber);
+    const X11Modifiers modifiers = X11Modifiers::read(m_connection);
+    const auto mask = modifiers.mask(wish.modifiers);
+    if (!m_connection.isValid() || !keyCode || !mask)
+        return std::nullopt;
+    Grab grab{.keyCode = *keyCode, .modifiers = *mask, .withLocks = {*mask}};
+    for (const quint16 lock : {modifiers.capsLock, modifiers.numLock, modifiers.scrollLock}) {
+        const auto present = grab.withLocks;
+        for (const quint16 combination : present)
+            grab.withLocks.insert(combination | lock);
+    }
+    return grab;
+}
+
+bool X11HotKeys::take(const Grab &grab)
+{
+    auto *xcb = m_connection.connection();
+    std::vector<xcb_void_cookie_t> cookies;
+    for (const quint16 modifiers : grab.withLocks)
+        cookies.push_back(xcb_grab_key_checked(xcb, false, m_connection.root(), modifiers, grab.keyCode,
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    bool isTaken = true;
+    for (const xcb_void_cookie_t cookie : cookies) {
+        const XcbPointer<xcb_generic_error_t> error(xcb_request_check(xcb, cookie));
+        isTaken = isTaken && !error;
+    }
+    m_grab = grab;
+    if (!isTaken || xcb_connection_has_error(xcb)) {
+        release();
+        return false;
+    }
+    return true;
+}
+
+void X11HotKeys::release()
+{
+    m_isHeld = false;
+    if (!m_grab)
+        return;
+    for (const quint16 modifiers : m_grab->withLocks)
+        xcb_ungrab_key(m_connection.connection(), m_grab->keyCode, m_connection.root(), modifiers);
+    m_grab.reset();
+    m_connection.flush();
+}
+
+void X11HotKeys::onEvent(const xcb_generic_event_t &event)
+{
+    switch (event.response_type & responseTypeMask) {
+    case XCB_KEY_PRESS:
+        onKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
+        break;
+    case XCB_KEY_RELEASE:
+        if (m_grab && reinterpret_cast<const xcb_key_release_event_t &>(event).detail == m_grab->keyCode)
+            m_isHeld = false;
+        break;
+    case XCB_MAPPING_NOTIFY:
+        // One change of the layout comes as dozens of these.
+        if (!std::exchange(m_isMappingCheckPending, true))
+            QMetaObject::invokeMethod(this, &X11HotKeys::onMappingChanged, Qt::QueuedConnection);
+        break;
+    }
+}
+
+void X11HotKeys::onKeyPress(const xcb_key_press_event_t &event)
+{
+    if (!m_grab || event.detail != m_grab->keyCode || !m_grab->withLocks.contains(event.state & 0xff))
+        return;
+    const bool isRepeat = m_isHeld && event.time - m_lastPress < longestRepeatDelay;
+    m_isHeld = true;
+    m_lastPress = event.time;
+    if (isRepeat)
+        return;
+    Q_EMIT pressedAt(event.time);
+    Q_EMIT pressed();
+}
+
+// Key positions stay what they are; the modifiers may have moved to other bits.
+void X11HotKeys::onMappingChanged()
+{
+    m_isMappingCheckPending = false;
+    if (!m_wish)
+        return;
+    const auto grab = grabFor(*m_wish);
+    if (grab == m_grab)
+        return;
+    release();
+    if (!grab || !take(*grab))
+        qCWarning(log, "the hotkey is not available with the new keyboard layout");
+}
