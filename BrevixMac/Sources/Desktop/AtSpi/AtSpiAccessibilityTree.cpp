@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AtSpiAccessibilityTree.h"
+
+#include "AtSpiRoles.h"
+
+#include "Foundation/Text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+// How long after a failed attempt the bus is looked for again; the last one repeats.
+constexpr std::array<std::chrono::milliseconds, 4> reconnectDelays{
+    std::chrono::milliseconds(200), std::chrono::seconds(1), std::chrono::seconds(5), std::chrono::seconds(30)};
+
+TextRange toCharacters(const AtSpiText &text, const AtSpiText::Selection &selection)
+{
+    const qsizetype start = Text::characterIndexAtUtf16Offset(text.value, selection.start);
+    const QStringView selected = QStringView(text.value).sliced(selection.start, selection.end - selection.start);
+    return {start, Text::characterCount(selected)};
+}
+
+AtSpiText::Selection toUtf16(const AtSpiText &text, const TextRange &range)
+{
+    const qsizetype start = Text::utf16OffsetOfCharacter(text.value, std::max<qint64>(range.location, 0));
+    const qsizetype length =
+        Text::utf16OffsetOfCharacter(QStringView(text.value).sliced(start), std::max<qint64>(range.length, 0));
+    return {start, start + length};
+}
+
+std::optional<AccessibilityValue> textOrNothing(const QString &text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional<AccessibilityValue>(text);
+}
+
+}
+
+AtSpiAccessibilityTree::AtSpiAccessibilityTree(QDBusConnection session)
+    : m_sessionBus(session)
+    , m_session(std::move(session))
+    , m_bus(std::make_shared<AtSpiBus>())
+    , m_focus(m_bus)
+{
+    connect(&m_session, &AtSpiSession::isEnabledChanged, this, &AtSpiAccessibilityTree::updateTrust);
+    connect(&m_session, &AtSpiSession::serviceAppeared, this, &AtSpiAccessibilityTree::connectNow);
+    connect(m_bus.get(), &AtSpiBus::opened, this, &AtSpiAccessibilityTree::updateTrust);
+    connect(m_bus.get(), &AtSpiBus::closed, this, [this] {
+        m_lastRead = {};
+        updateTrust();
+        connectNow();
+    });
+    connectNow();
+}
+
+AtSpiAccessibilityTree::~AtSpiAccessibilityTree() = default;
+
+bool AtSpiAccessibilityTree::isProcessTrusted() const
+{
+    return m_isTrusted;
+}
+
+void AtSpiAccessibilityTree::requestTrust()
+{
+    m_session.enable();
+    connectNow();
+}
+
+void AtSpiAccessibilityTree::applicationActivated(qint64 processIdentifier)
+{
+    m_focus.applicationActivated(processIdentifier);
+}
+
+void AtSpiAccessibilityTree::updateTrust()
+{
+    const bool isTrusted = m_bus->isOpen() && m_session.isEnabled();
+    if (m_isTrusted == isTrusted)
+        return;
+    m_isTrusted = isTrusted;
+    Q_EMIT trustChanged();
+}
+
+void AtSpiAccessibilityTree::connectNow()
+{
+    if (m_isConnecting || m_bus->isOpen())
+        return;
+    m_isConnecting = true;
+    detach(stayConnected(m_tasks.token()), "connecting to the accessibility bus");
+}
+
+QCoro::Task<> AtSpiAccessibilityTree::stayConnected(std::stop_token token)
+{
+    for (size_t attempt = 0;; ++attempt) {
+        const auto bus = m_bus;
+        const auto address = co_await AtSpiSession::address(m_sessionBus);
+        if (token.stop_requested())
+            co_return;
+        bool isOpen = false;
+        if (address)
+            isOpen = co_await AtSpiBus::open(bus, *address);
+        if (token.stop_requested())
+            co_return;
+        if (isOpen)
+            break;
+        const auto delay = reconnectDelays[std::min(attempt, reconnectDelays.size() - 1)];
+        const bool waited = co_await sleepFor(delay, token);
+        if (!waited)
+            co_return;
+    }
+    m_isConnecting = false;
+}
+
+QCoro::Task<std::optional<qint64>> AtSpiAccessibilityTree::processIdentifier(AccessibilityElement element)
+{
+    if (element.kind == AccessibilityElement::Kind::application)
+        co_return element.processIdentifier;
+    if (element.kind != AccessibilityElement::Kind::node)
+        co_return std::nullopt;
+    const auto process = co_await AtSpiBus::processOf(m_bus, element.owner);
+    co_return process;
+}
+
+QCoro::Task<std::optional<AccessibilityElement>> AtSpiAccessibilityTree::focusedElement(AccessibilityElement element)
+{
+    const QPointer<AtSpiFocusTracker> focus(&m_focus);
+    std::optional<AtSpiObject> object;
+    if (element.kind == AccessibilityElement::Kind::systemWide)
+        object = co_await AtSpiFocusTracker::focusedObject(focus);
+    else if (element.kind == AccessibilityElement::Kind::application)
+        object = co_await AtSpiFocusTracker::focusedObject(focus, element.processIdentifier);
+    co_return object ? std::optional(object->toElement()) : std::nullopt;
+}
+
+QCoro::Task<std::optional<AccessibilityValue>> AtSpiAccessibilityTree::attribute(AccessibilityElement element,
+                                                                                 QString name)
+{
+    const std::stop_token token = m_tasks.token();
+    if (name == AX::focusedUIElement) {
+        const auto focused = co_await focusedElement(element);
+        co_return focused ? std::optional<AccessibilityValue>(*focused) : std::nullopt;
+    }
+    if (element.kind == AccessibilityElement::Kind::application)
+        co_return name == AX::role ? std::optional<AccessibilityValue>(AX::application) : std::nullopt;
+    if (element.kind != AccessibilityElement::Kind::node)
+        co_return std::nullopt;
+
+    const AtSpiObject object = AtSpiObject::fromElement(element);
+    if (name == AX::role || name == AX::subrole) {
+        const auto description = co_await AtSpiBus::describe(m_bus, object);
+        if (!description)
+            co_return std::nullopt;
+        co_return textOrNothing(name == AX::role ? axRole(*description) : axSubrole(*description));
+    }
+    if (name == AX::value) {
+        const auto text = co_await readText(object, token);
+        co_return text ? std::optional<AccessibilityValue>(text->value) : std::nullopt;
+    }
+    if (name == AX::selectedTextRange) {
+        const auto text = co_await readText(object, token);
+        if (!text || !text->selection)
+            co_return std::nullopt;
+        co_return toCharacters(*text, *text->selection);
+    }
+    co_return std::nullopt;
+}
+
+QCoro::Task<bool> AtSpiAccessibilityTree::isAttributeSettable(AccessibilityElement element, QString name)
+{
+    if (element.kind != AccessibilityElement::Kind::node)
+        co_return false;
+    const auto description = co_await AtSpiBus::describe(m_bus, AtSpiObject::fromElement(element));
+    if (!description)
+        co_return false;
+    if (name == AX::value)
+        co_return AtSpiTextField::isWritable(*description);
+    co_return name == AX::selectedTextRange && AtSpiTextField::isReadable(*description);
+}
+
+QCoro::Task<bool> AtSpiAccessibilityTree::setAttribute(AccessibilityElement element, QString name,
+                                                       AccessibilityValue value)
+{
+    const std::stop_token token = m_tasks.token();
+    if (element.kind != AccessibilityElement::Kind::node)
+        co_return false;
+    const AtSpiObject object = AtSpiObject::fromElement(element);
+    bool isDone = false;
+    if (name == AX::value && std::holds_alternative<QString>(value))
+        isDone = co_await writeValue(object, std::get<QString>(value), token);
+    else if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value))
+        isDone = co_await writeRange(object, std::get<TextRange>(value), token);
+    co_return isDone;
+}
+
+int AtSpiAccessibilityTree::likelyCount(const AtSpiObject &object) const
+{
+    return m_lastRead.object == object ? m_lastRead.characterCount : -1;
+}
+
+void AtSpiAccessibilityTree::remember(const AtSpiObject &object, const AtSpiText &text)
+{
+    m_lastRead = {.object = object,
+                  .characterCount = text.characterCount,
+                  .value = text.value,
+                  .isCaretKnown = text.selection.has_value()};
+}
+
+// Asks what the object is beside asking what it holds: a field may have turned into a password field since.
+QCoro::Task<std::optional<AtSpiText>> AtSpiAccessibilityTree::readText(AtSpiObject object, std::stop_token token)
+{
+    const auto description = co_await AtSpiBus::describe(m_bus, object);
+    if (token.stop_requested() || !description || !AtSpiTextField::isReadable(*description))
+        co_return std::nullopt;
+    const auto text = co_await AtSpiTextField::read(m_bus, object, description->toolkit, likelyCount(object));
+    if (token.stop_requested())
+        co_return std::nullopt;
+    if (text)
+        remember(object, *text);
+    else if (m_lastRead.object == object)
+        m_lastRead.isCaretKnown = false;
+    co_return text;
+}
+
+QCoro::Task<bool> AtSpiAccessibilityTree::writeValue(AtSpiObject object, QString value, std::stop_token token)
+{
+    const auto bus = m_bus;
+    const LastRead seen = m_lastRead.object == object ? m_lastRead : LastRead{};
+    const auto description = co_await AtSpiBus::describe(bus, object);
+    if (token.stop_requested() || !description || !AtSpiTextField::isWritable(*description))
+        co_return false;
+    const auto present = co_await AtSpiTextField::read(bus, object, description->toolkit, seen.characterCount);
+    if (token.stop_requested() || !present)
+        co_return false;
+    const bool hasChanged = seen.value && *seen.value != present->value;
+    const bool wouldLoseText = !seen.isCaretKnown && !present->value.isEmpty();
+    if (hasChanged || wouldLoseText)
+        co_return false;
+    const bool isDone = co_await AtSpiTextField::replace(bus, object, description->toolkit, *present, value);
+    if (token.stop_requested())
+        co_return isDone;
+    m_lastRead = {};
+    co_return isDone;
+}
+
+QCoro::Task<bool> AtSpiAccessibilityTree::writeRange(AtSpiObject object, TextRange range, std::stop_token token)
+{
+    const auto bus = m_bus;
+    const auto description = co_await AtSpiBus::describe(bus, object);
+    if (token.stop_requested() || !description || !AtSpiTextField::isReadable(*description))
+        co_return false;
+    const auto present = co_await AtSpiTextField::read(bus, object, description->toolkit, likelyCount(object));
+    if (!present)
+        co_return false;
+    const bool isDone =
+        co_await AtSpiTextField::select(bus, object, description->toolkit, *present, toUtf16(*present, range));
+    co_return isDone;
+}

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Targets.h"
+
+#include "Support/Waiting.h"
+
+#include <QJsonDocument>
+#include <QStandardPaths>
+
+#include <csignal>
+
+namespace {
+
+// Runs a helper program while the event loop goes on.
+QByteArray outputOf(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    const bool isDone =
+        waitUntil([&] { return process.state() == QProcess::NotRunning; }, std::chrono::seconds(10));
+    if (!isDone)
+        process.kill();
+    process.waitForFinished();
+    return process.readAllStandardOutput();
+}
+
+}
+
+Target::Target(const QString &program, const QStringList &arguments)
+{
+    m_process.setStandardOutputFile(QProcess::nullDevice());
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(program, arguments);
+    m_process.waitForStarted();
+}
+
+Target::~Target()
+{
+    if (!hasStarted())
+        return;
+    resume();
+    m_process.terminate();
+    if (!m_process.waitForFinished(500)) {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+}
+
+void Target::stop()
+{
+    ::kill(static_cast<pid_t>(pid()), SIGSTOP);
+}
+
+void Target::resume()
+{
+    ::kill(static_cast<pid_t>(pid()), SIGCONT);
+}
+
+void Target::kill()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+QJsonObject Target::witness(const QString &role) const
+{
+    QStringList arguments{QStringLiteral(READ_FIELD_SCRIPT), QString::number(pid())};
+    if (!role.isEmpty())
+        arguments.append(role);
+    QJsonObject field;
+    waitUntil(
+        [&] {
+            field =
+                QJsonDocument::fromJson(outputOf(QStringLiteral("/usr/bin/python3"), arguments)).object();
+            return !field.isEmpty();
+        },
+        std::chrono::seconds(20));
+    return field;
+}
+
+QString Target::text(const QString &role) const
+{
+    return witness(role).value(QStringLiteral("text")).toString();
+}
+
+void bringToFront(qint64 pid)
+{
+    outputOf(QStringLiteral("xdotool"),
+             {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+              QStringLiteral("--pid"), QString::number(pid), QStringLiteral("windowactivate"),
+              QStringLiteral("--sync")});
+}
+
+bool isInstalled(const QString &program)
+{
+    return !QStandardPaths::findExecutable(program).isEmpty();
+}
