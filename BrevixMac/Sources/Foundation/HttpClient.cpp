@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HttpClient.h"
 
+#include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -18,36 +19,61 @@ QString seconds(std::chrono::milliseconds duration)
     return QString::number(static_cast<double>(duration.count()) / 1000);
 }
 
-QString describe(QNetworkReply::NetworkError error, const QString &host, const QString &details)
+QString describeLoss(const QString &host, int statusCode)
 {
-    switch (error) {
-    case QNetworkReply::ConnectionRefusedError:
-        return QStringLiteral("The server %1 refused the connection.").arg(host);
+    const QString pattern =
+        statusCode == 0 ? QStringLiteral("The server %1 closed the connection without a valid answer.")
+                        : QStringLiteral("The connection to %1 was lost before the answer was complete.");
+    return pattern.arg(host);
+}
+
+QString describeFailure(const QNetworkReply &reply, const QString &host, int statusCode)
+{
+    switch (reply.error()) {
     case QNetworkReply::RemoteHostClosedError:
     case QNetworkReply::ContentReSendError:
-        return QStringLiteral("The connection to %1 was lost before the answer was complete.").arg(host);
+        return describeLoss(host, statusCode);
+    case QNetworkReply::ConnectionRefusedError:
+        return QStringLiteral("The server %1 refused the connection.").arg(host);
     case QNetworkReply::HostNotFoundError:
         return QStringLiteral("The server %1 could not be found. Check your Internet connection.").arg(host);
     case QNetworkReply::TimeoutError:
-    case QNetworkReply::ProxyTimeoutError:
         return QStringLiteral("The connection to %1 timed out.").arg(host);
     case QNetworkReply::SslHandshakeFailedError:
-        return QStringLiteral("No secure connection to %1 could be made: %2").arg(host, details);
+        return QStringLiteral("No secure connection to %1 could be made: %2").arg(host, reply.errorString());
     case QNetworkReply::TemporaryNetworkFailureError:
     case QNetworkReply::NetworkSessionFailedError:
         return QStringLiteral("There is no network connection to %1.").arg(host);
     default:
-        return QStringLiteral("The request to %1 failed: %2").arg(host, details);
+        return QStringLiteral("The request to %1 failed: %2").arg(host, reply.errorString());
     }
 }
 
-/// Errors of the content or the server come with a whole answer; the others mean that none has come.
-bool isAnswer(QNetworkReply::NetworkError error)
+/// Tells whether @p reply has ended with a whole answer. Qt gives an error for every status from 400 on, too;
+/// what else ends a reply after the status line has been read, such as a lost connection, comes with other
+/// codes.
+bool isWholeAnswer(const QNetworkReply &reply, int statusCode)
 {
-    return error == QNetworkReply::NoError || error == QNetworkReply::ProxyAuthenticationRequiredError ||
-           (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError &&
-            error != QNetworkReply::ContentReSendError) ||
-           error >= QNetworkReply::InternalServerError;
+    switch (reply.error()) {
+    case QNetworkReply::NoError:
+        return true;
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+    case QNetworkReply::ContentAccessDenied:
+    case QNetworkReply::ContentOperationNotPermittedError:
+    case QNetworkReply::ContentNotFoundError:
+    case QNetworkReply::AuthenticationRequiredError:
+    case QNetworkReply::ContentConflictError:
+    case QNetworkReply::ContentGoneError:
+    case QNetworkReply::UnknownContentError:
+    case QNetworkReply::ProtocolInvalidOperationError:
+    case QNetworkReply::InternalServerError:
+    case QNetworkReply::OperationNotImplementedError:
+    case QNetworkReply::ServiceUnavailableError:
+    case QNetworkReply::UnknownServerError:
+        return statusCode >= 400;
+    default:
+        return false;
+    }
 }
 
 bool isFieldSafe(const QByteArray &field)
@@ -76,10 +102,56 @@ QNetworkRequest networkRequest(const HttpRequest &request)
     result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    result.setRawHeader("User-Agent", "Brevix/" BREVIX_VERSION);
     for (const auto &[name, value] : request.headers)
-        result.setRawHeader(name, value);
+        result.setRawHeader(name, result.hasRawHeader(name) ? result.rawHeader(name) + ", " + value : value);
+    if (!result.hasRawHeader("User-Agent"))
+        result.setRawHeader("User-Agent", "Brevix/" BREVIX_VERSION);
     return result;
+}
+
+/// A request body that can be read only once. When a connection is lost, Qt silently sends the request again
+/// if it can rewind the body; but the server may have acted on it already, and a prompt would be created
+/// twice.
+class OneTimeBody final : public QIODevice
+{
+public:
+    explicit OneTimeBody(QByteArray bytes)
+        : m_bytes(std::move(bytes))
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    bool isSequential() const override { return true; }
+    bool seek(qint64) override { return false; }
+    bool atEnd() const override { return m_position == m_bytes.size(); }
+    qint64 bytesAvailable() const override { return m_bytes.size() - m_position; }
+
+private:
+    qint64 readData(char *target, qint64 maximum) override
+    {
+        const qint64 size = std::min(maximum, bytesAvailable());
+        std::copy_n(m_bytes.constData() + m_position, size, target);
+        m_position += size;
+        return size > 0 ? size : -1;
+    }
+
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+    QByteArray m_bytes;
+    qint64 m_position = 0;
+};
+
+QNetworkReply *startRequest(QNetworkAccessManager &network, const HttpRequest &request)
+{
+    QNetworkRequest outgoing = networkRequest(request);
+    if (request.body.isEmpty())
+        return network.sendCustomRequest(outgoing, request.method);
+    outgoing.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    outgoing.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    auto *body = new OneTimeBody(request.body);
+    QNetworkReply *reply = network.sendCustomRequest(outgoing, request.method, body);
+    body->setParent(reply);
+    return reply;
 }
 
 /// One request on its way. Lives in the frame of the coroutine that awaits it and resumes that from the event
@@ -104,7 +176,7 @@ public:
         : m_host(request.url.host())
         , m_timeout(request.timeout)
         , m_token(std::move(token))
-        , m_reply(network.sendCustomRequest(networkRequest(request), request.method, request.body))
+        , m_reply(startRequest(network, request))
     {
         QNetworkReply *reply = m_reply;
         QObject::connect(reply, &QNetworkReply::metaDataChanged, &m_context,
@@ -113,6 +185,7 @@ public:
         QObject::connect(reply, &QNetworkReply::finished, &m_context, [this] { onFinished(); });
         QObject::connect(reply, &QObject::destroyed, &m_context, [this] { settle(Outcome::cancelled); });
         m_deadline.setSingleShot(true);
+        m_deadline.setTimerType(Qt::PreciseTimer);
         QObject::connect(&m_deadline, &QTimer::timeout, &m_context, [this] { stop(Outcome::timedOut); });
         m_deadline.start(std::max(m_timeout, std::chrono::milliseconds::zero()));
         m_stopCallback.emplace(m_token, Cancel{this});
@@ -202,10 +275,10 @@ private:
         takeBytes();
         m_response.statusCode = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         m_response.contentType = m_reply->rawHeader("Content-Type");
-        if (isAnswer(m_reply->error())) {
+        if (isWholeAnswer(*m_reply, m_response.statusCode)) {
             settle(Outcome::answered);
         } else {
-            m_failure = describe(m_reply->error(), m_host, m_reply->errorString());
+            m_failure = describeFailure(*m_reply, m_host, m_response.statusCode);
             settle(Outcome::failed);
         }
     }

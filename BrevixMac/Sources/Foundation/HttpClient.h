@@ -27,7 +27,8 @@ struct HttpRequest
 
 struct HttpResponse
 {
-    int statusCode = 0; ///< 0 when the answer was not HTTP at all
+    int statusCode =
+        0; ///< 0 when the answer was not HTTP at all, which HttpClient reports as a TransportError
     QByteArray contentType;
     QByteArray body;
 
@@ -35,7 +36,8 @@ struct HttpResponse
     bool isSuccess() const { return statusCode >= 200 && statusCode <= 299; }
 };
 
-/// No answer came: unreachable host, connection lost, time-out, body over the limit, TLS failure.
+/// No answer came: unreachable host, connection lost, something that is not HTTP, time-out, body over the
+/// limit, TLS failure, or a request that must not be sent (not a web address, a line break in a header).
 class TransportError : public std::runtime_error
 {
 public:
@@ -56,7 +58,9 @@ public:
 };
 
 /// Sends requests asynchronously over one connection pool. Main thread only. Redirects are not followed
-/// (a bearer token must not leave its origin), no cookies are kept, and nothing is cached.
+/// (a bearer token must not leave its origin), no cookies are kept, and nothing is cached. A request with a
+/// body is sent at most once, also when its connection is lost. When the client dies, its requests end with
+/// CancelledError.
 class HttpClient
 {
 public:
