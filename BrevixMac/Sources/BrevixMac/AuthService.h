@@ -105,6 +105,7 @@ public:
     /// Signs in over @p hasPresentingWindow's window. The browser half is not available yet: ends in a message.
     QCoro::Task<> signIn(bool hasPresentingWindow);
 
+    /// Forgets the session; a refresh under way ends as cancelled. The server is not told.
     void signOut();
 
     /// A token good for more than 120 s, refreshed when needed. Throws AuthError, TransportError or CancelledError.
@@ -119,9 +120,11 @@ private:
     QCoro::Task<> restorePreviousSignInIfNeeded();
     QCoro::Task<StoredAuthSession> refreshFirebaseSession(StoredAuthSession previous);
     QCoro::Task<QJsonObject> performRequest(HttpRequest request);
+    bool isFresh(const StoredAuthSession &session) const;
     void persist(const StoredAuthSession &session);
     std::optional<StoredAuthSession> loadStoredSession() const;
     void publishCurrentUserIfNeeded(const std::optional<BrevixUserSession> &user);
+    void setIsAuthenticating(bool isAuthenticating);
     void setAuthErrorMessage(const std::optional<QString> &message);
 
     AppConfiguration m_configuration;
@@ -132,5 +135,5 @@ private:
     std::optional<BrevixUserSession> m_currentUser;
     bool m_isAuthenticating = false;
     std::optional<QString> m_authErrorMessage;
-    TaskScope m_tasks;
+    TaskScope m_tasks; // keep last: stops the coroutines before the other members die
 };

@@ -54,8 +54,13 @@ Q_SIGNALS:
 private:
     void refreshNow();
     QCoro::Task<> refresh(QString userID, std::stop_token token);
+    QCoro::Task<> fetchAndPublish(QString userID, std::stop_token token);
     QCoro::Task<QList<QJsonObject>> fetchDocuments(QStringList collectionSegments, QString firebaseIDToken,
                                                    std::stop_token token);
+    QStringList collectionPath(const QString &userID, const QString &collection) const;
+    void setCategories(const QList<PromptCategory> &categories);
+    void setPrompts(const QList<PromptItem> &prompts);
+    void setSkills(const QList<SkillItem> &skills);
     void setSyncState(const SyncState &state);
 
     AppConfiguration m_configuration;
