@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Accounts.h"
+
+#include "Database.h"
+#include "SecureRandom.h"
+
+#include <QCryptographicHash>
+#include <QSqlQuery>
+
+#include <utility>
+
+namespace Cloud {
+
+namespace {
+
+constexpr qsizetype refreshTokenSize = 32;
+
+/// How long a replaced token is remembered, to tell a reused one from an unknown one.
+constexpr std::chrono::hours replacedTokenMemory{24 * 30};
+
+qint64 micros(Timestamp time)
+{
+    return time.time_since_epoch().count();
+}
+
+QByteArray hashOf(const QByteArray &token)
+{
+    return QCryptographicHash::hash(token, QCryptographicHash::Sha256);
+}
+
+} // namespace
+
+const Account &Accounts::localUser()
+{
+    static const Account account{QStringLiteral("local-user"), QStringLiteral("local@localhost"),
+                                 QStringLiteral("Local Library")};
+    return account;
+}
+
+Accounts::Accounts(Database &database, Clock clock)
+    : m_database(database)
+    , m_clock(std::move(clock))
+{
+}
+
+void Accounts::put(const Account &account)
+{
+    m_database.run(QStringLiteral("INSERT INTO users(uid, email, display_name, created) VALUES(?, ?, ?, ?)"
+                                  " ON CONFLICT(uid) DO UPDATE SET email = excluded.email,"
+                                  " display_name = excluded.display_name"),
+                   {account.uid, account.email, account.displayName, micros(m_clock())});
+}
+
+std::optional<Account> Accounts::find(const QString &uid) const
+{
+    QSqlQuery query =
+        m_database.run(QStringLiteral("SELECT uid, email, display_name FROM users WHERE uid = ?"), {uid});
+    if (!query.next())
+        return std::nullopt;
+    return Account{query.value(0).toString(), query.value(1).toString(), query.value(2).toString()};
+}
+
+QByteArray Accounts::openSession(const Account &account, const QString &session)
+{
+    Transaction transaction(m_database);
+    put(account);
+    m_database.run(QStringLiteral("DELETE FROM refresh_tokens WHERE uid = ? AND family = ?"),
+                   {account.uid, session});
+    const QByteArray token = issueToken(account.uid, session);
+    transaction.commit();
+    return token;
+}
+
+Accounts::Refresh Accounts::rotate(const QByteArray &refreshToken)
+{
+    const Timestamp now = m_clock();
+    const QByteArray hash = hashOf(refreshToken);
+    Transaction transaction(m_database);
+    QSqlQuery query = m_database.run(
+        QStringLiteral("SELECT uid, family, replaced FROM refresh_tokens WHERE hash = ?"), {hash});
+    if (!query.next())
+        return {};
+    const QString uid = query.value(0).toString();
+    const QString family = query.value(1).toString();
+    const QVariant replaced = query.value(2);
+    query.finish();
+    if (!replaced.isNull() && replaced.toLongLong() + micros(Timestamp(replacementGrace)) < micros(now)) {
+        m_database.run(QStringLiteral("DELETE FROM refresh_tokens WHERE uid = ? AND family = ?"),
+                       {uid, family});
+        transaction.commit();
+        return {.account = {}, .refreshToken = {}, .refusal = Refusal::expiredToken};
+    }
+    m_database.run(
+        QStringLiteral("UPDATE refresh_tokens SET replaced = COALESCE(replaced, ?) WHERE hash = ?"),
+        {micros(now), hash});
+    m_database.run(QStringLiteral("DELETE FROM refresh_tokens WHERE replaced < ?"),
+                   {micros(now - replacedTokenMemory)});
+    Refresh refresh{.account = find(uid), .refreshToken = issueToken(uid, family)};
+    transaction.commit();
+    return refresh;
+}
+
+QByteArray Accounts::issueToken(const QString &uid, const QString &family)
+{
+    QByteArray token = base64Url(secureRandomBytes(refreshTokenSize));
+    m_database.run(
+        QStringLiteral("INSERT INTO refresh_tokens(hash, uid, family, created) VALUES(?, ?, ?, ?)"),
+        {hashOf(token), uid, family, micros(m_clock())});
+    return token;
+}
+
+} // namespace Cloud

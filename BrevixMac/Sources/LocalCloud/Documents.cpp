@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Documents.h"
+
+#include "Database.h"
+
+#include <QJsonDocument>
+#include <QSqlQuery>
+
+namespace Cloud {
+
+namespace {
+
+Timestamp timestampAt(const QSqlQuery &query, int column)
+{
+    return Timestamp(std::chrono::microseconds(query.value(column).toLongLong()));
+}
+
+/// Of a row "id, fields, created, updated".
+StoredDocument documentAt(const QSqlQuery &query)
+{
+    return {query.value(0).toString(), query.value(1).toByteArray(), timestampAt(query, 2),
+            timestampAt(query, 3)};
+}
+
+} // namespace
+
+QList<StoredDocument> Documents::list(const QString &collection, int limit, const QString &afterID) const
+{
+    // A null text would be bound as NULL, which no id comes after.
+    const QString after = afterID.isNull() ? QStringLiteral("") : afterID;
+    QSqlQuery query = m_database.run(QStringLiteral("SELECT id, fields, created, updated FROM documents"
+                                                    " WHERE collection = ? AND id > ? ORDER BY id LIMIT ?"),
+                                     {collection, after, limit});
+    QList<StoredDocument> documents;
+    while (query.next())
+        documents.append(documentAt(query));
+    return documents;
+}
+
+std::optional<StoredDocument> Documents::find(const QString &collection, const QString &id) const
+{
+    QSqlQuery query = m_database.run(QStringLiteral("SELECT id, fields, created, updated FROM documents"
+                                                    " WHERE collection = ? AND id = ?"),
+                                     {collection, id});
+    return query.next() ? std::optional(documentAt(query)) : std::nullopt;
+}
+
+void Documents::put(const QString &collection, const QString &id, const QJsonObject &fields, Timestamp now)
+{
+    const qint64 micros = now.time_since_epoch().count();
+    m_database.run(QStringLiteral("INSERT INTO documents(collection, id, fields, created, updated)"
+                                  " VALUES(?, ?, ?, ?, ?) ON CONFLICT(collection, id)"
+                                  " DO UPDATE SET fields = excluded.fields, updated = excluded.updated"),
+                   {collection, id, QJsonDocument(fields).toJson(QJsonDocument::Compact), micros, micros});
+}
+
+void Documents::remove(const QString &collection, const QString &id)
+{
+    m_database.run(QStringLiteral("DELETE FROM documents WHERE collection = ? AND id = ?"), {collection, id});
+}
+
+} // namespace Cloud

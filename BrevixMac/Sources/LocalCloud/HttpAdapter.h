@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Request.h"
+
+#include <QtGlobal>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace Cloud {
+
+/// Serves HTTP/1.1 on a listening socket and hands each complete request to one function. The only place that
+/// knows the HTTP library, and where the limits are kept that the library lacks. Belongs to the thread that
+/// made it, whose event loop it runs on.
+class HttpAdapter
+{
+public:
+    using Handler = std::function<Response(const Request &)>;
+
+    struct Limits
+    {
+        int connections = 64;                  ///< further ones are closed at once
+        qsizetype headSize = 32 * 1024;        ///< bytes; a larger head is answered with 431
+        qsizetype bodySize = 10 * 1024 * 1024; ///< bytes; a larger body is answered with 413
+        /// A request must have come whole, and some of an answer must have been taken, within this time.
+        std::chrono::milliseconds stall = std::chrono::seconds(15);
+        /// How long a connection may wait for its next request; longer than the library's refresh interval.
+        std::chrono::milliseconds idle = std::chrono::seconds(120);
+    };
+
+    HttpAdapter(Handler handler, Limits limits);
+    ~HttpAdapter();
+
+    /// Takes over @p listeningSocket. False when it is none.
+    bool serve(qintptr listeningSocket);
+
+    HttpAdapter(const HttpAdapter &) = delete;
+    HttpAdapter &operator=(const HttpAdapter &) = delete;
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+} // namespace Cloud

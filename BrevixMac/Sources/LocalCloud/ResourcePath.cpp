@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ResourcePath.h"
+
+#include <QStringDecoder>
+
+#include <algorithm>
+
+namespace Cloud {
+
+namespace {
+
+// Limits of the Firestore data model, in bytes of UTF-8 where they are sizes.
+constexpr qsizetype maximumNameSize = 1500;
+constexpr qsizetype maximumPathSize = 6 * 1024;
+constexpr qsizetype maximumDepth = 200;
+
+bool isName(const QString &text)
+{
+    return !text.isEmpty() && text != QLatin1String(".") && text != QLatin1String("..") &&
+           text.toUtf8().size() <= maximumNameSize;
+}
+
+} // namespace
+
+std::optional<QStringList> decodedPath(const QByteArray &encodedPath)
+{
+    QStringList pieces;
+    for (const QByteArray &encoded : encodedPath.split('/')) {
+        const QByteArray bytes = QByteArray::fromPercentEncoding(encoded);
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString piece = decoder(bytes);
+        if (decoder.hasError() || bytes.contains('/') || bytes.contains('\0'))
+            return std::nullopt;
+        pieces.append(piece);
+    }
+    if (!pieces.isEmpty() && pieces.constFirst().isEmpty())
+        pieces.removeFirst();
+    if (!pieces.isEmpty() && pieces.constLast().isEmpty())
+        pieces.removeLast();
+    return pieces;
+}
+
+std::optional<ResourcePath> ResourcePath::fromPieces(const QStringList &pieces)
+{
+    if (pieces.size() < 5 || pieces[0] != QLatin1String("projects") ||
+        pieces[2] != QLatin1String("databases") || pieces[4] != QLatin1String("documents"))
+        return std::nullopt;
+    ResourcePath path;
+    path.m_projectID = pieces[1];
+    path.m_databaseID = pieces[3];
+    path.m_segments = pieces.sliced(5);
+    const bool isValid = std::all_of(path.m_segments.begin(), path.m_segments.end(), &isName) &&
+                         path.m_segments.size() <= maximumDepth &&
+                         path.m_segments.join(u'/').toUtf8().size() <= maximumPathSize;
+    return isValid ? std::optional(path) : std::nullopt;
+}
+
+QString ResourcePath::collection() const
+{
+    return isCollection() ? m_segments.join(u'/') : m_segments.sliced(0, m_segments.size() - 1).join(u'/');
+}
+
+QString ResourcePath::collectionName() const
+{
+    return QStringLiteral("projects/%1/databases/%2/documents/").arg(m_projectID, m_databaseID) +
+           collection();
+}
+
+} // namespace Cloud

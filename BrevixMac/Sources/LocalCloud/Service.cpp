@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Service.h"
+
+#include "Answers.h"
+#include "StarterLibrary.h"
+
+#include <QLoggingCategory>
+
+#include <utility>
+
+namespace Cloud {
+
+namespace {
+
+Q_LOGGING_CATEGORY(logService, "brevix.localcloud")
+
+}
+
+Service::Service(Router::Site site, const QString &databasePath, QByteArray signingKey, Clock clock)
+    : m_clock(clock)
+    , m_database(databasePath)
+    , m_documents(m_database)
+    , m_accounts(m_database, clock)
+    , m_idTokens(std::move(signingKey), site.projectID, clock)
+    , m_router(site, m_documents, m_accounts, m_idTokens)
+{
+    openLibrary(site.libraryAppID);
+}
+
+Response Service::handle(const Request &request)
+{
+    if (!m_isUsable)
+        return errorAnswer(503, "UNAVAILABLE", QStringLiteral("The library database cannot be used."));
+    return m_router.handle(request);
+}
+
+Service::Session Service::issueLocalSession()
+{
+    const Account &user = Accounts::localUser();
+    Session session{.account = user, .idToken = {}, .refreshToken = {}, .expiresAt = {}};
+    if (!m_isUsable)
+        return session;
+    try {
+        session.refreshToken = m_accounts.openSession(user, QStringLiteral("local"));
+        session.expiresAt = m_clock() + IdTokens::lifetime;
+        session.idToken = m_idTokens.issue(user);
+    } catch (const StorageError &error) {
+        m_errorString = QString::fromUtf8(error.what());
+        qCWarning(logService) << "The local user could not be signed in:" << m_errorString;
+    }
+    return session;
+}
+
+void Service::openLibrary(const QString &libraryAppID)
+{
+    m_isUsable = m_database.open();
+    m_errorString = m_isUsable ? m_database.damageReport() : m_database.errorString();
+    if (!m_isUsable)
+        return;
+    try {
+        seedStarterLibrary(m_database, libraryAppID, m_clock());
+    } catch (const StorageError &error) {
+        m_isUsable = false;
+        m_errorString = QString::fromUtf8(error.what());
+        qCWarning(logService) << "The starter library could not be stored:" << m_errorString;
+    }
+}
+
+} // namespace Cloud

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Accounts.h"
+#include "Database.h"
+#include "Documents.h"
+#include "IdTokens.h"
+#include "Router.h"
+
+namespace Cloud {
+
+/// The whole server without a network: the database, the accounts and the interfaces over them. Belongs to
+/// the thread that made it.
+class Service
+{
+public:
+    /// Opens the database at @p databasePath and seeds it. When that fails, errorString() says why and every
+    /// request is answered with 503.
+    Service(Router::Site site, const QString &databasePath, QByteArray signingKey, Clock clock = &systemTime);
+
+    Response handle(const Request &request);
+
+    /// Empty unless the database cannot be used, or was damaged and replaced.
+    const QString &errorString() const { return m_errorString; }
+    bool isUsable() const { return m_isUsable; }
+
+    struct Session
+    {
+        Account account;
+        QByteArray idToken; ///< empty when the database cannot be used
+        QByteArray refreshToken;
+        Timestamp expiresAt;
+    };
+
+    /// Signs the local user in, in place of the former session.
+    Session issueLocalSession();
+
+private:
+    void openLibrary(const QString &libraryAppID);
+
+    Clock m_clock;
+    Database m_database;
+    Documents m_documents;
+    Accounts m_accounts;
+    IdTokens m_idTokens;
+    Router m_router;
+    QString m_errorString;
+    bool m_isUsable = false;
+};
+
+} // namespace Cloud
