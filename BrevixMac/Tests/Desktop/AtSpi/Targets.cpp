@@ -27,6 +27,10 @@ QByteArray outputOf(const QString &program, const QStringList &arguments)
 
 Target::Target(const QString &program, const QStringList &arguments)
 {
+    // Without a memory of earlier runs: an editor that was ended offers to restore what it held.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+    m_process.setProcessEnvironment(environment);
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.start(program, arguments);
