@@ -186,7 +186,7 @@ TEST(TextNeedle, findsAtEveryPositionOfALongText)
 TEST(TextNeedle, findsEveryCharacterOfTheBasicPlaneInEveryForm)
 {
     for (char32_t point = 0x21; point < 0x10000; ++point) {
-        const QString character = QString::fromUcs4(&point, 1);
+        const QString character(QChar(static_cast<char16_t>(point)));
         if (QChar::category(point) == QChar::Other_Surrogate ||
             QChar::category(point) == QChar::Other_NotAssigned)
             continue;
