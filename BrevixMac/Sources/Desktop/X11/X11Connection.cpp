@@ -26,6 +26,7 @@ const xcb_screen_t *screenOfNumber(xcb_connection_t *connection, int number)
 
 X11Connection::X11Connection(const QByteArray &displayName, QObject *parent)
     : QObject(parent)
+    , m_displayName(displayName)
     , m_connection(xcb_connect(displayName.isEmpty() ? nullptr : displayName.constData(), &m_screenNumber))
 {
     if (xcb_connection_has_error(m_connection)) {
@@ -165,22 +166,29 @@ std::unique_ptr<X11Connection::Subscription> X11Connection::addEventHandler(Even
     return std::make_unique<Subscription>(std::move(shared));
 }
 
+XcbPointer<xcb_generic_event_t> X11Connection::takeEvent()
+{
+    if (m_pendingEvents.empty()) {
+        XcbPointer<xcb_generic_event_t> event(xcb_poll_for_event(m_connection));
+        if (!event)
+            checkAlive();
+        return event;
+    }
+    auto event = std::move(m_pendingEvents.front());
+    m_pendingEvents.pop_front();
+    return event;
+}
+
 void X11Connection::readEvents()
 {
     const QPointer<X11Connection> self(this);
     while (self) {
-        XcbPointer<xcb_generic_event_t> event;
-        if (!m_pendingEvents.empty()) {
-            event = std::move(m_pendingEvents.front());
-            m_pendingEvents.pop_front();
-        } else {
-            event.reset(xcb_poll_for_event(m_connection));
-        }
+        const auto event = takeEvent();
         if (!event)
             break;
         dispatch(*event);
     }
-    if (self && checkAlive())
+    if (self)
         flush();
 }
 

@@ -57,6 +57,9 @@ public:
     explicit X11Connection(const QByteArray &displayName = {}, QObject *parent = nullptr);
     ~X11Connection() override;
 
+    /// As given to the constructor, for a second connection to the same server.
+    QByteArray displayName() const { return m_displayName; }
+
     /// Whether the server answers; false for ever once it has gone.
     bool isValid() const { return m_screen && !m_isClosed; }
 
@@ -100,6 +103,10 @@ public:
     /// order in which they came and may add and remove handlers.
     [[nodiscard]] std::unique_ptr<Subscription> addEventHandler(EventHandler handler);
 
+    /// The next event that has arrived, or null. The event loop calls the handlers; only who must go on
+    /// without the event loop, at the end of the process, takes events away from them.
+    XcbPointer<xcb_generic_event_t> takeEvent();
+
 Q_SIGNALS:
     /// The server has gone.
     void closed();
@@ -111,6 +118,7 @@ private:
     void rememberAtom(const QByteArray &name, xcb_atom_t atom);
     std::optional<xcb_timestamp_t> takeTimestampEvent();
 
+    QByteArray m_displayName;
     xcb_connection_t *m_connection = nullptr;
     const xcb_screen_t *m_screen = nullptr;
     int m_screenNumber = 0;

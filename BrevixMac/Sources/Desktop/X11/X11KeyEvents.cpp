@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "X11KeyEvents.h"
+
+#include "X11Keyboard.h"
+
+#include <QDeadlineTimer>
+#include <QLoggingCategory>
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "brevix.keys", QtInfoMsg)
+
+using namespace std::chrono_literals;
+
+constexpr xcb_keysym_t letterV = 0x0076;
+constexpr xcb_keysym_t insertKey = 0xff63;
+
+constexpr auto modifierPatience = 2s;
+constexpr auto modifierPollInterval = 10ms;
+// Some widgets overlook a key that goes up at once.
+constexpr auto holdTime = 40ms;
+
+bool hasExtension(X11Connection &connection)
+{
+    if (!connection.isValid())
+        return false;
+    const auto *extension = xcb_get_extension_data(connection.connection(), &xcb_test_id);
+    return extension && extension->present;
+}
+
+// The keys in the order of pressing; none where the keyboard cannot paste.
+QList<xcb_keycode_t> chord(const X11Keyboard &keyboard, PasteConvention convention)
+{
+    const auto control = keyboard.modifierKey(XCB_MAP_INDEX_CONTROL);
+    const auto shift = keyboard.modifierKey(XCB_MAP_INDEX_SHIFT);
+    const auto v = keyboard.shortcutKey(letterV);
+    const auto insert = keyboard.key(insertKey);
+    if (convention == PasteConvention::standard && control && v)
+        return {*control, *v};
+    if (convention == PasteConvention::terminal && control && shift && v)
+        return {*control, *shift, *v};
+    if (shift && insert)
+        return {*shift, *insert};
+    return {};
+}
+
+} // namespace
+
+X11KeyEvents::X11KeyEvents(X11Connection &shared, QObject *parent)
+    : KeyEvents(parent)
+    , m_shared(shared)
+    , m_connection(shared.displayName())
+    , m_hasTestExtension(hasExtension(m_connection))
+{
+    connect(&m_connection, &X11Connection::closed, this, &KeyEvents::postingAllowedChanged);
+}
+
+X11KeyEvents::~X11KeyEvents()
+{
+    // The server drops what a client that leaves has not had carried out yet: the releases, here.
+    if (m_isPosting)
+        m_connection.sync();
+}
+
+bool X11KeyEvents::isPostingAllowed() const
+{
+    return m_hasTestExtension && m_connection.isValid();
+}
+
+QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention)
+{
+    const std::stop_token token = m_tasks.token();
+    const QDeadlineTimer patience(modifierPatience);
+    while (isPostingAllowed() && (m_isPosting || isKeyboardInUse(convention))) {
+        if (patience.hasExpired()) {
+            qCInfo(log) << "no paste: keys are still held";
+            co_return false;
+        }
+        const bool hasSlept = co_await sleepFor(modifierPollInterval, token);
+        if (!hasSlept)
+            co_return false;
+    }
+    if (!isPostingAllowed())
+        co_return false;
+    const QList<xcb_keycode_t> keys = chord(X11Keyboard(m_connection), convention);
+    if (keys.isEmpty()) {
+        qCInfo(log) << "no paste: the keyboard has no key for it";
+        co_return false;
+    }
+    Q_EMIT aboutToPostPasteChord();
+    if (!post(keys))
+        co_return false;
+    const bool hasSlept = co_await sleepFor(holdTime, token);
+    if (!hasSlept)
+        co_return true; // posted all the same
+    m_isPosting = false;
+    co_return true;
+}
+
+/// The user holds a modifier, or the very key that is to be pressed.
+bool X11KeyEvents::isKeyboardInUse(PasteConvention convention)
+{
+    const X11Keyboard keyboard(m_connection);
+    const QList<xcb_keycode_t> keys = chord(keyboard, convention);
+    return keyboard.isModifierHeld() ||
+           std::any_of(keys.begin(), keys.end(), [&](xcb_keycode_t key) { return keyboard.isDown(key); });
+}
+
+bool X11KeyEvents::post(const QList<xcb_keycode_t> &keys)
+{
+    m_shared.sync();
+    auto *xcb = m_connection.connection();
+    const auto fake = [&](quint8 type, xcb_keycode_t key, std::chrono::milliseconds delay) {
+        xcb_test_fake_input(xcb, type, key, quint32(delay.count()), XCB_WINDOW_NONE, 0, 0, 0);
+    };
+    for (const xcb_keycode_t key : keys)
+        fake(XCB_KEY_PRESS, key, 0ms);
+    std::chrono::milliseconds delay = holdTime;
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key)
+        fake(XCB_KEY_RELEASE, *key, std::exchange(delay, 0ms));
+    m_connection.flush();
+    m_isPosting = m_connection.isValid();
+    return m_isPosting;
+}
