@@ -21,17 +21,35 @@ constexpr quint8 responseTypeMask = 0x7f;
 // Longer than any auto-repeat delay: with no release seen for so long, the release was missed.
 constexpr xcb_timestamp_t longestRepeatDelay = 3000;
 
-// A held key then repeats as presses alone, so that a release means the key is really up.
-void askForPlainRepeats(xcb_connection_t *connection)
+// Key repeats as presses alone, so that a release means the key is really up, and changes of the keyboard's
+// map: a client of the keyboard extension is told of these in the extension's own way only. Returns the
+// extension's event.
+quint8 setUpKeyboard(xcb_connection_t *connection)
 {
     const auto *extension = xcb_get_extension_data(connection, &xcb_xkb_id);
     if (!extension || !extension->present)
-        return;
+        return 0;
     xcb_discard_reply(connection, xcb_xkb_use_extension(connection, 1, 0).sequence);
-    const auto cookie = xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
-                                                 XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
-                                                 XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
-    xcb_discard_reply(connection, cookie.sequence);
+    const auto repeats = xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
+                                                  XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
+                                                  XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
+    xcb_discard_reply(connection, repeats.sequence);
+    constexpr quint16 keyboards = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;
+    constexpr quint16 maps = XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr quint16 parts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+    xcb_xkb_select_events(connection, XCB_XKB_ID_USE_CORE_KBD, keyboards | maps, 0, keyboards | maps, parts,
+                          parts, nullptr);
+    return extension->first_event;
+}
+
+// Whether the modifiers may have moved. All events of the keyboard extension share one number.
+bool isMappingChange(const xcb_generic_event_t &event, quint8 keyboardEvent)
+{
+    const quint8 type = event.response_type & responseTypeMask;
+    if (type == XCB_MAPPING_NOTIFY)
+        return true;
+    return keyboardEvent != 0 && type == keyboardEvent &&
+           (event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event.pad0 == XCB_XKB_MAP_NOTIFY);
 }
 
 } // namespace
@@ -41,7 +59,7 @@ X11HotKeys::X11HotKeys(X11Connection &connection)
 {
     if (!m_connection.isValid())
         return;
-    askForPlainRepeats(m_connection.connection());
+    m_keyboardEvent = setUpKeyboard(m_connection.connection());
     m_events = m_connection.addEventHandler([this](const xcb_generic_event_t &event) { onEvent(event); });
 }
 
@@ -119,17 +137,15 @@ void X11HotKeys::onEvent(const xcb_generic_event_t &event)
     switch (event.response_type & responseTypeMask) {
     case XCB_KEY_PRESS:
         onKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
-        break;
+        return;
     case XCB_KEY_RELEASE:
         if (m_grab && reinterpret_cast<const xcb_key_release_event_t &>(event).detail == m_grab->keyCode)
             m_isHeld = false;
-        break;
-    case XCB_MAPPING_NOTIFY:
-        // One change of the layout comes as dozens of these.
-        if (!std::exchange(m_isMappingCheckPending, true))
-            QMetaObject::invokeMethod(this, &X11HotKeys::onMappingChanged, Qt::QueuedConnection);
-        break;
+        return;
     }
+    // One change of the layout comes as dozens of events.
+    if (isMappingChange(event, m_keyboardEvent) && !std::exchange(m_isMappingCheckPending, true))
+        QMetaObject::invokeMethod(this, &X11HotKeys::onMappingChanged, Qt::QueuedConnection);
 }
 
 void X11HotKeys::onKeyPress(const xcb_key_press_event_t &event)

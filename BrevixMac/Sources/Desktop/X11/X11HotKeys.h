@@ -50,6 +50,7 @@ private:
     X11Connection &m_connection;
     std::optional<Wish> m_wish;
     std::optional<Grab> m_grab;
+    quint8 m_keyboardEvent = 0; ///< number of the keyboard extension's events
     bool m_isHeld = false;
     xcb_timestamp_t m_lastPress = 0;
     bool m_isMappingCheckPending = false;

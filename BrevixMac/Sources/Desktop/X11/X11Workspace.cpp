@@ -52,17 +52,24 @@ std::optional<QString> nonEmpty(const QString &text)
     return text.isEmpty() ? std::nullopt : std::optional(text);
 }
 
-void selectEvents(xcb_connection_t *connection, xcb_window_t window, quint32 mask)
+// Adds @p added to the events of @p window that are told to us and takes @p removed from them. Others of this
+// process may watch the same window over the same connection: theirs stay. False when the window is gone.
+bool changeEvents(xcb_connection_t *connection, xcb_window_t window, quint32 added, quint32 removed)
 {
-    // Others of this process may watch the same window over the same connection: theirs stay.
     xcb_generic_error_t *rawError = nullptr;
     const XcbPointer<xcb_get_window_attributes_reply_t> present(xcb_get_window_attributes_reply(
         connection, xcb_get_window_attributes(connection, window), &rawError));
     const XcbPointer<xcb_generic_error_t> error(rawError);
     if (!present)
-        return;
-    const quint32 wanted = present->your_event_mask | mask;
+        return false;
+    const quint32 wanted = (present->your_event_mask | added) & ~removed;
     xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &wanted);
+    return true;
+}
+
+bool selectEvents(xcb_connection_t *connection, xcb_window_t window, quint32 mask)
+{
+    return changeEvents(connection, window, mask, 0);
 }
 
 void sendActivation(xcb_connection_t *connection, xcb_window_t root, xcb_atom_t atom, xcb_window_t window,
@@ -128,10 +135,7 @@ void X11Workspace::onEvent(const xcb_generic_event_t &event)
         break;
     }
     case XCB_DESTROY_NOTIFY:
-        if (reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == m_managerWindow) {
-            findWindowManager();
-            updateFront();
-        }
+        onDestroyed(reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window);
         break;
     case XCB_FOCUS_IN:
     case XCB_FOCUS_OUT:
@@ -139,6 +143,15 @@ void X11Workspace::onEvent(const xcb_generic_event_t &event)
             updateFront();
         break;
     }
+}
+
+void X11Workspace::onDestroyed(xcb_window_t window)
+{
+    if (window == m_managerWindow)
+        findWindowManager();
+    else if (window != m_frontWindow)
+        return;
+    updateFront();
 }
 
 void X11Workspace::findWindowManager()
@@ -155,11 +168,18 @@ xcb_window_t X11Workspace::readFront() const
 
 void X11Workspace::updateFront()
 {
-    const xcb_window_t window = readFront();
+    auto *xcb = m_connection.connection();
+    xcb_window_t window = readFront();
     if (m_managerWindow == noWindow)
         watchFocusOf(window);
+    // Window managers may go on naming a window that is closed. Its number can come again with the next
+    // program, so its end must be noticed.
+    if (window != noWindow && !selectEvents(xcb, window, XCB_EVENT_MASK_STRUCTURE_NOTIFY))
+        window = noWindow;
     if (window == m_frontWindow)
         return;
+    if (m_frontWindow != noWindow && m_frontWindow != m_managerWindow)
+        changeEvents(xcb, m_frontWindow, 0, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     m_frontWindow = window;
     m_front.reset();
     m_untilFrontChanges.restart();
@@ -235,9 +255,9 @@ bool X11Workspace::isTerminated(const RunningApplication &application) const
 
 bool X11Workspace::isInFront(xcb_window_t window) const
 {
-    const xcb_window_t front = readFront();
     // Window managers hand the focus to a window's modal dialog in its place.
-    return front != noWindow && (front == window || m_windows.transientFor(front) == window);
+    return m_frontWindow != noWindow &&
+           (m_frontWindow == window || m_windows.transientFor(m_frontWindow) == window);
 }
 
 std::optional<xcb_window_t> X11Workspace::windowToActivate(const RunningApplication &application) const
@@ -250,9 +270,9 @@ std::optional<xcb_window_t> X11Workspace::windowToActivate(const RunningApplicat
         return captured;
     if (isTerminated(application))
         return std::nullopt;
-    const xcb_window_t front = readFront();
-    if (front != noWindow && m_windows.processIdentifier(front) == application.processIdentifier)
-        return front;
+    if (m_frontWindow != noWindow &&
+        m_windows.processIdentifier(m_frontWindow) == application.processIdentifier)
+        return m_frontWindow;
     const xcb_window_t other = m_windows.topmostWindow(application.processIdentifier);
     return other != noWindow ? std::optional(other) : std::nullopt;
 }
@@ -274,6 +294,8 @@ QCoro::Task<bool> X11Workspace::activate(RunningApplication application)
     const QDeadlineTimer deadline(activationDeadline);
     std::optional<xcb_window_t> requested;
     while (true) {
+        if (m_connection.isValid())
+            updateFront(); // the notification may still be under way
         const auto window = windowToActivate(application);
         if (!window)
             co_return false;

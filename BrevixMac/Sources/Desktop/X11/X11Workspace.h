@@ -38,6 +38,7 @@ public:
 
 private:
     void onEvent(const xcb_generic_event_t &event);
+    void onDestroyed(xcb_window_t window);
     void findWindowManager();
     void updateFront();
     void watchFocusOf(xcb_window_t window);
