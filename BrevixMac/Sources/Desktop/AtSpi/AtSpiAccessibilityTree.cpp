@@ -12,20 +12,22 @@ namespace {
 
 // How long after a failed attempt the bus is looked for again; the last one repeats.
 constexpr std::array<std::chrono::milliseconds, 4> reconnectDelays{
-    std::chrono::milliseconds(200), std::chrono::seconds(1), std::chrono::seconds(5), std::chrono::seconds(30)};
+    std::chrono::milliseconds(200), std::chrono::seconds(1), std::chrono::seconds(5),
+    std::chrono::seconds(30)};
 
 TextRange toCharacters(const AtSpiText &text, const AtSpiText::Selection &selection)
 {
     const qsizetype start = Text::characterIndexAtUtf16Offset(text.value, selection.start);
-    const QStringView selected = QStringView(text.value).sliced(selection.start, selection.end - selection.start);
+    const QStringView selected =
+        QStringView(text.value).sliced(selection.start, selection.end - selection.start);
     return {start, Text::characterCount(selected)};
 }
 
 AtSpiText::Selection toUtf16(const AtSpiText &text, const TextRange &range)
 {
     const qsizetype start = Text::utf16OffsetOfCharacter(text.value, std::max<qint64>(range.location, 0));
-    const qsizetype length =
-        Text::utf16OffsetOfCharacter(QStringView(text.value).sliced(start), std::max<qint64>(range.length, 0));
+    const qsizetype length = Text::utf16OffsetOfCharacter(QStringView(text.value).sliced(start),
+                                                          std::max<qint64>(range.length, 0));
     return {start, start + length};
 }
 
@@ -34,7 +36,7 @@ std::optional<AccessibilityValue> textOrNothing(const QString &text)
     return text.isEmpty() ? std::nullopt : std::optional<AccessibilityValue>(text);
 }
 
-}
+} // namespace
 
 AtSpiAccessibilityTree::AtSpiAccessibilityTree(QDBusConnection session)
     : m_sessionBus(session)
@@ -120,7 +122,8 @@ QCoro::Task<std::optional<qint64>> AtSpiAccessibilityTree::processIdentifier(Acc
     co_return process;
 }
 
-QCoro::Task<std::optional<AccessibilityElement>> AtSpiAccessibilityTree::focusedElement(AccessibilityElement element)
+QCoro::Task<std::optional<AccessibilityElement>>
+AtSpiAccessibilityTree::focusedElement(AccessibilityElement element)
 {
     const QPointer<AtSpiFocusTracker> focus(&m_focus);
     std::optional<AtSpiObject> object;
@@ -173,7 +176,7 @@ QCoro::Task<bool> AtSpiAccessibilityTree::isAttributeSettable(AccessibilityEleme
         co_return false;
     if (name == AX::value)
         co_return AtSpiTextField::isWritable(*description);
-    co_return name == AX::selectedTextRange && AtSpiTextField::isReadable(*description);
+    co_return name == AX::selectedTextRange &&AtSpiTextField::isReadable(*description);
 }
 
 QCoro::Task<bool> AtSpiAccessibilityTree::setAttribute(AccessibilityElement element, QString name,
@@ -191,66 +194,79 @@ QCoro::Task<bool> AtSpiAccessibilityTree::setAttribute(AccessibilityElement elem
     co_return isDone;
 }
 
-int AtSpiAccessibilityTree::likelyCount(const AtSpiObject &object) const
+// Always asks what the object is beside what it holds: a field may have turned into a password field since. A
+// field that was read before is asked for both at once.
+QCoro::Task<std::optional<AtSpiAccessibilityTree::Look>>
+AtSpiAccessibilityTree::look(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, LastRead known)
 {
-    return m_lastRead.object == object ? m_lastRead.characterCount : -1;
-}
-
-void AtSpiAccessibilityTree::remember(const AtSpiObject &object, const AtSpiText &text)
-{
-    m_lastRead = {.object = object,
-                  .characterCount = text.characterCount,
-                  .value = text.value,
-                  .isCaretKnown = text.selection.has_value()};
-}
-
-// Asks what the object is beside asking what it holds: a field may have turned into a password field since.
-QCoro::Task<std::optional<AtSpiText>> AtSpiAccessibilityTree::readText(AtSpiObject object, std::stop_token token)
-{
-    const auto description = co_await AtSpiBus::describe(m_bus, object);
-    if (token.stop_requested() || !description || !AtSpiTextField::isReadable(*description))
+    std::optional<QCoro::Task<std::optional<AtSpiText>>> reading;
+    if (known.object == object)
+        reading.emplace(AtSpiTextField::read(bus, object, known.toolkit, known.characterCount));
+    const auto description = co_await AtSpiBus::describe(bus, object);
+    if (!description)
         co_return std::nullopt;
-    const auto text = co_await AtSpiTextField::read(m_bus, object, description->toolkit, likelyCount(object));
+    Look result{*description, std::nullopt};
+    if (!AtSpiTextField::isReadable(*description))
+        co_return result;
+    if (!reading)
+        reading.emplace(AtSpiTextField::read(bus, object, description->toolkit, -1));
+    result.text = co_await *reading;
+    co_return result;
+}
+
+QCoro::Task<std::optional<AtSpiText>> AtSpiAccessibilityTree::readText(AtSpiObject object,
+                                                                       std::stop_token token)
+{
+    const auto seen = co_await look(m_bus, object, m_lastRead);
     if (token.stop_requested())
         co_return std::nullopt;
-    if (text)
-        remember(object, *text);
-    else if (m_lastRead.object == object)
-        m_lastRead.isCaretKnown = false;
-    co_return text;
+    if (!seen || !seen->text) {
+        if (m_lastRead.object == object)
+            m_lastRead.isCaretKnown = false;
+        co_return std::nullopt;
+    }
+    m_lastRead = {.object = object,
+                  .toolkit = seen->description.toolkit,
+                  .characterCount = seen->text->characterCount,
+                  .value = seen->text->value,
+                  .isCaretKnown = seen->text->selection.has_value()};
+    co_return seen->text;
 }
 
 QCoro::Task<bool> AtSpiAccessibilityTree::writeValue(AtSpiObject object, QString value, std::stop_token token)
 {
     const auto bus = m_bus;
-    const LastRead seen = m_lastRead.object == object ? m_lastRead : LastRead{};
-    const auto description = co_await AtSpiBus::describe(bus, object);
-    if (token.stop_requested() || !description || !AtSpiTextField::isWritable(*description))
+    const LastRead known = m_lastRead.object == object ? m_lastRead : LastRead{};
+    const auto seen = co_await look(bus, object, known);
+    if (token.stop_requested() || !seen || !seen->text || !AtSpiTextField::isWritable(seen->description))
         co_return false;
-    const auto present = co_await AtSpiTextField::read(bus, object, description->toolkit, seen.characterCount);
-    if (token.stop_requested() || !present)
-        co_return false;
-    const bool hasChanged = seen.value && *seen.value != present->value;
-    const bool wouldLoseText = !seen.isCaretKnown && !present->value.isEmpty();
+    const bool hasChanged = known.value && *known.value != seen->text->value;
+    const bool wouldLoseText = !known.isCaretKnown && !seen->text->value.isEmpty();
     if (hasChanged || wouldLoseText)
         co_return false;
-    const bool isDone = co_await AtSpiTextField::replace(bus, object, description->toolkit, *present, value);
+    const AtSpiToolkit toolkit = seen->description.toolkit;
+    const bool isDone = co_await AtSpiTextField::replace(bus, object, toolkit, *seen->text, value);
     if (token.stop_requested())
         co_return isDone;
     m_lastRead = {};
+    if (isDone)
+        m_lastRead = {.object = object,
+                      .toolkit = toolkit,
+                      .characterCount = AtSpiTextField::countOf(value, toolkit),
+                      .value = value,
+                      .isCaretKnown = true};
     co_return isDone;
 }
 
-QCoro::Task<bool> AtSpiAccessibilityTree::writeRange(AtSpiObject object, TextRange range, std::stop_token token)
+QCoro::Task<bool> AtSpiAccessibilityTree::writeRange(AtSpiObject object, TextRange range,
+                                                     std::stop_token token)
 {
     const auto bus = m_bus;
-    const auto description = co_await AtSpiBus::describe(bus, object);
-    if (token.stop_requested() || !description || !AtSpiTextField::isReadable(*description))
+    const auto seen = co_await look(bus, object, m_lastRead);
+    if (token.stop_requested() || !seen || !seen->text)
         co_return false;
-    const auto present = co_await AtSpiTextField::read(bus, object, description->toolkit, likelyCount(object));
-    if (!present)
-        co_return false;
+    const auto selection = toUtf16(*seen->text, range);
     const bool isDone =
-        co_await AtSpiTextField::select(bus, object, description->toolkit, *present, toUtf16(*present, range));
+        co_await AtSpiTextField::select(bus, object, seen->description.toolkit, *seen->text, selection);
     co_return isDone;
 }

@@ -8,9 +8,9 @@
 #include "Desktop/AccessibilityTree.h"
 #include "Foundation/TaskScope.h"
 
-/// The accessibility tree by AT-SPI, over D-Bus and without a library in between, so that no question can block.
-/// Main thread only. Finds the accessibility bus by itself and finds it again when it is restarted; without one
-/// the process is not trusted and every operation gives nothing.
+/// The accessibility tree by AT-SPI, over D-Bus and without a library in between, so that no question can
+/// block. Main thread only. Finds the accessibility bus by itself and finds it again when it is restarted;
+/// without one the process is not trusted and every operation gives nothing.
 class AtSpiAccessibilityTree final : public AccessibilityTree
 {
     Q_OBJECT
@@ -20,8 +20,10 @@ public:
     explicit AtSpiAccessibilityTree(QDBusConnection session = QDBusConnection::sessionBus());
     ~AtSpiAccessibilityTree() override;
 
-    QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element, QString name) override;
-    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name, AccessibilityValue value) override;
+    QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element,
+                                                             QString name) override;
+    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
+                                   AccessibilityValue value) override;
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override;
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override;
     bool isProcessTrusted() const override;
@@ -32,11 +34,20 @@ public:
     void applicationActivated(qint64 processIdentifier);
 
 private:
-    /// What was last handed out about a field. A write is refused when the field has changed since, or when the
-    /// reader could not be told where the caret is and so would replace everything.
+    /// A field as it is now. The text is there only if the field may be read.
+    struct Look
+    {
+        AtSpiDescription description;
+        std::optional<AtSpiText> text;
+    };
+
+    /// What was last handed out about a field, or written to it. A write is refused when the field has
+    /// changed since, or when the reader could not be told where the caret is and so would replace
+    /// everything.
     struct LastRead
     {
         AtSpiObject object;
+        AtSpiToolkit toolkit = AtSpiToolkit::unknown;
         int characterCount = -1;
         std::optional<QString> value;
         bool isCaretKnown = true;
@@ -47,11 +58,11 @@ private:
     void updateTrust();
 
     QCoro::Task<std::optional<AccessibilityElement>> focusedElement(AccessibilityElement element);
+    static QCoro::Task<std::optional<Look>> look(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
+                                                 LastRead known);
     QCoro::Task<std::optional<AtSpiText>> readText(AtSpiObject object, std::stop_token token);
     QCoro::Task<bool> writeValue(AtSpiObject object, QString value, std::stop_token token);
     QCoro::Task<bool> writeRange(AtSpiObject object, TextRange range, std::stop_token token);
-    int likelyCount(const AtSpiObject &object) const;
-    void remember(const AtSpiObject &object, const AtSpiText &text);
 
     QDBusConnection m_sessionBus;
     AtSpiSession m_session;

@@ -26,7 +26,8 @@ std::optional<SocketName> socketName(const QString &address)
     const QStringList properties = first.sliced(transport.size()).split(u',');
     for (const QString &property : properties) {
         const QString key = property.section(u'=', 0, 0);
-        const QString name = QString::fromUtf8(QByteArray::fromPercentEncoding(property.section(u'=', 1).toUtf8()));
+        const QString name =
+            QString::fromUtf8(QByteArray::fromPercentEncoding(property.section(u'=', 1).toUtf8()));
         if (key == QLatin1String("path") || key == QLatin1String("abstract"))
             return SocketName{name, key == QLatin1String("abstract")};
     }
@@ -38,7 +39,7 @@ QByteArray firstLine()
     return QByteArray(1, '\0') + "AUTH EXTERNAL " + QByteArray::number(geteuid()).toHex() + "\r\n";
 }
 
-}
+} // namespace
 
 QCoro::Task<bool> isBusAnswering(QString address)
 {

@@ -27,8 +27,8 @@ const QString localInterface = QStringLiteral("org.freedesktop.DBus.Local");
 const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
 
 // Only what the focus needs: every event asked for costs every program on the bus.
-const QStringList eventNames{QStringLiteral("object:state-changed:focused"), QStringLiteral("window:activate"),
-                             QStringLiteral("object:text-caret-moved")};
+const QStringList eventNames{QStringLiteral("object:state-changed:focused"),
+                             QStringLiteral("window:activate"), QStringLiteral("object:text-caret-moved")};
 
 QString nextConnectionName()
 {
@@ -39,8 +39,8 @@ QString nextConnectionName()
 bool isTimeOut(const QDBusMessage &reply)
 {
     const QDBusError::ErrorType type = QDBusError(reply).type();
-    return reply.type() == QDBusMessage::ErrorMessage
-           && (type == QDBusError::NoReply || type == QDBusError::Timeout || type == QDBusError::TimedOut);
+    return reply.type() == QDBusMessage::ErrorMessage &&
+           (type == QDBusError::NoReply || type == QDBusError::Timeout || type == QDBusError::TimedOut);
 }
 
 QDBusMessage failure(const QString &text)
@@ -55,7 +55,7 @@ QDBusMessage busQuestion(const QString &member, const QVariantList &arguments)
     return message;
 }
 
-}
+} // namespace
 
 AtSpiCall propertyCall(const AtSpiObject &object, const QString &interface, const QString &property)
 {
@@ -131,8 +131,8 @@ void AtSpiBus::registerEvents()
 
 QCoro::Task<QDBusMessage> AtSpiBus::ask(std::shared_ptr<AtSpiBus> bus, AtSpiCall call)
 {
-    if (!bus->isOpen() || !call.object.isValid() || bus->isSlow(call.object.owner)
-        || call.deadline <= std::chrono::milliseconds::zero())
+    if (!bus->isOpen() || !call.object.isValid() || bus->isSlow(call.object.owner) ||
+        call.deadline <= std::chrono::milliseconds::zero())
         co_return failure(call.object.owner);
     auto message =
         QDBusMessage::createMethodCall(call.object.owner, call.object.path, call.interface, call.member);
@@ -201,7 +201,8 @@ QCoro::Task<AtSpiToolkit> AtSpiBus::toolkitOf(std::shared_ptr<AtSpiBus> bus, QSt
     co_return toolkit;
 }
 
-QCoro::Task<std::optional<AtSpiDescription>> AtSpiBus::describe(std::shared_ptr<AtSpiBus> bus, AtSpiObject object)
+QCoro::Task<std::optional<AtSpiDescription>> AtSpiBus::describe(std::shared_ptr<AtSpiBus> bus,
+                                                                AtSpiObject object)
 {
     AtSpiCall call{.object = object, .interface = AtSpi::accessible, .member = QStringLiteral("GetRole")};
     auto roleQuestion = ask(bus, call);

@@ -29,12 +29,12 @@ struct AtSpiCall
     bool silenceIsHarmless = false; ///< no reply in time says nothing about the program (see markSlow())
 };
 
-/// The connection to the session's accessibility bus: questions, the three events that tell where the focus is,
-/// and what is known of each program. Main thread only.
+/// The connection to the session's accessibility bus: questions, the three events that tell where the focus
+/// is, and what is known of each program. Main thread only.
 ///
-/// Coroutines that ask hold the bus by a shared pointer, so an answer never finds it gone. A program that left a
-/// question unanswered counts as slow for a while; questions to it then fail at once instead of costing another
-/// deadline each.
+/// Coroutines that ask hold the bus by a shared pointer, so an answer never finds it gone. A program that
+/// left a question unanswered counts as slow for a while; questions to it then fail at once instead of
+/// costing another deadline each.
 class AtSpiBus final : public QObject
 {
     Q_OBJECT
@@ -58,7 +58,8 @@ public:
     static QCoro::Task<QString> ownerOf(std::shared_ptr<AtSpiBus> bus, qint64 processIdentifier);
 
     /// What @p object says of itself; nothing when it is gone, or its program does not answer.
-    static QCoro::Task<std::optional<AtSpiDescription>> describe(std::shared_ptr<AtSpiBus> bus, AtSpiObject object);
+    static QCoro::Task<std::optional<AtSpiDescription>> describe(std::shared_ptr<AtSpiBus> bus,
+                                                                 AtSpiObject object);
 
 Q_SIGNALS:
     void opened();
@@ -118,4 +119,4 @@ inline const QString application = QStringLiteral("org.a11y.atspi.Application");
 inline const QString collection = QStringLiteral("org.a11y.atspi.Collection");
 inline const QString text = QStringLiteral("org.a11y.atspi.Text");
 inline const QString editableText = QStringLiteral("org.a11y.atspi.EditableText");
-}
+} // namespace AtSpi

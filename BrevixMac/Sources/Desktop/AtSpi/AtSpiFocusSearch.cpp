@@ -22,8 +22,8 @@ QDBusArgument &operator<<(QDBusArgument &argument, const AtSpiMatchRule &rule)
     const QList<int> states{static_cast<int>(rule.states & 0xffffffffU),
                             static_cast<int>(rule.states >> bitsPerWord)};
     argument.beginStructure();
-    argument << states << matchAll << QMap<QString, QString>() << matchAll << QList<int>{0, 0, 0, 0} << matchAll
-             << QStringList() << matchAll << false;
+    argument << states << matchAll << QMap<QString, QString>() << matchAll << QList<int>{0, 0, 0, 0}
+             << matchAll << QStringList() << matchAll << false;
     argument.endStructure();
     return argument;
 }
@@ -83,7 +83,8 @@ bool has(quint64 states, AtSpiState state)
     return (states >> static_cast<int>(state)) & 1U;
 }
 
-/// The best of several objects that call themselves focused: the first that takes text, else the first real one.
+/// The best of several objects that call themselves focused: the first that takes text, else the first real
+/// one.
 QCoro::Task<std::optional<AtSpiObject>> choose(std::shared_ptr<AtSpiBus> bus, Objects candidates)
 {
     std::vector<QCoro::Task<std::optional<AtSpiDescription>>> questions;
@@ -195,7 +196,7 @@ void registerMatchRule()
     Q_UNUSED(isRegistered)
 }
 
-}
+} // namespace
 
 QCoro::Task<std::optional<AtSpiObject>> findFocusedObject(std::shared_ptr<AtSpiBus> bus, QString owner)
 {

@@ -11,17 +11,19 @@ namespace {
 // A window that comes to the front usually names its focus itself; GTK 4 often does not.
 constexpr std::chrono::milliseconds timeToNameTheFocus{40};
 
-/// Whether a recorded object is still where a user could be typing. FOCUSED cannot be asked for (see the class).
+/// Whether a recorded object is still where a user could be typing. FOCUSED cannot be asked for (see the
+/// class).
 bool isStillThere(const AtSpiDescription &description)
 {
     // GTK 4 never says SHOWING.
-    return description.toolkit == AtSpiToolkit::gtk4 || description.is(AtSpiState::showing)
-           || description.is(AtSpiState::focused);
+    return description.toolkit == AtSpiToolkit::gtk4 || description.is(AtSpiState::showing) ||
+           description.is(AtSpiState::focused);
 }
 
-}
+} // namespace
 
-AtSpiFocusTracker::AtSpiFocusTracker(std::shared_ptr<AtSpiBus> bus) : m_bus(std::move(bus))
+AtSpiFocusTracker::AtSpiFocusTracker(std::shared_ptr<AtSpiBus> bus)
+    : m_bus(std::move(bus))
 {
     connect(m_bus.get(), &AtSpiBus::focusGained, this, &AtSpiFocusTracker::onFocusGained);
     connect(m_bus.get(), &AtSpiBus::windowActivated, this, &AtSpiFocusTracker::onWindowActivated);
@@ -140,8 +142,8 @@ QCoro::Task<> AtSpiFocusTracker::consider(AtSpiObject object, quint64 serial, st
     note(object, *description, serial);
 }
 
-// The caret also moves where the user is not, in logs that grow for example. Composite fields of GTK 4 hold the
-// caret without ever being FOCUSED.
+// The caret also moves where the user is not, in logs that grow for example. Composite fields of GTK 4 hold
+// the caret without ever being FOCUSED.
 QCoro::Task<> AtSpiFocusTracker::considerCaret(AtSpiObject object, quint64 serial, std::stop_token token)
 {
     const auto description = co_await AtSpiBus::describe(m_bus, object);

@@ -5,11 +5,11 @@
 
 #include "Foundation/TaskScope.h"
 
-/// Knows which object of which program has the keyboard focus before anybody asks, from the accessibility events.
-/// Main thread only.
+/// Knows which object of which program has the keyboard focus before anybody asks, from the accessibility
+/// events. Main thread only.
 ///
-/// A record is not dropped when its object says that it lost the focus: the grab of our own global shortcut makes
-/// every target say so. It is replaced by the next focus, and dropped when it turns out to be gone.
+/// A record is not dropped when its object says that it lost the focus: the grab of our own global shortcut
+/// makes every target say so. It is replaced by the next focus, and dropped when it turns out to be gone.
 class AtSpiFocusTracker final : public QObject
 {
     Q_OBJECT
@@ -24,14 +24,14 @@ public:
     static QCoro::Task<std::optional<AtSpiObject>> focusedObject(QPointer<AtSpiFocusTracker> tracker,
                                                                  qint64 processIdentifier);
 
-    /// Tells that @p processIdentifier has come to the front; 0 when that is not known. From then on the window
-    /// system's word counts, and focus events no longer say who is in front.
+    /// Tells that @p processIdentifier has come to the front; 0 when that is not known. From then on the
+    /// window system's word counts, and focus events no longer say who is in front.
     void applicationActivated(qint64 processIdentifier);
 
 private:
     struct Record
     {
-        AtSpiObject current;                 ///< what was focused last
+        AtSpiObject current;                  ///< what was focused last
         std::optional<AtSpiObject> takesText; ///< what was focused last of those that take text
         quint64 serial = 0;
     };
@@ -47,7 +47,8 @@ private:
     QCoro::Task<> considerCaret(AtSpiObject object, quint64 serial, std::stop_token token);
     QCoro::Task<> lookAhead(QString owner, quint64 serial, std::stop_token token);
     QCoro::Task<> lookAhead(qint64 processIdentifier, quint64 serial, std::stop_token token);
-    static QCoro::Task<std::optional<AtSpiObject>> focusedIn(QPointer<AtSpiFocusTracker> tracker, QString owner);
+    static QCoro::Task<std::optional<AtSpiObject>> focusedIn(QPointer<AtSpiFocusTracker> tracker,
+                                                             QString owner);
 
     std::shared_ptr<AtSpiBus> m_bus;
     QHash<QString, Record> m_records; ///< by bus name

@@ -16,20 +16,21 @@ bool isNameCharacter(QChar c)
 bool isUniqueBusName(const QString &name)
 {
     constexpr qsizetype longestName = 255;
-    return name.size() <= longestName && name.startsWith(u':') && name.contains(u'.') && !name.endsWith(u'.')
-           && !name.contains(QLatin1String("..")) && !name.startsWith(QLatin1String(":."))
-           && std::all_of(name.begin() + 1, name.end(),
-                          [](QChar c) { return isNameCharacter(c) || c == u'.' || c == u'-'; });
+    return name.size() <= longestName && name.startsWith(u':') && name.contains(u'.') &&
+           !name.endsWith(u'.') && !name.contains(QLatin1String("..")) &&
+           !name.startsWith(QLatin1String(":.")) && std::all_of(name.begin() + 1, name.end(), [](QChar c) {
+               return isNameCharacter(c) || c == u'.' || c == u'-';
+           });
 }
 
 bool isObjectPath(const QString &path)
 {
-    return path.size() > 1 && path.startsWith(u'/') && !path.endsWith(u'/')
-           && !path.contains(QLatin1String("//"))
-           && std::all_of(path.begin(), path.end(), [](QChar c) { return isNameCharacter(c) || c == u'/'; });
+    return path.size() > 1 && path.startsWith(u'/') && !path.endsWith(u'/') &&
+           !path.contains(QLatin1String("//")) &&
+           std::all_of(path.begin(), path.end(), [](QChar c) { return isNameCharacter(c) || c == u'/'; });
 }
 
-}
+} // namespace
 
 AtSpiObject AtSpiObject::root(const QString &owner)
 {
@@ -57,7 +58,7 @@ AtSpiToolkit atSpiToolkit(const QString &toolkitName, const QString &version)
         return toolkitName.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
     };
     if (named("gtk"))
-        return version.startsWith(u'4') ? AtSpiToolkit::gtk4
+        return version.startsWith(u'4')   ? AtSpiToolkit::gtk4
                : version.startsWith(u'3') ? AtSpiToolkit::gtk3
                                           : AtSpiToolkit::unknown;
     if (named("Qt"))

@@ -29,10 +29,11 @@ QDBusMessage propertyMessage(const QString &member, const QVariantList &argument
     return message;
 }
 
-}
+} // namespace
 
 // The service is left out of the match: naming it would make Qt ask for its owner while we wait.
-AtSpiSession::AtSpiSession(QDBusConnection session) : m_session(std::move(session))
+AtSpiSession::AtSpiSession(QDBusConnection session)
+    : m_session(std::move(session))
 {
     if (!m_session.isConnected())
         return;
@@ -52,8 +53,8 @@ QCoro::Task<std::optional<QString>> AtSpiSession::address(QDBusConnection sessio
 {
     if (!session.isConnected())
         co_return std::nullopt;
-    const auto question = QDBusMessage::createMethodCall(serviceName, servicePath, serviceName,
-                                                         QStringLiteral("GetAddress"));
+    const auto question =
+        QDBusMessage::createMethodCall(serviceName, servicePath, serviceName, QStringLiteral("GetAddress"));
     const auto pending = session.asyncCall(question, startDeadlineMs);
     const QDBusMessage reply = co_await pending;
     const auto address = replyValue<QString>(reply);

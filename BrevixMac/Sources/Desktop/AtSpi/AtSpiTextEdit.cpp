@@ -36,7 +36,7 @@ qsizetype commonSuffix(QStringView left, QStringView right, qsizetype limit)
     return length;
 }
 
-}
+} // namespace
 
 OffsetUnit offsetUnit(AtSpiToolkit toolkit)
 {
@@ -55,7 +55,8 @@ qsizetype toToolkitOffset(QStringView text, qsizetype utf16, OffsetUnit unit)
     const QStringView before = text.first(std::clamp<qsizetype>(utf16, 0, text.size()));
     if (unit == OffsetUnit::utf16)
         return before.size();
-    return before.size() - std::count_if(before.begin(), before.end(), [](QChar c) { return c.isLowSurrogate(); });
+    return before.size() -
+           std::count_if(before.begin(), before.end(), [](QChar c) { return c.isLowSurrogate(); });
 }
 
 qsizetype fromToolkitOffset(QStringView text, qsizetype offset, OffsetUnit unit)
@@ -95,16 +96,17 @@ Edit smallestEdit(const QString &before, const QString &after, qsizetype caret)
     qsizetype prefix = commonPrefix(before, after, caret);
     qsizetype suffix = commonSuffix(before, after, std::min(before.size(), after.size()) - prefix);
     if (prefix == caret)
-        prefix += commonPrefix(QStringView(before).sliced(prefix, before.size() - suffix - prefix),
-                               QStringView(after).sliced(prefix, after.size() - suffix - prefix), before.size());
+        prefix +=
+            commonPrefix(QStringView(before).sliced(prefix, before.size() - suffix - prefix),
+                         QStringView(after).sliced(prefix, after.size() - suffix - prefix), before.size());
     while (!isCharacterBoundary(before, prefix) || !isCharacterBoundary(after, prefix))
         --prefix;
-    while (!isCharacterBoundary(before, before.size() - suffix)
-           || !isCharacterBoundary(after, after.size() - suffix))
+    while (!isCharacterBoundary(before, before.size() - suffix) ||
+           !isCharacterBoundary(after, after.size() - suffix))
         --suffix;
     return {.start = prefix,
             .removed = before.size() - prefix - suffix,
             .inserted = after.sliced(prefix, after.size() - prefix - suffix)};
 }
 
-}
+} // namespace AtSpiTextEdit

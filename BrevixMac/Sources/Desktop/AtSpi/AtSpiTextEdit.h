@@ -19,8 +19,8 @@ qsizetype toToolkitOffset(QStringView text, qsizetype utf16, OffsetUnit unit);
 /// UTF-16 offset of a toolkit's @p offset, clamped to the text.
 qsizetype fromToolkitOffset(QStringView text, qsizetype offset, OffsetUnit unit);
 
-/// The "length" argument of InsertText: UTF-8 bytes, but UTF-16 units for Qt, which appends NUL characters when it
-/// is given more, while the others cut the text when they are given less.
+/// The "length" argument of InsertText: UTF-8 bytes, but UTF-16 units for Qt, which appends NUL characters
+/// when it is given more, while the others cut the text when they are given less.
 qsizetype insertionLength(QStringView text, AtSpiToolkit toolkit);
 
 /// Deleting [start, start + removed) and inserting @p inserted there. UTF-16 offsets into the old text.
@@ -41,4 +41,4 @@ Edit smallestEdit(const QString &before, const QString &after, qsizetype caret);
 /// Whether a user-perceived character begins or ends at @p utf16 in @p text.
 bool isCharacterBoundary(QStringView text, qsizetype utf16);
 
-}
+} // namespace AtSpiTextEdit

@@ -46,12 +46,13 @@ int countIn(const QDBusMessage &reply)
     return replyValue<int>(reply).value_or(-1);
 }
 
-std::optional<AtSpiText::Selection> selectionOf(const Field &field, const QString &text, const QDBusMessage &caret,
-                                                const QDBusMessage &selections, const QDBusMessage &first)
+std::optional<AtSpiText::Selection> selectionOf(const Field &field, const QString &text,
+                                                const QDBusMessage &caret, const QDBusMessage &selections,
+                                                const QDBusMessage &first)
 {
     const auto caretOffset = replyValue<int>(caret);
-    const bool isSelected = replyValue<int>(selections).value_or(0) > 0 && first.arguments().size() == 2
-                            && first.type() == QDBusMessage::ReplyMessage;
+    const bool isSelected = replyValue<int>(selections).value_or(0) > 0 && first.arguments().size() == 2 &&
+                            first.type() == QDBusMessage::ReplyMessage;
     if (isSelected) {
         const auto one = field.utf16(text, first.arguments().at(0).toInt());
         const auto other = field.utf16(text, first.arguments().at(1).toInt());
@@ -92,13 +93,13 @@ EditCalls callsFor(const Field &field, const QString &before, const AtSpiTextEdi
     return calls;
 }
 
-/// Sends the edit and the question for its outcome in one go; a program handles what one sender sends in order.
-/// Gives what the field holds afterwards.
+/// Sends the edit and the question for its outcome in one go; a program handles what one sender sends in
+/// order. Gives what the field holds afterwards.
 QCoro::Task<std::optional<QString>> carryOut(Field field, QString before, QString after, qsizetype caret)
 {
     const auto edit = AtSpiTextEdit::smallestEdit(before, after, caret);
     const EditCalls calls = callsFor(field, before, edit);
-    const int expectedCount = static_cast<int>(field.offset(after, after.size()));
+    const int expectedCount = countOf(after, field.toolkit);
     AtSpiCall getText = field.getText(expectedCount);
     AtSpiCall getCount = field.property(QStringLiteral("CharacterCount"));
     getText.deadline = editDeadline;
@@ -121,7 +122,7 @@ QCoro::Task<std::optional<QString>> carryOut(Field field, QString before, QStrin
     co_return other ? std::optional(other->value) : std::nullopt;
 }
 
-}
+} // namespace
 
 bool isReadable(const AtSpiDescription &description)
 {
@@ -130,8 +131,8 @@ bool isReadable(const AtSpiDescription &description)
 
 bool isWritable(const AtSpiDescription &description)
 {
-    if (!isReadable(description) || !description.lists(AtSpi::editableText)
-        || !description.is(AtSpiState::editable) || description.is(AtSpiState::readOnly))
+    if (!isReadable(description) || !description.lists(AtSpi::editableText) ||
+        !description.is(AtSpiState::editable) || description.is(AtSpiState::readOnly))
         return false;
     switch (description.toolkit) {
     case AtSpiToolkit::gtk3:
@@ -149,8 +150,14 @@ bool isWritable(const AtSpiDescription &description)
     return false;
 }
 
-QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                                           int likelyCount)
+int countOf(const QString &text, AtSpiToolkit toolkit)
+{
+    return static_cast<int>(
+        AtSpiTextEdit::toToolkitOffset(text, text.size(), AtSpiTextEdit::offsetUnit(toolkit)));
+}
+
+QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
+                                           AtSpiToolkit toolkit, int likelyCount)
 {
     const Field field{bus, object, toolkit};
     const AtSpiCall getSelection = field.call(AtSpi::text, QStringLiteral("GetSelection"), {0});
@@ -184,8 +191,8 @@ QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiO
     co_return result;
 }
 
-QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit, AtSpiText present,
-                          QString value)
+QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                          AtSpiText present, QString value)
 {
     if (!canCrossTheBus(value))
         co_return false;
@@ -200,8 +207,8 @@ QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtS
     co_return false;
 }
 
-QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit, AtSpiText present,
-                         AtSpiText::Selection selection)
+QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                         AtSpiText present, AtSpiText::Selection selection)
 {
     const Field field{bus, object, toolkit};
     const int start = static_cast<int>(field.offset(present.value, selection.start));
@@ -220,4 +227,4 @@ QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSp
     co_return after && after->selection == selection;
 }
 
-}
+} // namespace AtSpiTextField

@@ -30,18 +30,22 @@ bool isWritable(const AtSpiDescription &description);
 /// Whether the object may be read: it has text, and it is no password field.
 bool isReadable(const AtSpiDescription &description);
 
-/// The whole text and the caret. @p likelyCount is what the field is believed to hold (in its own unit); a right
-/// guess saves a round trip.
-QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                                           int likelyCount);
+/// What CharacterCount is for @p text in a field of @p toolkit.
+int countOf(const QString &text, AtSpiToolkit toolkit);
 
-/// Turns @p present, which the field holds now, into @p value by the smallest edit. True only when the field has
-/// been read back and holds exactly @p value. Otherwise what was changed is taken back as far as possible.
-QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit, AtSpiText present,
-                          QString value);
+/// The whole text and the caret. @p likelyCount is what the field is believed to hold (in its own unit); a
+/// right guess saves a round trip.
+QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
+                                           AtSpiToolkit toolkit, int likelyCount);
+
+/// Turns @p present, which the field holds now, into @p value by the smallest edit. True only when the field
+/// has been read back and holds exactly @p value. Otherwise what was changed is taken back as far as
+/// possible.
+QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                          AtSpiText present, QString value);
 
 /// Selects @p selection of @p present, or puts the caret there when it is empty.
-QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit, AtSpiText present,
-                         AtSpiText::Selection selection);
+QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                         AtSpiText present, AtSpiText::Selection selection);
 
-}
+} // namespace AtSpiTextField

@@ -24,7 +24,8 @@ AccessibilityElement AccessibleFields::focusedElement(qint64 pid, const QString 
     return found;
 }
 
-std::optional<QString> AccessibleFields::textAttribute(const AccessibilityElement &element, const QString &name)
+std::optional<QString> AccessibleFields::textAttribute(const AccessibilityElement &element,
+                                                       const QString &name)
 {
     const auto value = await(tree.attribute(element, name));
     return value && std::holds_alternative<QString>(*value) ? std::optional(std::get<QString>(*value))

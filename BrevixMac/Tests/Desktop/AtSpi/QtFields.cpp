@@ -12,7 +12,8 @@ namespace {
 class ShortPlainTextEdit : public QPlainTextEdit
 {
 public:
-    explicit ShortPlainTextEdit(const QString &text) : QPlainTextEdit(text)
+    explicit ShortPlainTextEdit(const QString &text)
+        : QPlainTextEdit(text)
     {
         connect(this, &QPlainTextEdit::textChanged, this, [this] {
             constexpr qsizetype longest = 12;
@@ -37,7 +38,7 @@ QWidget *makeField(const QString &kind, const QString &text)
     return field;
 }
 
-}
+} // namespace
 
 int main(int argc, char **argv)
 {

@@ -23,7 +23,7 @@ QByteArray outputOf(const QString &program, const QStringList &arguments)
     return process.readAllStandardOutput();
 }
 
-}
+} // namespace
 
 Target::Target(const QString &program, const QStringList &arguments)
 {
@@ -73,8 +73,7 @@ QJsonObject Target::witness(const QString &role) const
     QJsonObject field;
     waitUntil(
         [&] {
-            field =
-                QJsonDocument::fromJson(outputOf(QStringLiteral("/usr/bin/python3"), arguments)).object();
+            field = QJsonDocument::fromJson(outputOf(QStringLiteral("/usr/bin/python3"), arguments)).object();
             return !field.isEmpty();
         },
         std::chrono::seconds(20));
@@ -88,10 +87,11 @@ QString Target::text(const QString &role) const
 
 void bringToFront(qint64 pid)
 {
-    outputOf(QStringLiteral("xdotool"),
-             {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
-              QStringLiteral("--pid"), QString::number(pid), QStringLiteral("windowactivate"),
-              QStringLiteral("--sync")});
+    const QString xdotool = QStringLiteral("xdotool");
+    const QByteArray windows = outputOf(xdotool, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                                  QStringLiteral("--pid"), QString::number(pid)});
+    const QString window = QString::fromLatin1(windows.trimmed().split('\n').constLast());
+    outputOf(xdotool, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), window});
 }
 
 bool isInstalled(const QString &program)
