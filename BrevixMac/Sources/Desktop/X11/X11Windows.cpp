@@ -185,22 +185,28 @@ std::vector<xcb_window_t> X11Windows::stackingList()
         return windowListProperty(m_connection.root(), QByteArrayLiteral("_NET_CLIENT_LIST_STACKING"));
     std::vector<xcb_window_t> clients;
     for (const xcb_window_t window : children(m_connection.root())) {
-        if (!property(window, QByteArrayLiteral("WM_CLASS"), XCB_ATOM_STRING).isEmpty())
+        if (mapState(window) == XCB_MAP_STATE_VIEWABLE &&
+            !property(window, QByteArrayLiteral("WM_CLASS"), XCB_ATOM_STRING).isEmpty())
             clients.push_back(window);
     }
     return clients;
 }
 
-bool X11Windows::exists(xcb_window_t window)
+std::optional<quint8> X11Windows::mapState(xcb_window_t window)
 {
     if (window == noWindow)
-        return false;
+        return std::nullopt;
     auto *xcb = m_connection.connection();
     xcb_generic_error_t *rawError = nullptr;
     const XcbPointer<xcb_get_window_attributes_reply_t> reply(
         xcb_get_window_attributes_reply(xcb, xcb_get_window_attributes(xcb, window), &rawError));
     const XcbPointer<xcb_generic_error_t> error(rawError);
-    return reply != nullptr;
+    return reply ? std::optional(reply->map_state) : std::nullopt;
+}
+
+bool X11Windows::exists(xcb_window_t window)
+{
+    return mapState(window).has_value();
 }
 
 std::optional<X11WindowFacts> X11Windows::facts(xcb_window_t window)

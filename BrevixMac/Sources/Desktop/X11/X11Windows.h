@@ -57,6 +57,7 @@ public:
     xcb_window_t transientFor(xcb_window_t window);
 
 private:
+    std::optional<quint8> mapState(xcb_window_t window);
     QByteArray property(xcb_window_t window, const QByteArray &name, xcb_atom_t type);
     xcb_window_t windowProperty(xcb_window_t window, const QByteArray &name);
     std::vector<xcb_window_t> windowListProperty(xcb_window_t window, const QByteArray &name);
