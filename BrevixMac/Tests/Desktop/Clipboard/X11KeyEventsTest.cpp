@@ -43,19 +43,35 @@ protected:
                                    [](quint8 bits) { return bits == 0; });
     }
 
+    /// WM_CLASS of the active window, once its client also has the keyboard focus.
+    QString focusedClass()
+    {
+        auto *xcb = m_observer.connection();
+        const auto property = [&](xcb_window_t window, const char *name) {
+            const auto cookie =
+                xcb_get_property(xcb, false, window, m_observer.atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+            const XcbPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(xcb, cookie, nullptr));
+            return reply ? QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                                      xcb_get_property_value_length(reply.get()))
+                         : QByteArray();
+        };
+        const QByteArray active = property(m_observer.root(), "_NET_ACTIVE_WINDOW");
+        xcb_window_t window = XCB_WINDOW_NONE;
+        std::memcpy(&window, active.constData(), std::min<size_t>(size_t(active.size()), sizeof window));
+        const XcbPointer<xcb_get_input_focus_reply_t> focus(
+            xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+        if (!focus || !m_observer.isSameClient(focus->focus, window))
+            return {};
+        return QString::fromLatin1(property(window, "WM_CLASS"));
+    }
+
     /// Opens @p program and waits until its window has the focus.
     std::unique_ptr<Program> open(const QString &program, const QStringList &arguments,
                                   const QString &windowClass)
     {
         auto opened = std::make_unique<Program>(program, arguments);
-        EXPECT_TRUE(waitUntil(
-            [&] {
-                const auto focused =
-                    outputOf(QStringLiteral("xdotool"),
-                             {QStringLiteral("getwindowfocus"), QStringLiteral("getwindowclassname")});
-                return QString::fromUtf8(focused).contains(windowClass, Qt::CaseInsensitive);
-            },
-            30s));
+        EXPECT_TRUE(
+            waitUntil([&] { return focusedClass().contains(windowClass, Qt::CaseInsensitive); }, 30s));
         return opened;
     }
 
@@ -83,7 +99,12 @@ protected:
     {
         const auto items = await(m_pasteboard.items());
         EXPECT_TRUE(items);
+        const xcb_window_t primaryOwner = ownerWindow("PRIMARY");
         EXPECT_TRUE(m_pasteboard.setTransientString(prompt, convention));
+        // An insertion activates the target meanwhile; that is the time in which the selection is saved.
+        const bool takesPrimary = convention == PasteConvention::primarySelection;
+        EXPECT_TRUE(
+            waitUntil([&] { return !takesPrimary || ownerWindow("PRIMARY") != primaryOwner; }, 180ms));
         QElapsedTimer clock;
         clock.start();
         EXPECT_TRUE(await(m_keyEvents.postPasteChord(convention)));
