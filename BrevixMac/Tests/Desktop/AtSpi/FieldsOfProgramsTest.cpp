@@ -51,6 +51,8 @@ protected:
                 return textAttribute(element, AX::value) == text;
             },
             std::chrono::seconds(20)));
+        // As the window system says it: GTK 4 tells nobody that its window has come to the front.
+        tree.applicationActivated(target->pid());
         return element;
     }
 
