@@ -1,2 +1,247 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "MenuBarController.h"
+
+#include "AppState.h"
+#include "MenuBarPickerPanel.h"
+#include "MenuBarPickerView.h"
+#include "Theme.h"
+
+#include "Desktop/StatusItem.h"
+#include "Desktop/Workspace.h"
+
+#include <QCursor>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QLayout>
+#include <QPainter>
+#include <QScreen>
+#include <QTimer>
+#include <QWindow>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+constexpr int edgeMargin = 8;
+constexpr qreal glyphFontShare = 0.82;
+constexpr qreal glyphLift = 0.06;
+
+// A press on the status item also counts as a press outside the panel. Its own signal follows within this time, and
+// must not open again what that press has just closed.
+constexpr std::chrono::milliseconds pressEcho{400};
+constexpr int pressEchoDistance = 64;
+
+MenuBarController *sharedController = nullptr;
+
+QScreen *screenAt(const QPoint &position)
+{
+    QScreen *screen = QGuiApplication::screenAt(position);
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+
+QPixmap glyphPixmap(int size, qreal devicePixelRatio)
+{
+    const int pixels = static_cast<int>(size * devicePixelRatio);
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(std::max(1, static_cast<int>(pixels * glyphFontShare)));
+    font.setBold(true);
+    QPainter painter(&pixmap);
+    painter.setFont(font);
+    painter.setPen(Qt::black);
+    painter.drawText(QRectF(0, -glyphLift * pixels / 2, pixels, pixels), Qt::AlignCenter, QStringLiteral("B"));
+    painter.end();
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    return pixmap;
+}
+
+}
+
+MenuBarController::MenuBarController(StatusItem &statusItem, Workspace &workspace, EventMonitor &eventMonitor)
+    : m_statusItem(statusItem)
+    , m_workspace(workspace)
+    , m_eventMonitor(eventMonitor)
+{
+    if (!sharedController)
+        sharedController = this;
+    connect(&m_statusItem, &StatusItem::pressed, this, &MenuBarController::onStatusItemPressed);
+}
+
+MenuBarController::~MenuBarController()
+{
+    stopOutsideClickMonitor();
+    if (m_appState) {
+        m_appState->presentPaletteAction = {};
+        m_appState->dismissPaletteAction = {};
+    }
+    if (m_panel)
+        disconnect(m_panel.get(), nullptr, this, nullptr);
+    if (sharedController == this)
+        sharedController = nullptr;
+}
+
+MenuBarController *MenuBarController::shared() { return sharedController; }
+
+void MenuBarController::install(AppState &appState)
+{
+    if (m_panel)
+        return;
+    m_appState = &appState;
+    Theme::shared().followDesktop();
+    m_panel = std::make_unique<MenuBarPickerPanel>(appState);
+    connect(m_panel.get(), &MenuBarPickerPanel::didHide, this, &MenuBarController::panelDidHide);
+    connect(&m_panel->view(), &MenuBarPickerView::quitRequested, this, &MenuBarController::quitRequested);
+    connect(&appState.hotkeyService(), &HotkeyService::registrationChanged, this,
+            &MenuBarController::updateStatusItem);
+    appState.presentPaletteAction = [this] { showPicker(); };
+    appState.dismissPaletteAction = [this] { closePicker(); };
+
+    m_statusItem.setImage(brevixTemplateGlyph(18));
+    updateStatusItem();
+    m_statusItem.install();
+    prepareFirstShow();
+}
+
+void MenuBarController::prepareFirstShow()
+{
+    // What the first show would otherwise pay for: the native window, styles, fonts and the layout.
+    m_panel->setCompositing(m_workspace.isCompositing());
+    m_panel->winId();
+    m_panel->ensurePolished();
+    m_panel->layout()->activate();
+    m_panel->grab();
+}
+
+void MenuBarController::updateStatusItem()
+{
+    const bool wasRefused = m_appState && m_appState->hotkeyService().wasRefused();
+    m_statusItem.setToolTip(wasRefused ? QString(u"Brevix: " + m_appState->hotkeyLabel()
+                                                 + u" is held by another application")
+                                       : QStringLiteral("Brevix"));
+}
+
+void MenuBarController::onStatusItemPressed(QPoint near)
+{
+    m_pressedNear = near;
+    const bool echoes = m_closedByPress.isValid() && std::chrono::milliseconds(m_closedByPress.elapsed()) < pressEcho
+        && (near.isNull() || (near - m_closingPress).manhattanLength() <= pressEchoDistance);
+    m_closedByPress.invalidate();
+    if (!echoes)
+        togglePicker();
+}
+
+void MenuBarController::togglePicker()
+{
+    if (isPickerVisible()) {
+        closePicker();
+        return;
+    }
+    if (!m_appState)
+        return;
+    m_appState->setPickerAutoFocusSearch(false);
+    m_appState->handlePaletteInvocation(true);
+}
+
+void MenuBarController::togglePickerWithFocus()
+{
+    if (isPickerVisible())
+        closePicker();
+    else if (m_appState)
+        m_appState->handleHotkey();
+}
+
+bool MenuBarController::isPickerVisible() const { return m_panel && m_panel->isVisible(); }
+
+void MenuBarController::showPicker()
+{
+    if (!m_appState || !m_panel)
+        return;
+    m_panel->setCompositing(m_workspace.isCompositing());
+    m_panel->view().appear();
+    position();
+    m_panel->show();
+    m_panel->raise();
+    if (m_appState->pickerAutoFocusSearch())
+        m_workspace.activateOwnWindow(m_panel->windowHandle());
+    m_appState->setPalettePresented(true);
+    startOutsideClickMonitor();
+}
+
+void MenuBarController::closePicker()
+{
+    if (isPickerVisible())
+        m_panel->hide();
+    else
+        panelDidHide();
+}
+
+void MenuBarController::panelDidHide()
+{
+    stopOutsideClickMonitor();
+    m_pressedNear.reset();
+    if (m_appState)
+        m_appState->setPalettePresented(false);
+}
+
+void MenuBarController::position()
+{
+    std::optional<QRect> button = m_statusItem.geometry();
+    if (!button && m_pressedNear && !m_pressedNear->isNull())
+        button = QRect(*m_pressedNear, QSize(1, 1));
+    const QScreen *screen = screenAt(button ? button->center() : QCursor::pos());
+    if (!screen)
+        return;
+    const QRect visible = screen->availableGeometry();
+    // Without a place of its own the panel opens below the middle of the screen's upper edge.
+    const QRect anchor = button.value_or(QRect(visible.center().x(), visible.top(), 1, 0));
+    m_panel->move(panelPosition(anchor, m_panel->size(), visible));
+}
+
+QPoint MenuBarController::panelPosition(const QRect &button, const QSize &panelSize, const QRect &visibleFrame)
+{
+    const int width = panelSize.width();
+    const int height = panelSize.height();
+    const int lowest = visibleFrame.top() + visibleFrame.height() - edgeMargin - height;
+    int x = button.left() + (button.width() - width) / 2;
+    int y = button.top() + button.height() + edgeMargin;
+    if (y > lowest)
+        y = button.top() - edgeMargin - height;
+    // A panel larger than the space keeps its upper and its right edge inside.
+    x = std::min(std::max(x, visibleFrame.left() + edgeMargin),
+                 visibleFrame.left() + visibleFrame.width() - width - edgeMargin);
+    y = std::max(std::min(y, lowest), visibleFrame.top() + edgeMargin);
+    return {x, y};
+}
+
+void MenuBarController::startOutsideClickMonitor()
+{
+    if (m_outsideClickMonitor)
+        return;
+    m_outsideClickMonitor
+        = m_eventMonitor.addGlobalMonitor(MonitoredEvent::pointerPress, [this](const MonitoredEvent &event) {
+              // Closing ends the subscription, which must not happen while its handler runs.
+              QTimer::singleShot(0, this, [this, where = event.position] { onPressElsewhere(where); });
+          });
+}
+
+void MenuBarController::onPressElsewhere(QPoint where)
+{
+    if (!isPickerVisible() || m_panel->frameGeometry().contains(where))
+        return;
+    m_closingPress = where;
+    m_closedByPress.start();
+    closePicker();
+}
+
+void MenuBarController::stopOutsideClickMonitor() { m_outsideClickMonitor.reset(); }
+
+QIcon MenuBarController::brevixTemplateGlyph(int size)
+{
+    QIcon icon;
+    for (const qreal ratio : {1.0, 2.0, 3.0})
+        icon.addPixmap(glyphPixmap(size, ratio));
+    icon.setIsMask(true);
+    return icon;
+}

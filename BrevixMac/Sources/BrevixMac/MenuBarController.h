@@ -3,6 +3,7 @@
 
 #include "Desktop/EventMonitor.h"
 
+#include <QElapsedTimer>
 #include <QIcon>
 #include <QObject>
 #include <QPointer>
@@ -58,7 +59,10 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
+    void prepareFirstShow();
     void position();
+    void onStatusItemPressed(QPoint near);
+    void onPressElsewhere(QPoint where);
     void startOutsideClickMonitor();
     void stopOutsideClickMonitor();
     void panelDidHide();
@@ -70,5 +74,7 @@ private:
     QPointer<AppState> m_appState;
     std::unique_ptr<MenuBarPickerPanel> m_panel;
     std::unique_ptr<EventMonitor::Subscription> m_outsideClickMonitor;
+    QPoint m_closingPress;
+    QElapsedTimer m_closedByPress; ///< runs since a press outside has closed the panel
     std::optional<QPoint> m_pressedNear; ///< where the status item was pressed last, for hosts that tell no geometry
 };

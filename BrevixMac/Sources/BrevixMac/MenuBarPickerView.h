@@ -5,9 +5,11 @@
 
 #include <QWidget>
 
-#include <memory>
-
 class AppState;
+class HintBubble;
+class PickerSearchPage;
+class QStackedWidget;
+class VariableFillView;
 
 /// The content of the picker panel. Holds no library data: it reads AppState and calls its actions. 520 × 640 logical
 /// pixels. Main thread only.
@@ -18,18 +20,31 @@ class MenuBarPickerView : public QWidget
 public:
     /// @p appState must outlive this widget.
     explicit MenuBarPickerView(AppState &appState, QWidget *parent = nullptr);
-    ~MenuBarPickerView() override;
 
     /// Called each time the panel is shown: reads everything again, keeps a prompt selected, and moves the focus
     /// to the search field when AppState asks for it.
     void appear();
+
+    QSize sizeHint() const override;
+
+    PickerSearchPage &searchPage() const { return *m_searchPage; }
+    VariableFillView &variableFillView() const { return *m_fillView; }
 
 Q_SIGNALS:
     /// The user asked to close the panel (Escape with nothing to go back to).
     void closeRequested();
     void quitRequested();
 
+protected:
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
-    struct Parts;
-    std::unique_ptr<Parts> m_parts;
+    void showActiveForm();
+
+    AppState &m_appState;
+    QStackedWidget *m_pages;
+    PickerSearchPage *m_searchPage;
+    VariableFillView *m_fillView;
+    HintBubble *m_hint;
 };

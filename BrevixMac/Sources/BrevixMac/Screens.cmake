@@ -1,7 +1,43 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # The screens: widgets, panels, theme and symbols.
 add_library(BrevixMac STATIC
+    # Look
+    Theme.cpp Theme.h
+    SystemAppearance.cpp SystemAppearance.h
+    Symbols.cpp Symbols.h
+    ThemePainting.cpp ThemePainting.h
+    ScreenTexts.h
+    # Controls
+    BrandGlyph.cpp BrandGlyph.h
+    ContentScrollArea.cpp ContentScrollArea.h
+    HintBubble.cpp HintBubble.h
+    InPanelMenu.cpp InPanelMenu.h
+    StatusCard.cpp StatusCard.h
+    TextField.cpp TextField.h
+    TextLabel.cpp TextLabel.h
+    ThemedButton.cpp ThemedButton.h
+    ThinScrollBar.cpp ThinScrollBar.h
+    # Picker
     MenuBarController.cpp MenuBarController.h
+    MenuBarPickerPanel.cpp MenuBarPickerPanel.h
     MenuBarPickerView.cpp MenuBarPickerView.h
+    PickerSearchPage.cpp PickerSearchPage.h
+    PickerHeader.cpp PickerHeader.h
+    PickerNotices.cpp PickerNotices.h
+    PermissionList.cpp PermissionList.h
+    PickerList.cpp PickerList.h
+    PickerListModel.cpp PickerListModel.h
+    PickerRowDelegate.cpp PickerRowDelegate.h
+    PickerRowActions.cpp PickerRowActions.h
+    EmptyState.cpp EmptyState.h
+    ResultLine.cpp ResultLine.h
+    PickerFooter.cpp PickerFooter.h
+    # Variable forms
+    CompactVariableForm.cpp CompactVariableForm.h
+    PreviewText.cpp PreviewText.h
+    VariableFields.cpp VariableFields.h
+    VariableFillView.cpp VariableFillView.h
+    # Resources
+    Resources/Symbols.qrc
 )
-target_link_libraries(BrevixMac PUBLIC BrevixCore PRIVATE Qt6::Widgets Qt6::Svg)
+target_link_libraries(BrevixMac PUBLIC BrevixCore Qt6::Widgets PRIVATE Qt6::Svg Qt6::DBus)

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "InPanelMenu.h"
+
+#include "ThemePainting.h"
+#include "ThemedButton.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int padding = 5;
+constexpr int edgeGap = 8;
+
+}
+
+InPanelMenu::InPanelMenu(QWidget *parent) : QFrame(parent)
+{
+    auto *entries = new QVBoxLayout(this);
+    entries->setContentsMargins(padding, padding, padding, padding);
+    entries->setSpacing(0);
+    hide();
+    connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&InPanelMenu::update));
+}
+
+ThemedButton &InPanelMenu::addEntry(const QString &text, const QString &symbol)
+{
+    auto *entry = new ThemedButton(ThemedButton::Kind::plain, text, this);
+    entry->setSymbol(symbol);
+    layout()->addWidget(entry);
+    connect(entry, &QPushButton::clicked, this, &InPanelMenu::close);
+    return *entry;
+}
+
+void InPanelMenu::openAbove(const QPoint &corner)
+{
+    m_focusBefore = window()->focusWidget();
+    const QSize size = sizeHint();
+    const QRect room = parentWidget()->rect().adjusted(edgeGap, edgeGap, -edgeGap, -edgeGap);
+    const int x = std::clamp(corner.x(), room.left(), std::max(room.left(), room.right() + 1 - size.width()));
+    const int y = std::max(room.top(), corner.y() - size.height());
+    setGeometry(QRect(QPoint(x, y), size));
+    show();
+    raise();
+    qApp->installEventFilter(this);
+}
+
+void InPanelMenu::close()
+{
+    if (isHidden())
+        return;
+    qApp->removeEventFilter(this);
+    const bool hadFocus = isAncestorOf(window()->focusWidget());
+    hide();
+    if (hadFocus && m_focusBefore)
+        m_focusBefore->setFocus();
+    Q_EMIT closed();
+}
+
+bool InPanelMenu::eventFilter(QObject *watched, QEvent *event)
+{
+    const auto *widget = qobject_cast<QWidget *>(watched);
+    const bool isOurWindow = widget && widget->window() == window();
+    if (isOurWindow && event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        close();
+        return true;
+    }
+    const bool isElsewhere = widget && widget != this && !isAncestorOf(widget);
+    if (event->type() == QEvent::MouseButtonPress && isElsewhere)
+        close();
+    return false;
+}
+
+void InPanelMenu::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Down)
+        focusNextPrevChild(true);
+    else if (event->key() == Qt::Key_Up)
+        focusNextPrevChild(false);
+    else
+        QFrame::keyPressEvent(event);
+}
+
+void InPanelMenu::paintEvent(QPaintEvent *)
+{
+    const Theme &theme = Theme::shared();
+    const int radius = theme.scaled(Theme::fieldRadius);
+    QPainter painter(this);
+    ThemePainting::fillRounded(painter, rect(), radius, theme.color(Theme::Color::raised));
+    ThemePainting::strokeRounded(painter, rect(), radius, theme.color(Theme::Color::line));
+}

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PickerHeader.h"
+
+#include "AppState.h"
+#include "BrandGlyph.h"
+#include "ScreenTexts.h"
+#include "TextLabel.h"
+#include "ThemedButton.h"
+
+#include <QHBoxLayout>
+
+namespace {
+
+constexpr int brandGap = 10;
+
+}
+
+PickerHeader::PickerHeader(AppState &appState, QWidget *parent)
+    : QWidget(parent)
+    , m_appState(appState)
+    , m_status(new TextLabel(Theme::Type::preview, Theme::Color::secondary, TextLabel::Overflow::elide, this))
+    , m_signIn(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Sign In"), this))
+    , m_settings(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Settings"), this))
+{
+    auto *title = new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide, this);
+    title->setText(QStringLiteral("Brevix"));
+    m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_settings->setFaceSymbol(QStringLiteral("gearshape"));
+    m_settings->setFace(ThemedButton::Face::symbolOnly);
+    m_settings->setEnabled(false);
+    m_settings->setToolTip(u"Settings. " + ScreenTexts::notAvailableYet());
+    m_settings->setAccessibleDescription(ScreenTexts::notAvailableYet());
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addWidget(new BrandGlyph(this));
+    row->addSpacing(brandGap);
+    row->addWidget(title);
+    row->addSpacing(brandGap);
+    row->addWidget(m_status, 1);
+    row->addSpacing(6);
+    row->addWidget(m_signIn);
+    row->addWidget(m_settings);
+
+    AuthService &auth = appState.authService();
+    connect(m_signIn, &QPushButton::clicked, this, [this] { m_appState.signIn(window()->isVisible()); });
+    connect(&auth, &AuthService::currentUserChanged, this, &PickerHeader::refresh);
+    connect(&auth, &AuthService::isAuthenticatingChanged, this, &PickerHeader::refresh);
+    refresh();
+}
+
+QString PickerHeader::statusText() const
+{
+    const auto &user = m_appState.authService().currentUser();
+    if (!user)
+        return QStringLiteral("Sign in to sync your library");
+    if (user->email && !user->email->isEmpty())
+        return *user->email;
+    if (user->displayName && !user->displayName->isEmpty())
+        return *user->displayName;
+    return QStringLiteral("Signed in");
+}
+
+void PickerHeader::refresh()
+{
+    const bool isAuthenticating = m_appState.authService().isAuthenticating();
+    m_status->setText(statusText());
+    m_signIn->setVisible(!m_appState.authService().currentUser());
+    m_signIn->setEnabled(!isAuthenticating);
+    m_signIn->setBusy(isAuthenticating);
+}

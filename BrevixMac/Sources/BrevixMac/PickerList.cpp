@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PickerList.h"
+
+#include "PickerRowActions.h"
+#include "PickerRowDelegate.h"
+#include "Theme.h"
+#include "ThinScrollBar.h"
+
+#include <QMouseEvent>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int leastVisibleRows = 2;
+constexpr int designRowHeight = 52;
+constexpr int designHeadingHeight = 32;
+
+}
+
+PickerList::PickerList(QWidget *parent)
+    : QListView(parent)
+    , m_items(new PickerListModel(this))
+    , m_delegate(new PickerRowDelegate(this))
+    , m_actions(new PickerRowActions(viewport()))
+{
+    setModel(m_items);
+    setItemDelegate(m_delegate);
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setMouseTracking(true);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBar(new ThinScrollBar(this));
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setViewportMargins(0, 0, Theme::margin - ThinScrollBar::extent, 0);
+    setAccessibleName(QStringLiteral("Prompts and skills"));
+    viewport()->setAutoFillBackground(false);
+    m_actions->hide();
+    connect(&Theme::shared(), &Theme::changed, this, &PickerList::onThemeChanged);
+}
+
+void PickerList::onThemeChanged()
+{
+    scheduleDelayedItemsLayout();
+    viewport()->update();
+    placeActions();
+}
+
+const PickerResult *PickerList::selectedResult() const { return m_items->result(currentIndex().row()); }
+
+void PickerList::selectResult(const QString &id)
+{
+    const int row = m_items->rowOf(id);
+    selectRow(row >= 0 ? row : m_items->nextItemRow(-1, 1));
+}
+
+void PickerList::selectRow(int row)
+{
+    if (row < 0) {
+        placeActions();
+        return;
+    }
+    setCurrentIndex(m_items->index(row));
+    // The heading of a section comes into view with its first row.
+    if (!m_items->result(row - 1))
+        scrollTo(m_items->index(row - 1));
+    scrollTo(m_items->index(row));
+    placeActions();
+}
+
+int PickerList::rowsPerPage() const
+{
+    return std::max(1, viewport()->height() / std::max(1, Theme::shared().scaled(designRowHeight)) - 1);
+}
+
+void PickerList::moveSelection(Move move)
+{
+    const int current = currentIndex().row();
+    const int step = move == Move::previous || move == Move::pageUp || move == Move::last ? -1 : 1;
+    const bool isPage = move == Move::pageUp || move == Move::pageDown;
+    int row = move == Move::first ? -1 : move == Move::last ? m_items->rowCount() : current;
+    for (int count = isPage ? rowsPerPage() : 1; count > 0; --count) {
+        const int next = m_items->nextItemRow(row, step);
+        if (next < 0)
+            break;
+        row = next;
+    }
+    if (m_items->result(row))
+        selectRow(row);
+}
+
+void PickerList::describeActions(const PickerTargetStatus &status, bool isInserting)
+{
+    if (const PickerResult *result = selectedResult())
+        m_actions->describe(*result, status, isInserting);
+    placeActions();
+}
+
+void PickerList::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QListView::currentChanged(current, previous);
+    Q_EMIT selectedResultChanged();
+}
+
+void PickerList::placeActions()
+{
+    const QRect row = selectedResult() ? visualRect(currentIndex()) : QRect();
+    if (!row.isValid()) {
+        m_actions->hide();
+        return;
+    }
+    const int width = m_actions->fit(row.width());
+    m_delegate->setActionsWidth(width + Theme::shared().scaled(8));
+    m_actions->setGeometry(row.right() + 1 - width, row.top(), width, row.height());
+    m_actions->show();
+    viewport()->update(row);
+}
+
+void PickerList::resizeEvent(QResizeEvent *event)
+{
+    QListView::resizeEvent(event);
+    placeActions();
+}
+
+void PickerList::scrollContentsBy(int dx, int dy)
+{
+    QListView::scrollContentsBy(dx, dy);
+    placeActions();
+}
+
+void PickerList::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && m_items->result(indexAt(event->position().toPoint()).row()))
+        Q_EMIT insertRequested();
+}
+
+QSize PickerList::sizeHint() const { return {Theme::panelWidth, 0}; }
+
+QSize PickerList::minimumSizeHint() const
+{
+    const Theme &theme = Theme::shared();
+    return {0, theme.scaled(designHeadingHeight) + leastVisibleRows * theme.scaled(designRowHeight)};
+}

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PickerSearchPage.h"
+
+#include "AppState.h"
+#include "CompactVariableForm.h"
+#include "EmptyState.h"
+#include "InPanelMenu.h"
+#include "PermissionList.h"
+#include "PickerFooter.h"
+#include "PickerHeader.h"
+#include "PickerList.h"
+#include "PickerNotices.h"
+#include "PickerRowActions.h"
+#include "ResultLine.h"
+#include "ScreenTexts.h"
+#include "StatusCard.h"
+#include "TextField.h"
+#include "ThemedButton.h"
+
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int halo = Theme::haloWidth;
+constexpr int searchHeight = 44;
+
+std::optional<PickerList::Move> moveOf(const QKeyEvent &key)
+{
+    const bool withControl = key.modifiers() == Qt::ControlModifier;
+    switch (key.key()) {
+    case Qt::Key_Up: return PickerList::Move::previous;
+    case Qt::Key_Down: return PickerList::Move::next;
+    case Qt::Key_PageUp: return PickerList::Move::pageUp;
+    case Qt::Key_PageDown: return PickerList::Move::pageDown;
+    // Without Control these two move the caret in the search text.
+    case Qt::Key_Home: return withControl ? std::optional(PickerList::Move::first) : std::nullopt;
+    case Qt::Key_End: return withControl ? std::optional(PickerList::Move::last) : std::nullopt;
+    default: return std::nullopt;
+    }
+}
+
+}
+
+PickerSearchPage::PickerSearchPage(AppState &appState, QWidget *parent)
+    : QWidget(parent)
+    , m_appState(appState)
+    , m_header(new PickerHeader(appState, this))
+    , m_notices(new PickerNotices(appState, this))
+    , m_search(new TextField(this))
+    , m_list(new PickerList(this))
+    , m_empty(new EmptyState(this))
+    , m_form(new CompactVariableForm(appState, this))
+    , m_stack(new QStackedWidget(this))
+    , m_result(new ResultLine(appState, this))
+    , m_footer(new PickerFooter(appState, this))
+    , m_plusMenu(new InPanelMenu(this))
+{
+    m_search->setSymbol(QStringLiteral("magnifyingglass"));
+    m_search->setDesignHeight(searchHeight);
+    m_search->setPlaceholderText(QStringLiteral("Search prompts or skills..."));
+    m_search->setAccessibleName(QStringLiteral("Search prompts or skills"));
+    m_search->installEventFilter(this);
+    m_stack->addWidget(m_list);
+    m_stack->addWidget(m_empty);
+    m_stack->addWidget(m_form);
+    addPlusMenu();
+    layOut();
+    setTabOrders();
+    observe();
+    refresh();
+}
+
+void PickerSearchPage::layOut()
+{
+    const auto inset = [](QWidget *widget, int left, int top, int right) {
+        auto *row = new QVBoxLayout;
+        row->setContentsMargins(left, top, right, 0);
+        row->addWidget(widget);
+        return row;
+    };
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(inset(m_header, Theme::margin, 17, Theme::margin - halo));
+    column->addLayout(inset(m_notices, Theme::margin, 9, 0));
+    column->addLayout(inset(m_search, Theme::margin - halo, 12 - halo, Theme::margin - halo));
+    column->addWidget(m_stack, 1);
+    m_stack->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_result);
+    column->addWidget(m_footer);
+    for (QWidget *page : {static_cast<QWidget *>(m_list), static_cast<QWidget *>(m_form)})
+        page->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+}
+
+void PickerSearchPage::addPlusMenu()
+{
+    const auto addUnavailable = [this](const QString &text, const QString &symbol) {
+        ThemedButton &entry = m_plusMenu->addEntry(text, symbol);
+        entry.setEnabled(false);
+        entry.setToolTip(ScreenTexts::notAvailableYet());
+        entry.setAccessibleDescription(ScreenTexts::notAvailableYet());
+    };
+    addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
+    addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
+    connect(&m_footer->plusButton(), &QPushButton::clicked, this, [this] {
+        const ThemedButton &plus = m_footer->plusButton();
+        m_plusMenu->openAbove(plus.mapTo(this, QPoint(0, 0)));
+    });
+}
+
+void PickerSearchPage::setTabOrders()
+{
+    const QList<QWidget *> order{
+        &m_header->signInButton(),
+        &m_header->settingsButton(),
+        &m_notices->permissionList().accessibilityButton(),
+        &m_notices->permissionList().postEventButton(),
+        &m_notices->hideTipButton(),
+        m_search,
+        &m_list->actions().insertButton(),
+        &m_list->actions().copyButton(),
+        &m_list->actions().shareButton(),
+        &m_empty->newPromptButton(),
+        &m_empty->newSkillButton(),
+        m_form,
+        &m_result->recoveryButton(),
+        &m_footer->plusButton(),
+        &m_footer->libraryButton(),
+        &m_footer->settingsButton(),
+        &m_footer->signOutButton(),
+        &m_footer->quitButton(),
+    };
+    for (qsizetype index = 1; index < order.size(); ++index)
+        setTabOrder(order.at(index - 1), order.at(index));
+}
+
+void PickerSearchPage::observe()
+{
+    connect(m_search, &QLineEdit::textEdited, &m_appState, &AppState::setQuery);
+    connect(m_list, &PickerList::selectedResultChanged, this, &PickerSearchPage::publishSelection);
+    connect(m_list, &PickerList::insertRequested, this, &PickerSearchPage::insertSelected);
+    connect(&m_list->actions(), &PickerRowActions::insertRequested, this, &PickerSearchPage::insertSelected);
+    connect(&m_list->actions(), &PickerRowActions::copyRequested, this, &PickerSearchPage::copySelected);
+    connect(m_footer, &PickerFooter::quitRequested, this, &PickerSearchPage::quitRequested);
+
+    connect(&m_appState, &AppState::queryChanged, this, [this] {
+        if (m_search->text() != m_appState.query())
+            m_search->setText(m_appState.query());
+        m_result->clearHint();
+        // Another query is another list: its best match is what Return should take.
+        m_appState.setSelectedSkillID(std::nullopt);
+        m_appState.setSelectedPromptID(std::nullopt);
+        refreshList();
+    });
+    connect(&m_appState, &AppState::libraryChanged, this, &PickerSearchPage::refreshList);
+    connect(&m_appState, &AppState::selectionChanged, this, &PickerSearchPage::adoptSelection);
+    connect(&m_appState, &AppState::focusedTargetChanged, this, &PickerSearchPage::refreshActions);
+    connect(&m_appState, &AppState::isInsertingChanged, this, &PickerSearchPage::refreshActions);
+    connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this,
+            &PickerSearchPage::showListOrEmptyState);
+    PermissionsService &permissions = m_appState.permissions();
+    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this, &PickerSearchPage::refreshActions);
+    connect(&permissions, &PermissionsService::postEventGrantedChanged, this, &PickerSearchPage::refreshActions);
+}
+
+void PickerSearchPage::refresh()
+{
+    if (m_search->text() != m_appState.query())
+        m_search->setText(m_appState.query());
+    m_notices->refresh();
+    m_header->refresh();
+    m_result->refresh();
+    refreshList();
+}
+
+void PickerSearchPage::refreshList()
+{
+    {
+        // What the model's reset does to the selection is not the user's choice.
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_list->items().setSections(m_appState.resultSections(), m_appState.categoriesByID());
+    }
+    adoptSelection();
+    showListOrEmptyState();
+}
+
+void PickerSearchPage::adoptSelection()
+{
+    if (m_isAdoptingSelection)
+        return;
+    const auto &skillID = m_appState.selectedSkillID();
+    const auto &promptID = m_appState.selectedPromptID();
+    const QString id = skillID ? QString(u"skill:" + *skillID)
+        : promptID             ? QString(u"prompt:" + *promptID)
+                               : QString();
+    {
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_list->selectResult(id);
+    }
+    publishSelection();
+}
+
+void PickerSearchPage::publishSelection()
+{
+    if (m_isAdoptingSelection)
+        return;
+    const PickerResult *selected = m_list->selectedResult();
+    if (selected) {
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_appState.setSelectedPromptID(selected->prompt() ? std::optional(selected->prompt()->id) : std::nullopt);
+        m_appState.setSelectedSkillID(selected->skill() ? std::optional(selected->skill()->id) : std::nullopt);
+    }
+    m_result->clearHint();
+    refreshActions();
+}
+
+void PickerSearchPage::refreshActions() { m_list->describeActions(m_appState.targetStatus(), m_appState.isInserting()); }
+
+void PickerSearchPage::showListOrEmptyState()
+{
+    if (isFormShown())
+        return;
+    if (m_list->items().rowCount() > 0) {
+        m_stack->setCurrentWidget(m_list);
+        return;
+    }
+    if (m_appState.query().trimmed().isEmpty())
+        m_empty->describe(QStringLiteral("square.grid.2x2"), {},
+                          u"Your synced library will appear here. When you're ready, click into any text field and press "
+                              + m_appState.hotkeyLabel() + u".");
+    else
+        m_empty->describe(QStringLiteral("magnifyingglass"), QStringLiteral("No prompts or skills found"),
+                          QStringLiteral("Try another search, or create a new prompt or skill."));
+    m_stack->setCurrentWidget(m_empty);
+}
+
+void PickerSearchPage::setFormShown(bool showsForm)
+{
+    m_search->setEnabled(!showsForm);
+    if (showsForm) {
+        m_stack->setCurrentWidget(m_form);
+        m_form->begin();
+        return;
+    }
+    if (isFormShown())
+        m_stack->setCurrentWidget(m_list);
+    showListOrEmptyState();
+}
+
+bool PickerSearchPage::isFormShown() const { return m_stack->currentWidget() == m_form; }
+
+void PickerSearchPage::focusSearch() { m_search->setFocus(); }
+
+bool PickerSearchPage::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_search && event->type() == QEvent::KeyPress)
+        return handleSearchKey(*static_cast<QKeyEvent *>(event));
+    return QWidget::eventFilter(watched, event);
+}
+
+bool PickerSearchPage::handleSearchKey(const QKeyEvent &key)
+{
+    if (const auto move = moveOf(key)) {
+        m_list->moveSelection(*move);
+        return true;
+    }
+    if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter)
+        return false;
+    if (key.modifiers().testFlag(Qt::ControlModifier))
+        copySelected();
+    else
+        insertSelected();
+    return true;
+}
+
+void PickerSearchPage::insertSelected()
+{
+    const PickerResult *selected = m_list->selectedResult();
+    if (!selected || m_appState.isInserting())
+        return;
+    const PickerTargetStatus status = m_appState.targetStatus();
+    if (!status.ready) {
+        m_result->showHint(status.title, QStringLiteral("Press Ctrl+Return to copy instead."));
+        return;
+    }
+    // A copy: acting may replace the list the pointer looks into.
+    const PickerResult result = *selected;
+    if (result.prompt())
+        m_appState.beginAction(*result.prompt(), PendingVariableAction::insert);
+    else
+        m_appState.use(*result.skill());
+}
+
+void PickerSearchPage::copySelected()
+{
+    const PickerResult *selected = m_list->selectedResult();
+    if (!selected)
+        return;
+    const PickerResult result = *selected;
+    if (result.prompt())
+        m_appState.beginAction(*result.prompt(), PendingVariableAction::copy);
+    else
+        m_appState.performSkillCopy(*result.skill());
+}

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+class AppState;
+class CompactVariableForm;
+class EmptyState;
+class InPanelMenu;
+class PickerFooter;
+class PickerHeader;
+class PickerList;
+class PickerNotices;
+class QStackedWidget;
+class ResultLine;
+class TextField;
+
+/// The quick search screen: header, notices, search field, and under it the list, an empty state or the short variable
+/// form. Keys typed into the search field also move the selection and act on it. Main thread only.
+class PickerSearchPage final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// @p appState must outlive this widget.
+    explicit PickerSearchPage(AppState &appState, QWidget *parent = nullptr);
+
+    /// Reads everything again and keeps something selected.
+    void refresh();
+
+    /// Puts the list back, or opens the short form when @p showsForm.
+    void setFormShown(bool showsForm);
+    bool isFormShown() const;
+
+    void focusSearch();
+
+    TextField &searchField() const { return *m_search; }
+    PickerList &list() const { return *m_list; }
+    PickerHeader &header() const { return *m_header; }
+    PickerNotices &notices() const { return *m_notices; }
+    PickerFooter &footer() const { return *m_footer; }
+    EmptyState &emptyState() const { return *m_empty; }
+    CompactVariableForm &form() const { return *m_form; }
+    ResultLine &resultLine() const { return *m_result; }
+    InPanelMenu &plusMenu() const { return *m_plusMenu; }
+
+Q_SIGNALS:
+    void quitRequested();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void layOut();
+    void observe();
+    void addPlusMenu();
+    void setTabOrders();
+    bool handleSearchKey(const QKeyEvent &key);
+    void refreshList();
+    void refreshActions();
+    void showListOrEmptyState();
+    void adoptSelection();
+    void publishSelection();
+    void insertSelected();
+    void copySelected();
+
+    AppState &m_appState;
+    PickerHeader *m_header;
+    PickerNotices *m_notices;
+    TextField *m_search;
+    PickerList *m_list;
+    EmptyState *m_empty;
+    CompactVariableForm *m_form;
+    QStackedWidget *m_stack;
+    ResultLine *m_result;
+    PickerFooter *m_footer;
+    InPanelMenu *m_plusMenu;
+    bool m_isAdoptingSelection = false;
+};

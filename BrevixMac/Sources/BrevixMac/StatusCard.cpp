@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "StatusCard.h"
+
+#include "Symbols.h"
+#include "TextLabel.h"
+#include "ThemePainting.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+#include <chrono>
+
+namespace {
+
+constexpr int padding = 12;
+constexpr int verticalPadding = 10;
+constexpr int symbolGap = 9;
+constexpr std::chrono::milliseconds frameInterval{40};
+constexpr qreal turnsPerFrame = 0.045;
+
+}
+
+StatusCard::StatusCard(QWidget *parent)
+    : QFrame(parent)
+    , m_title(new TextLabel(Theme::Type::cardTitle, Theme::Color::text, TextLabel::Overflow::wrap, this))
+    , m_detail(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::wrap, this))
+    , m_row(new QHBoxLayout(this))
+{
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addStretch();
+    texts->addWidget(m_title);
+    texts->addWidget(m_detail);
+    texts->addStretch();
+    m_row->addLayout(texts, 1);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    connect(&Theme::shared(), &Theme::changed, this, &StatusCard::onThemeChanged);
+    onThemeChanged();
+}
+
+void StatusCard::onThemeChanged()
+{
+    const Theme &theme = Theme::shared();
+    const int vertical = theme.scaled(verticalPadding);
+    const int left = theme.scaled(padding + Theme::symbolSize + symbolGap);
+    m_row->setContentsMargins(left, 0, theme.scaled(padding) - Theme::haloWidth, 0);
+    m_row->setSpacing(theme.scaled(4));
+    m_row->itemAt(0)->layout()->setContentsMargins(0, vertical, 0, vertical);
+    update();
+}
+
+void StatusCard::describe(Tint tint, const QString &symbol, const QString &title, const QString &detail)
+{
+    m_tint = tint;
+    m_symbol = symbol;
+    m_title->setText(title);
+    m_title->setVisible(!title.isEmpty());
+    m_detail->setText(detail);
+    m_detail->setVisible(!detail.isEmpty());
+    setAccessibleName(title.isEmpty() ? detail : title);
+    setAccessibleDescription(title.isEmpty() ? QString() : detail);
+    update();
+}
+
+void StatusCard::addButton(QWidget *button) { m_row->addWidget(button, 0, Qt::AlignVCenter); }
+
+QString StatusCard::title() const { return m_title->text(); }
+
+QString StatusCard::detail() const { return m_detail->text(); }
+
+void StatusCard::setBusy(bool busy)
+{
+    if (busy == m_isBusy)
+        return;
+    m_isBusy = busy;
+    if (m_turningTimer)
+        killTimer(m_turningTimer);
+    m_turningTimer = busy && !Theme::shared().reducedMotion() ? startTimer(frameInterval) : 0;
+    update();
+}
+
+void StatusCard::timerEvent(QTimerEvent *)
+{
+    m_turns += turnsPerFrame;
+    update();
+}
+
+Theme::Color StatusCard::ink() const
+{
+    switch (m_tint) {
+    case Tint::success: return Theme::Color::success;
+    case Tint::warning: return Theme::Color::warning;
+    case Tint::danger: return Theme::Color::danger;
+    case Tint::neutral: break;
+    }
+    return Theme::Color::secondary;
+}
+
+Theme::Color StatusCard::background() const
+{
+    switch (m_tint) {
+    case Tint::success: return Theme::Color::successSoft;
+    case Tint::warning: return Theme::Color::warningSoft;
+    case Tint::danger: return Theme::Color::dangerSoft;
+    case Tint::neutral: break;
+    }
+    return Theme::Color::sunken;
+}
+
+void StatusCard::paintEvent(QPaintEvent *)
+{
+    const Theme &theme = Theme::shared();
+    QPainter painter(this);
+    ThemePainting::fillRounded(painter, rect(), std::min<qreal>(theme.scaled(Theme::cardRadius), height() / 2.0),
+                               theme.color(background()));
+    const int size = theme.scaled(Theme::symbolSize);
+    // Level with the first line of text.
+    const QFontMetrics firstLine(m_title->isHidden() ? m_detail->font() : m_title->font());
+    const TextLabel *first = m_title->isHidden() ? m_detail : m_title;
+    const QRectF area(theme.scaled(padding), first->y(), size, firstLine.height() + 2);
+    if (m_isBusy)
+        ThemePainting::progressRing(painter, area, theme.color(ink()), m_turns);
+    else
+        Symbols::paint(painter, m_symbol, theme.color(ink()), area, size);
+}

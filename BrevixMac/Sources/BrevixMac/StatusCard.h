@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Theme.h"
+
+#include <QFrame>
+
+class QHBoxLayout;
+class TextLabel;
+
+/// A rounded card with a symbol, a title or a detail or both, and room for buttons at its right end. Long texts wrap.
+class StatusCard final : public QFrame
+{
+    Q_OBJECT
+
+public:
+    enum class Tint { neutral, success, warning, danger };
+
+    explicit StatusCard(QWidget *parent = nullptr);
+
+    /// An empty @p title or @p detail takes no room.
+    void describe(Tint tint, const QString &symbol, const QString &title, const QString &detail);
+
+    /// Puts @p button at the right end, in the order of the calls.
+    void addButton(QWidget *button);
+
+    /// Shows a turning ring in place of the symbol.
+    void setBusy(bool busy);
+
+    Tint tint() const { return m_tint; }
+    QString title() const;
+    QString detail() const;
+    QString symbol() const { return m_symbol; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    void onThemeChanged();
+    Theme::Color ink() const;
+    Theme::Color background() const;
+
+    Tint m_tint = Tint::neutral;
+    QString m_symbol;
+    TextLabel *m_title;
+    TextLabel *m_detail;
+    QHBoxLayout *m_row;
+    int m_turningTimer = 0;
+    qreal m_turns = 0;
+    bool m_isBusy = false;
+};

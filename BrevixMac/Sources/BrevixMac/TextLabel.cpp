@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "TextLabel.h"
+
+#include <QPainter>
+
+TextLabel::TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWidget *parent)
+    : QLabel(parent)
+    , m_type(type)
+    , m_ink(ink)
+    , m_overflow(overflow)
+{
+    setTextFormat(Qt::PlainText);
+    setWordWrap(overflow == Overflow::wrap);
+    if (overflow == Overflow::elide)
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    connect(&Theme::shared(), &Theme::changed, this, &TextLabel::onThemeChanged);
+    onThemeChanged();
+}
+
+void TextLabel::setInk(Theme::Color ink)
+{
+    if (ink == m_ink)
+        return;
+    m_ink = ink;
+    onThemeChanged();
+}
+
+void TextLabel::onThemeChanged()
+{
+    const Theme &theme = Theme::shared();
+    setFont(theme.font(m_type));
+    QPalette colors = palette();
+    colors.setColor(QPalette::WindowText, theme.color(m_ink));
+    setPalette(colors);
+    updateGeometry();
+}
+
+QSize TextLabel::sizeHint() const
+{
+    if (m_overflow == Overflow::wrap)
+        return QLabel::sizeHint();
+    const QMargins margins = contentsMargins();
+    return {fontMetrics().horizontalAdvance(text()) + 1 + margins.left() + margins.right(), fontMetrics().height()};
+}
+
+QSize TextLabel::minimumSizeHint() const
+{
+    if (m_overflow == Overflow::wrap)
+        return QLabel::minimumSizeHint();
+    return {std::min(sizeHint().width(), fontMetrics().averageCharWidth() * 4), fontMetrics().height()};
+}
+
+void TextLabel::paintEvent(QPaintEvent *event)
+{
+    if (m_overflow == Overflow::wrap) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::WindowText));
+    const QRect line = contentsRect();
+    painter.drawText(line, static_cast<int>(alignment() | Qt::TextSingleLine),
+                     fontMetrics().elidedText(text(), Qt::ElideRight, line.width()));
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Theme.h"
+
+#include <QLabel>
+
+/// A label in one of the theme's types and inks. Shows its text as it stands, never as markup.
+class TextLabel final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    enum class Overflow { wrap, elide };
+
+    TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWidget *parent = nullptr);
+
+    void setInk(Theme::Color ink);
+    Theme::Color ink() const { return m_ink; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void onThemeChanged();
+
+    Theme::Type m_type;
+    Theme::Color m_ink;
+    Overflow m_overflow;
+};

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "VariableFields.h"
+
+#include "AppState.h"
+#include "PromptTemplateParser.h"
+#include "TextField.h"
+#include "TextLabel.h"
+
+#include <QEvent>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int labelGap = 3;
+constexpr int fieldGap = 6;
+
+}
+
+VariableFields::VariableFields(AppState &appState, Placeholder placeholder, QWidget *parent)
+    : QWidget(parent)
+    , m_appState(appState)
+    , m_placeholder(placeholder)
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    connect(&appState, &AppState::variableValuesChanged, this, &VariableFields::showValues);
+}
+
+void VariableFields::setPrompt(const PromptItem &prompt)
+{
+    m_fields.clear();
+    while (QLayoutItem *item = layout()->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    m_variables = PromptTemplateParser::variables(prompt.text);
+    for (const VariableToken &variable : std::as_const(m_variables))
+        addField(variable);
+    showValues();
+}
+
+void VariableFields::addField(const VariableToken &variable)
+{
+    auto *column = static_cast<QVBoxLayout *>(layout());
+    if (!m_fields.isEmpty())
+        column->addSpacing(fieldGap);
+    auto *label = new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
+    label->setText(variable.name);
+    label->setContentsMargins(Theme::haloWidth, 0, 0, 0);
+    auto *field = new TextField(this);
+    field->setPlaceholderText(m_placeholder == Placeholder::value ? QStringLiteral("Value")
+                                                                  : QString(u"Value for " + variable.name));
+    field->setAccessibleName(variable.name);
+    field->installEventFilter(this);
+    column->addWidget(label);
+    column->addSpacing(labelGap);
+    column->addWidget(field);
+    m_fields.append(field);
+    connect(field, &QLineEdit::textEdited, this,
+            [this, name = variable.name](const QString &value) { m_appState.setVariableValue(name, value); });
+    connect(field, &QLineEdit::returnPressed, this, &VariableFields::confirmed);
+}
+
+void VariableFields::showValues()
+{
+    for (qsizetype index = 0; index < m_fields.size(); ++index) {
+        const QString value = m_appState.variableValues().value(m_variables.at(index).name);
+        // Writing an equal text would move the caret.
+        if (m_fields.at(index)->text() != value)
+            m_fields.at(index)->setText(value);
+    }
+}
+
+void VariableFields::focusFirst()
+{
+    if (!m_fields.isEmpty())
+        m_fields.first()->setFocus();
+}
+
+bool VariableFields::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn)
+        Q_EMIT fieldFocused(static_cast<QWidget *>(watched));
+    return QWidget::eventFilter(watched, event);
+}
