@@ -152,12 +152,16 @@ void AppState::setShareConfirmation(const std::optional<ShareConfirmation> &conf
     Q_EMIT shareConfirmationChanged();
 }
 
-void AppState::setIsInserting(bool inserting)
+void AppState::beginInserting()
 {
-    if (m_isInserting == inserting)
-        return;
-    m_isInserting = inserting;
-    Q_EMIT isInsertingChanged();
+    if (m_insertionsUnderWay++ == 0)
+        Q_EMIT isInsertingChanged();
+}
+
+void AppState::endInserting()
+{
+    if (--m_insertionsUnderWay == 0)
+        Q_EMIT isInsertingChanged();
 }
 
 // Opening the picker
@@ -303,7 +307,7 @@ QCoro::Task<> AppState::performInsertion(RenderedPrompt rendered, std::stop_toke
 
 QCoro::Task<InsertionResult> AppState::insertIntoCurrentTarget(RenderedPrompt rendered, std::stop_token token)
 {
-    setIsInserting(true);
+    beginInserting();
     FocusedTargetPtr target = m_focusedTarget;
     if (!target) {
         target = co_await resolvedInsertionTarget(true, token);
@@ -314,7 +318,7 @@ QCoro::Task<InsertionResult> AppState::insertIntoCurrentTarget(RenderedPrompt re
     const InsertionResult result = co_await m_insertionService->insert(rendered, target);
     if (token.stop_requested())
         co_return InsertionResult{};
-    setIsInserting(false);
+    endInserting();
     setLastInsertionResult(result);
     co_return result;
 }

@@ -101,7 +101,7 @@ public:
     bool pickerAutoFocusSearch() const { return m_pickerAutoFocusSearch; }
     void setPickerAutoFocusSearch(bool autoFocus) { m_pickerAutoFocusSearch = autoFocus; }
     /// True from the start of an insertion until its result.
-    bool isInserting() const { return m_isInserting; }
+    bool isInserting() const { return m_insertionsUnderWay > 0; }
 
     // The services.
     const AppConfiguration &configuration() const { return m_environment.configuration; }
@@ -199,6 +199,7 @@ private:
     void startExternalFocusTracking();
     QCoro::Task<> externalFocusCapture(std::chrono::milliseconds delay, std::stop_token token);
     QCoro::Task<> rememberCurrentExternalFocusedTarget(std::stop_token token);
+    bool isOwnBundle(const std::optional<QString> &bundleID) const;
     bool isExternalApplication(const RunningApplication &application) const;
     FocusedTargetPtr usableExternalTarget(const FocusedTargetPtr &target);
     void rememberFrontmostExternalApplication();
@@ -206,7 +207,8 @@ private:
     void setFocusedTarget(const FocusedTargetPtr &target);
     void setInsertionRecovery(const std::optional<InsertionRecovery> &recovery);
     void setShareConfirmation(const std::optional<ShareConfirmation> &confirmation);
-    void setIsInserting(bool inserting);
+    void beginInserting();
+    void endInserting();
 
     AppEnvironment m_environment;
 
@@ -224,7 +226,7 @@ private:
     std::optional<QString> m_configurationIssue;
     bool m_palettePresented = false;
     bool m_pickerAutoFocusSearch = false;
-    bool m_isInserting = false;
+    int m_insertionsUnderWay = 0;
     PendingVariableAction m_pendingVariableAction = PendingVariableAction::insert;
 
     std::unique_ptr<PreferenceStore> m_preferences;

@@ -158,19 +158,22 @@ void AppState::applicationDidBecomeActive()
 
 // Focus tracking
 
+bool AppState::isOwnBundle(const std::optional<QString> &bundleID) const
+{
+    return !m_environment.bundleIdentifier.isEmpty() && bundleID == m_environment.bundleIdentifier;
+}
+
 bool AppState::isExternalApplication(const RunningApplication &application) const
 {
-    if (application.processIdentifier == m_environment.processIdentifier)
-        return false;
-    return m_environment.bundleIdentifier.isEmpty() ||
-           application.bundleIdentifier != m_environment.bundleIdentifier;
+    return application.processIdentifier != m_environment.processIdentifier &&
+           !isOwnBundle(application.bundleIdentifier);
 }
 
 FocusedTargetPtr AppState::usableExternalTarget(const FocusedTargetPtr &target)
 {
     if (!target || target->pid == m_environment.processIdentifier)
         return nullptr;
-    if (target->bundleID && *target->bundleID == m_environment.bundleIdentifier)
+    if (isOwnBundle(target->bundleID))
         return nullptr;
     m_lastExternalFocusedTarget = target;
     if (target->application)

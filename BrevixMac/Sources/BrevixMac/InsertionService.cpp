@@ -110,7 +110,7 @@ QCoro::Task<InsertionResult> pasteKeepingClipboard(InsertionService::Desktop des
                                                    FocusedTargetPtr target, std::stop_token token)
 {
     const std::optional<QList<PasteboardItem>> snapshot = co_await desktop.pasteboard.items();
-    if (!snapshot)
+    if (!snapshot || token.stop_requested())
         co_return clipboardNotSavedResult();
     if (!desktop.pasteboard.setTransientString(text, pasteConvention(*target))) {
         desktop.pasteboard.restore(*snapshot);

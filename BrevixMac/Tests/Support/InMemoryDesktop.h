@@ -9,23 +9,30 @@
 #include "Desktop/StatusItem.h"
 #include "Desktop/Workspace.h"
 
+#include "Foundation/TaskScope.h"
+
 #include <QMap>
 
-/// A stateful desktop in memory, for what real ones cannot be made to do on demand. Each seam keeps its state in
-/// public members that a test arranges and inspects.
+#include <chrono>
+#include <functional>
+
+/// A stateful desktop in memory, for what real ones cannot be made to do on demand. Each seam keeps its state
+/// in public members that a test arranges and inspects.
 
 class InMemoryAccessibilityTree : public AccessibilityTree
 {
 public:
     struct Field
     {
-        std::optional<qint64> pid;
-        std::optional<QString> role;
-        std::optional<QString> subrole;
-        std::optional<QString> value;
-        std::optional<TextRange> selectedRange;
+        std::optional<qint64> pid = {};
+        std::optional<QString> role = {};
+        std::optional<QString> subrole = {};
+        std::optional<QString> value = {};
+        std::optional<TextRange> selectedRange = {};
         bool isSettable = true;
         bool acceptsWrites = true;
+        bool acceptsCaret = true;
+        QMap<QString, AccessibilityValue> oddValues = {}; ///< answers in place of the above, by attribute
     };
 
     QMap<QString, Field> fields; ///< by element path
@@ -34,27 +41,36 @@ public:
     bool trusted = true;
     int trustRequests = 0;
     QList<TextRange> writtenRanges;
+    std::chrono::milliseconds delay{0}; ///< of every round trip to an application
+    std::function<void(const QString &)>
+        onRequest; ///< told each round trip, as "read AXValue" or "write AXValue"
 
     static AccessibilityElement element(const QString &path)
     {
         return {.kind = AccessibilityElement::Kind::node, .owner = QStringLiteral("memory"), .path = path};
     }
 
-    QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element, QString name) override
+    QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element,
+                                                             QString name) override
     {
+        co_await roundTrip(u"read " + name);
         co_return read(element, name);
     }
 
-    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name, AccessibilityValue value) override
+    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
+                                   AccessibilityValue value) override
     {
+        co_await roundTrip(u"write " + name);
         const auto field = fields.find(element.path);
-        if (element.kind != AccessibilityElement::Kind::node || field == fields.end() || !field->acceptsWrites)
+        if (element.kind != AccessibilityElement::Kind::node || field == fields.end() ||
+            !field->acceptsWrites)
             co_return false;
         if (name == AX::value && std::holds_alternative<QString>(value)) {
             field->value = std::get<QString>(value);
             co_return true;
         }
-        if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value)) {
+        if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value) &&
+            field->acceptsCaret) {
             field->selectedRange = std::get<TextRange>(value);
             writtenRanges.append(std::get<TextRange>(value));
             co_return true;
@@ -62,14 +78,16 @@ public:
         co_return false;
     }
 
-    QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString) override
+    QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override
     {
-        co_return element.kind == AccessibilityElement::Kind::node && fields.value(element.path).isSettable
-            && fields.contains(element.path);
+        co_await roundTrip(u"ask to write " + name);
+        co_return element.kind == AccessibilityElement::Kind::node &&fields.value(element.path)
+                                      .isSettable &&fields.contains(element.path);
     }
 
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override
     {
+        co_await roundTrip(QStringLiteral("read the process"));
         co_return fields.value(element.path).pid;
     }
 
@@ -77,19 +95,29 @@ public:
     void requestTrust() override { ++trustRequests; }
 
 private:
+    QCoro::Task<> roundTrip(QString request)
+    {
+        if (onRequest)
+            onRequest(request);
+        if (delay.count() > 0)
+            co_await sleepFor(delay);
+    }
+
     std::optional<AccessibilityValue> read(const AccessibilityElement &target, const QString &name) const
     {
         if (name == AX::focusedUIElement) {
             if (target.kind == AccessibilityElement::Kind::systemWide && focusedPath)
                 return element(*focusedPath);
-            if (target.kind == AccessibilityElement::Kind::application
-                && focusedPathByApplication.contains(target.processIdentifier))
+            if (target.kind == AccessibilityElement::Kind::application &&
+                focusedPathByApplication.contains(target.processIdentifier))
                 return element(focusedPathByApplication.value(target.processIdentifier));
             return std::nullopt;
         }
         const auto field = fields.find(target.path);
         if (field == fields.end())
             return std::nullopt;
+        if (field->oddValues.contains(name))
+            return field->oddValues.value(name);
         const auto text = [](const std::optional<QString> &value) -> std::optional<AccessibilityValue> {
             return value ? std::optional<AccessibilityValue>(*value) : std::nullopt;
         };
@@ -112,6 +140,8 @@ public:
     bool isOwnerHung = false;
     bool refusesText = false;
     QStringList history; ///< every operation in order, for checking sequences
+    QList<PasteConvention> transientConventions;
+    std::chrono::milliseconds delay{0}; ///< until items() answers
 
     static PasteboardItem textItem(const QString &text)
     {
@@ -121,16 +151,18 @@ public:
     QString text() const
     {
         return content.isEmpty() || content.first().types.isEmpty()
-            ? QString()
-            : QString::fromUtf8(content.first().types.first().second);
+                   ? QString()
+                   : QString::fromUtf8(content.first().types.first().second);
     }
 
     QCoro::Task<std::optional<QList<PasteboardItem>>> items() override
     {
         history.append(QStringLiteral("items"));
+        if (delay.count() > 0)
+            co_await sleepFor(delay);
         if (isOwnerHung)
             co_return std::nullopt;
-        co_return content;
+        co_return std::optional(content);
     }
 
     bool setString(const QString &text) override
@@ -142,9 +174,12 @@ public:
         return true;
     }
 
-    bool setTransientString(const QString &text, PasteConvention) override
+    bool setTransientString(const QString &text, PasteConvention convention) override
     {
         history.append(QStringLiteral("setTransientString"));
+        transientConventions.append(convention);
+        if (refusesText)
+            return false;
         content = {textItem(text)};
         return true;
     }
@@ -171,6 +206,8 @@ public:
     std::optional<qint64> frontmost;
     bool refusesActivation = false;
     QList<qint64> activations;
+    std::chrono::milliseconds delay{0}; ///< until an activation has its answer
+    std::function<void()> onActivation; ///< after an application was brought to the front
     bool compositing = true;
 
     void addApplication(qint64 pid, const QString &name, const std::optional<QString> &bundleID = {})
@@ -203,9 +240,13 @@ public:
     QCoro::Task<bool> activate(RunningApplication application) override
     {
         activations.append(application.processIdentifier);
+        if (delay.count() > 0)
+            co_await sleepFor(delay);
         if (refusesActivation || isTerminated(application))
             co_return false;
         frontmost = application.processIdentifier;
+        if (onActivation)
+            onActivation();
         co_return true;
     }
 
@@ -218,6 +259,7 @@ class InMemoryKeyEvents : public KeyEvents
 public:
     bool allowed = true;
     int requests = 0;
+    bool fails = false; ///< the chord cannot be posted although it is allowed
     QList<PasteConvention> postedChords;
     std::function<void()> onPaste; ///< what the application in front does with the chord
 
@@ -226,6 +268,8 @@ public:
 
     QCoro::Task<bool> postPasteChord(PasteConvention convention) override
     {
+        if (fails)
+            co_return false;
         postedChords.append(convention);
         if (onPaste)
             onPaste();
@@ -252,8 +296,9 @@ public:
         }
     }
 
-    std::unique_ptr<Subscription> addGlobalMonitor(MonitoredEvent::Types types,
-                                                   std::function<void(const MonitoredEvent &)> handler) override
+    std::unique_ptr<Subscription>
+    addGlobalMonitor(MonitoredEvent::Types types,
+                     std::function<void(const MonitoredEvent &)> handler) override
     {
         const int key = m_next++;
         entries.insert(key, {types, std::move(handler)});
