@@ -12,13 +12,15 @@ namespace {
 constexpr int designSize = 30;
 constexpr int glyphSize = 64; // drawn large once, shown smaller
 constexpr qreal cornerShare = 0.3;
-constexpr qreal initialShare = 0.66;
+constexpr qreal initialShare = 0.72;
 constexpr QRgb brandTop = 0xff9b6dff;
 constexpr QRgb brandBottom = 0xff6a36e4;
 
-}
+} // namespace
 
-BrandGlyph::BrandGlyph(QWidget *parent) : QWidget(parent), m_initial(MenuBarController::brevixTemplateGlyph(glyphSize))
+BrandGlyph::BrandGlyph(QWidget *parent)
+    : QWidget(parent)
+    , m_initial(MenuBarController::brevixTemplateGlyph(glyphSize))
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(&Theme::shared(), &Theme::changed, this, &BrandGlyph::updateGeometry);
@@ -43,7 +45,7 @@ void BrandGlyph::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(frame, frame.width() * cornerShare, frame.width() * cornerShare);
 
     const int side = static_cast<int>(frame.width() * initialShare);
-    QPixmap initial = m_initial.pixmap(QSize(side, side), devicePixelRatioF());
+    QPixmap initial = m_initial.pixmap(QSize(side, side), painter.deviceTransform().m11());
     QPainter tint(&initial);
     tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
     tint.fillRect(QRect({}, initial.deviceIndependentSize().toSize()), Qt::white);

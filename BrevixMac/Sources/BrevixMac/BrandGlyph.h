@@ -4,7 +4,8 @@
 #include <QIcon>
 #include <QWidget>
 
-/// The brand mark of a header: the product's initial in white on the brand's own violet, the same in both schemes.
+/// The brand mark of a header: the product's initial in white on the brand's own violet, the same in both
+/// schemes.
 class BrandGlyph final : public QWidget
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "ContentScrollArea.h"
+#include "TextField.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
 #include "VariableFields.h"
@@ -15,12 +16,13 @@ namespace {
 constexpr int halo = Theme::haloWidth;
 constexpr int leastFieldsHeight = 70;
 
-}
+} // namespace
 
 CompactVariableForm::CompactVariableForm(AppState &appState, QWidget *parent)
     : QWidget(parent)
     , m_appState(appState)
-    , m_promptTitle(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide, this))
+    , m_promptTitle(
+          new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide, this))
     , m_fields(new VariableFields(appState, VariableFields::Placeholder::value))
     , m_back(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Back"), this))
     , m_continue(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Continue"), this))
@@ -40,7 +42,7 @@ CompactVariableForm::CompactVariableForm(AppState &appState, QWidget *parent)
     buttons->addWidget(m_continue);
 
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 12, 0, 0);
+    column->setContentsMargins(Theme::margin - halo, 12, 0, 0);
     column->setSpacing(0);
     column->addWidget(title);
     column->addWidget(m_promptTitle);
@@ -65,6 +67,8 @@ void CompactVariableForm::begin()
         return;
     m_promptTitle->setText(prompt->title.simplified());
     m_fields->setPrompt(*prompt);
+    setTabOrder(m_fields->fields().last(), m_back);
+    setTabOrder(m_back, m_continue);
     refreshButtons();
     m_fields->focusFirst();
 }

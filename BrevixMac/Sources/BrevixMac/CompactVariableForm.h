@@ -8,8 +8,8 @@ class TextLabel;
 class ThemedButton;
 class VariableFields;
 
-/// The short form of VariableFillView that stands in the place of the picker's list, for prompts with few variables.
-/// Continue is the default action.
+/// The short form of VariableFillView that stands in the place of the picker's list, for prompts with few
+/// variables. Continue is the default action.
 class CompactVariableForm final : public QWidget
 {
     Q_OBJECT

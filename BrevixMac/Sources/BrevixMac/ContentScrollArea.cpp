@@ -30,8 +30,8 @@ QSize ContentScrollArea::sizeHint() const
 {
     const QLayout *layout = widget()->layout();
     const int width = viewport()->width();
-    return {Theme::panelWidth,
-            layout->hasHeightForWidth() ? layout->totalHeightForWidth(width) : layout->totalSizeHint().height()};
+    return {Theme::panelWidth, layout->hasHeightForWidth() ? layout->totalHeightForWidth(width)
+                                                           : layout->totalSizeHint().height()};
 }
 
 QSize ContentScrollArea::minimumSizeHint() const

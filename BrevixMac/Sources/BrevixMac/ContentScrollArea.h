@@ -3,14 +3,16 @@
 
 #include <QScrollArea>
 
-/// A scroll area that takes the height of its content and scrolls only when it cannot have it. Its right edge lies at the
-/// panel's, with the scroll bar inside the panel's margin, so that nothing moves when the bar appears.
+/// A scroll area that takes the height of its content and scrolls only when it cannot have it. Its right edge
+/// lies at the panel's, with the scroll bar inside the panel's margin, so that nothing moves when the bar
+/// appears.
 class ContentScrollArea : public QScrollArea
 {
     Q_OBJECT
 
 public:
-    /// @p leastHeight in design pixels is what it can be pressed down to; @p rightMargin is free beside the content.
+    /// @p leastHeight in design pixels is what it can be pressed down to; @p rightMargin is free beside the
+    /// content.
     ContentScrollArea(QWidget *content, int leastHeight, int rightMargin, QWidget *parent = nullptr);
 
     QSize sizeHint() const override;

@@ -16,13 +16,17 @@ constexpr int badgeSize = 44;
 constexpr int badgeSymbolSize = 20;
 constexpr int sideMargin = 40;
 
-}
+} // namespace
 
 /// The symbol in a soft round field.
 class EmptyState::SymbolBadge final : public QWidget
 {
 public:
-    explicit SymbolBadge(QWidget *parent) : QWidget(parent) { setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); }
+    explicit SymbolBadge(QWidget *parent)
+        : QWidget(parent)
+    {
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    }
 
     void setSymbol(const QString &name)
     {
@@ -42,7 +46,8 @@ protected:
         const Theme &theme = Theme::shared();
         QPainter painter(this);
         ThemePainting::fillRounded(painter, rect(), width() / 2.0, theme.color(Theme::Color::accentSoft));
-        Symbols::paint(painter, m_symbol, theme.color(Theme::Color::accent), rect(), theme.scaled(badgeSymbolSize));
+        Symbols::paint(painter, m_symbol, theme.color(Theme::Color::accent), rect(),
+                       theme.scaled(badgeSymbolSize));
     }
 
 private:
@@ -92,6 +97,12 @@ void EmptyState::describe(const QString &symbol, const QString &title, const QSt
     m_detail->setText(detail);
 }
 
-QString EmptyState::title() const { return m_title->text(); }
+QString EmptyState::title() const
+{
+    return m_title->text();
+}
 
-QString EmptyState::detail() const { return m_detail->text(); }
+QString EmptyState::detail() const
+{
+    return m_detail->text();
+}

@@ -14,9 +14,10 @@ constexpr int gap = 2;
 constexpr int edgeGap = 10;
 constexpr int widest = 300;
 
-}
+} // namespace
 
-HintBubble::HintBubble(QWidget *parent) : QLabel(parent)
+HintBubble::HintBubble(QWidget *parent)
+    : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
@@ -46,8 +47,8 @@ void HintBubble::showFor(const QPoint &position)
     m_control->installEventFilter(this);
     setText(m_control->toolTip());
     const QMargins margins = contentsMargins();
-    const int textWidth
-        = std::min(widest, fontMetrics().horizontalAdvance(text()) + 2) + margins.left() + margins.right();
+    const int textWidth =
+        std::min(widest, fontMetrics().horizontalAdvance(text()) + 2) + margins.left() + margins.right();
     const QSize size(textWidth, heightForWidth(textWidth));
     const QRect control(m_control->mapTo(parentWidget(), QPoint()), m_control->size());
     const QRect room = parentWidget()->rect().adjusted(edgeGap, edgeGap, -edgeGap, -edgeGap);

@@ -4,8 +4,8 @@
 #include <QLabel>
 #include <QPointer>
 
-/// Shows tool tips inside the panel, because a panel cannot open windows of its own on every desktop. Put on the widget
-/// that contains the controls; those leave their tool tip events to it.
+/// Shows tool tips inside the panel, because a panel cannot open windows of its own on every desktop. Put on
+/// the widget that contains the controls; those leave their tool tip events to it.
 class HintBubble final : public QLabel
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "InPanelMenu.h"
 
+#include "TextLabel.h"
 #include "ThemePainting.h"
 #include "ThemedButton.h"
 
@@ -14,14 +15,19 @@
 namespace {
 
 constexpr int padding = 5;
+constexpr int shadow = 12; // room around the drawn menu
+constexpr int shadowDrop = 3;
+constexpr qreal shadowStrength = 0.016;
 constexpr int edgeGap = 8;
 
-}
+} // namespace
 
-InPanelMenu::InPanelMenu(QWidget *parent) : QFrame(parent)
+InPanelMenu::InPanelMenu(QWidget *parent)
+    : QFrame(parent)
 {
     auto *entries = new QVBoxLayout(this);
-    entries->setContentsMargins(padding, padding, padding, padding);
+    constexpr int inset = padding + shadow;
+    entries->setContentsMargins(inset, inset, inset, inset);
     entries->setSpacing(0);
     hide();
     connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&InPanelMenu::update));
@@ -31,9 +37,19 @@ ThemedButton &InPanelMenu::addEntry(const QString &text, const QString &symbol)
 {
     auto *entry = new ThemedButton(ThemedButton::Kind::plain, text, this);
     entry->setSymbol(symbol);
+    entry->setLeading(true);
     layout()->addWidget(entry);
     connect(entry, &QPushButton::clicked, this, &InPanelMenu::close);
     return *entry;
+}
+
+void InPanelMenu::addNote(const QString &text)
+{
+    auto *note = new TextLabel(Theme::Type::count, Theme::Color::tertiary, TextLabel::Overflow::elide, this);
+    note->setText(text);
+    note->setContentsMargins(Theme::haloWidth + 8, 0, 8, 0);
+    layout()->addWidget(note);
+    layout()->addItem(new QSpacerItem(0, 5));
 }
 
 void InPanelMenu::openAbove(const QPoint &corner)
@@ -41,8 +57,9 @@ void InPanelMenu::openAbove(const QPoint &corner)
     m_focusBefore = window()->focusWidget();
     const QSize size = sizeHint();
     const QRect room = parentWidget()->rect().adjusted(edgeGap, edgeGap, -edgeGap, -edgeGap);
-    const int x = std::clamp(corner.x(), room.left(), std::max(room.left(), room.right() + 1 - size.width()));
-    const int y = std::max(room.top(), corner.y() - size.height());
+    const int x =
+        std::clamp(corner.x() - shadow, room.left(), std::max(room.left(), room.right() + 1 - size.width()));
+    const int y = std::max(room.top(), corner.y() + shadow - size.height());
     setGeometry(QRect(QPoint(x, y), size));
     show();
     raise();
@@ -65,7 +82,8 @@ bool InPanelMenu::eventFilter(QObject *watched, QEvent *event)
 {
     const auto *widget = qobject_cast<QWidget *>(watched);
     const bool isOurWindow = widget && widget->window() == window();
-    if (isOurWindow && event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+    if (isOurWindow && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
         close();
         return true;
     }
@@ -90,6 +108,13 @@ void InPanelMenu::paintEvent(QPaintEvent *)
     const Theme &theme = Theme::shared();
     const int radius = theme.scaled(Theme::fieldRadius);
     QPainter painter(this);
-    ThemePainting::fillRounded(painter, rect(), radius, theme.color(Theme::Color::raised));
-    ThemePainting::strokeRounded(painter, rect(), radius, theme.color(Theme::Color::line));
+    const QRectF frame = QRectF(rect()).adjusted(shadow, shadow, -shadow, -shadow);
+    QColor shade(Qt::black);
+    shade.setAlphaF(shadowStrength);
+    for (int spread = shadow - shadowDrop; spread > 0; --spread)
+        ThemePainting::fillRounded(painter,
+                                   frame.adjusted(-spread, -spread, spread, spread).translated(0, shadowDrop),
+                                   radius + spread, shade);
+    ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::raised));
+    ThemePainting::strokeRounded(painter, frame, radius, theme.color(Theme::Color::line));
 }

@@ -6,8 +6,8 @@
 
 class ThemedButton;
 
-/// A small menu drawn inside the panel, because a panel cannot open windows of its own on every desktop. Closes on
-/// Escape, on a choice, and on a press elsewhere in the window.
+/// A small menu drawn inside the panel, because a panel cannot open windows of its own on every desktop.
+/// Closes on Escape, on a choice, and on a press elsewhere in the window.
 class InPanelMenu final : public QFrame
 {
     Q_OBJECT
@@ -16,6 +16,9 @@ public:
     explicit InPanelMenu(QWidget *parent);
 
     ThemedButton &addEntry(const QString &text, const QString &symbol);
+
+    /// A line of small text under the entries.
+    void addNote(const QString &text);
 
     /// Opens with its lower left corner at @p corner of the parent, kept inside the parent.
     void openAbove(const QPoint &corner);

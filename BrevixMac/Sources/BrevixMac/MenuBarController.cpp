@@ -27,8 +27,8 @@ constexpr int edgeMargin = 8;
 constexpr qreal glyphFontShare = 0.82;
 constexpr qreal glyphLift = 0.06;
 
-// A press on the status item also counts as a press outside the panel. Its own signal follows within this time, and
-// must not open again what that press has just closed.
+// A press on the status item also counts as a press outside the panel. Its own signal follows within this
+// time, and must not open again what that press has just closed.
 constexpr std::chrono::milliseconds pressEcho{400};
 constexpr int pressEchoDistance = 64;
 
@@ -51,13 +51,14 @@ QPixmap glyphPixmap(int size, qreal devicePixelRatio)
     QPainter painter(&pixmap);
     painter.setFont(font);
     painter.setPen(Qt::black);
-    painter.drawText(QRectF(0, -glyphLift * pixels / 2, pixels, pixels), Qt::AlignCenter, QStringLiteral("B"));
+    painter.drawText(QRectF(0, -glyphLift * pixels / 2, pixels, pixels), Qt::AlignCenter,
+                     QStringLiteral("B"));
     painter.end();
     pixmap.setDevicePixelRatio(devicePixelRatio);
     return pixmap;
 }
 
-}
+} // namespace
 
 MenuBarController::MenuBarController(StatusItem &statusItem, Workspace &workspace, EventMonitor &eventMonitor)
     : m_statusItem(statusItem)
@@ -82,7 +83,10 @@ MenuBarController::~MenuBarController()
         sharedController = nullptr;
 }
 
-MenuBarController *MenuBarController::shared() { return sharedController; }
+MenuBarController *MenuBarController::shared()
+{
+    return sharedController;
+}
 
 void MenuBarController::install(AppState &appState)
 {
@@ -117,16 +121,17 @@ void MenuBarController::prepareFirstShow()
 void MenuBarController::updateStatusItem()
 {
     const bool wasRefused = m_appState && m_appState->hotkeyService().wasRefused();
-    m_statusItem.setToolTip(wasRefused ? QString(u"Brevix: " + m_appState->hotkeyLabel()
-                                                 + u" is held by another application")
-                                       : QStringLiteral("Brevix"));
+    m_statusItem.setToolTip(
+        wasRefused ? QString(u"Brevix: " + m_appState->hotkeyLabel() + u" is held by another application")
+                   : QStringLiteral("Brevix"));
 }
 
 void MenuBarController::onStatusItemPressed(QPoint near)
 {
     m_pressedNear = near;
-    const bool echoes = m_closedByPress.isValid() && std::chrono::milliseconds(m_closedByPress.elapsed()) < pressEcho
-        && (near.isNull() || (near - m_closingPress).manhattanLength() <= pressEchoDistance);
+    const bool echoes = m_closedByPress.isValid() &&
+                        std::chrono::milliseconds(m_closedByPress.elapsed()) < pressEcho &&
+                        (near.isNull() || (near - m_closingPress).manhattanLength() <= pressEchoDistance);
     m_closedByPress.invalidate();
     if (!echoes)
         togglePicker();
@@ -152,7 +157,10 @@ void MenuBarController::togglePickerWithFocus()
         m_appState->handleHotkey();
 }
 
-bool MenuBarController::isPickerVisible() const { return m_panel && m_panel->isVisible(); }
+bool MenuBarController::isPickerVisible() const
+{
+    return m_panel && m_panel->isVisible();
+}
 
 void MenuBarController::showPicker()
 {
@@ -199,7 +207,8 @@ void MenuBarController::position()
     m_panel->move(panelPosition(anchor, m_panel->size(), visible));
 }
 
-QPoint MenuBarController::panelPosition(const QRect &button, const QSize &panelSize, const QRect &visibleFrame)
+QPoint MenuBarController::panelPosition(const QRect &button, const QSize &panelSize,
+                                        const QRect &visibleFrame)
 {
     const int width = panelSize.width();
     const int height = panelSize.height();
@@ -219,11 +228,11 @@ void MenuBarController::startOutsideClickMonitor()
 {
     if (m_outsideClickMonitor)
         return;
-    m_outsideClickMonitor
-        = m_eventMonitor.addGlobalMonitor(MonitoredEvent::pointerPress, [this](const MonitoredEvent &event) {
-              // Closing ends the subscription, which must not happen while its handler runs.
-              QTimer::singleShot(0, this, [this, where = event.position] { onPressElsewhere(where); });
-          });
+    m_outsideClickMonitor =
+        m_eventMonitor.addGlobalMonitor(MonitoredEvent::pointerPress, [this](const MonitoredEvent &event) {
+            // Closing ends the subscription, which must not happen while its handler runs.
+            QTimer::singleShot(0, this, [this, where = event.position] { onPressElsewhere(where); });
+        });
 }
 
 void MenuBarController::onPressElsewhere(QPoint where)
@@ -235,7 +244,10 @@ void MenuBarController::onPressElsewhere(QPoint where)
     closePicker();
 }
 
-void MenuBarController::stopOutsideClickMonitor() { m_outsideClickMonitor.reset(); }
+void MenuBarController::stopOutsideClickMonitor()
+{
+    m_outsideClickMonitor.reset();
+}
 
 QIcon MenuBarController::brevixTemplateGlyph(int size)
 {

@@ -17,9 +17,9 @@ class MenuBarPickerPanel;
 class StatusItem;
 class Workspace;
 
-/// Owns the status item and the floating picker panel: places the panel, shows it with or without the keyboard focus,
-/// closes it on a click elsewhere, and keeps AppState::palettePresented() in step. Never keeps AppState alive.
-/// Main thread only. A missing piece makes an operation do nothing.
+/// Owns the status item and the floating picker panel: places the panel, shows it with or without the
+/// keyboard focus, closes it on a click elsewhere, and keeps AppState::palettePresented() in step. Never
+/// keeps AppState alive. Main thread only. A missing piece makes an operation do nothing.
 class MenuBarController final : public QObject
 {
     Q_OBJECT
@@ -47,7 +47,8 @@ public:
     bool isPickerVisible() const;
     MenuBarPickerPanel *panel() const { return m_panel.get(); }
 
-    /// Top left of a panel of @p panelSize: centred below @p button, above it when there is no room, kept 8 px inside
+    /// Top left of a panel of @p panelSize: centred below @p button, above it when there is no room, kept 8
+    /// px inside
     /// @p visibleFrame. Qt's desktop coordinates (y grows downwards).
     static QPoint panelPosition(const QRect &button, const QSize &panelSize, const QRect &visibleFrame);
 
@@ -76,5 +77,6 @@ private:
     std::unique_ptr<EventMonitor::Subscription> m_outsideClickMonitor;
     QPoint m_closingPress;
     QElapsedTimer m_closedByPress; ///< runs since a press outside has closed the panel
-    std::optional<QPoint> m_pressedNear; ///< where the status item was pressed last, for hosts that tell no geometry
+    std::optional<QPoint>
+        m_pressedNear; ///< where the status item was pressed last, for hosts that tell no geometry
 };

@@ -20,7 +20,7 @@ QRegion roundedRegion(const QRect &frame)
     return QRegion(outline.toFillPolygon().toPolygon());
 }
 
-}
+} // namespace
 
 MenuBarPickerPanel::MenuBarPickerPanel(AppState &appState)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)

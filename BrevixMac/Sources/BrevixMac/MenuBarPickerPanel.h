@@ -6,8 +6,8 @@
 class AppState;
 class MenuBarPickerView;
 
-/// The frameless floating window around the picker: above other windows, in no task list, with large rounded corners.
-/// Made once; closing it only hides it. Takes the focus only when told to or when clicked into.
+/// The frameless floating window around the picker: above other windows, in no task list, with large rounded
+/// corners. Made once; closing it only hides it. Takes the focus only when told to or when clicked into.
 class MenuBarPickerPanel final : public QWidget
 {
     Q_OBJECT

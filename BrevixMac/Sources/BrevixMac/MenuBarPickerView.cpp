@@ -33,7 +33,10 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     connect(&appState, &AppState::activeVariablePromptChanged, this, &MenuBarPickerView::showActiveForm);
 }
 
-QSize MenuBarPickerView::sizeHint() const { return {Theme::panelWidth, Theme::panelHeight}; }
+QSize MenuBarPickerView::sizeHint() const
+{
+    return {Theme::panelWidth, Theme::panelHeight};
+}
 
 void MenuBarPickerView::appear()
 {

@@ -11,8 +11,8 @@ class PickerSearchPage;
 class QStackedWidget;
 class VariableFillView;
 
-/// The content of the picker panel. Holds no library data: it reads AppState and calls its actions. 520 × 640 logical
-/// pixels. Main thread only.
+/// The content of the picker panel. Holds no library data: it reads AppState and calls its actions. 520 × 640
+/// logical pixels. Main thread only.
 class MenuBarPickerView : public QWidget
 {
     Q_OBJECT
@@ -21,8 +21,8 @@ public:
     /// @p appState must outlive this widget.
     explicit MenuBarPickerView(AppState &appState, QWidget *parent = nullptr);
 
-    /// Called each time the panel is shown: reads everything again, keeps a prompt selected, and moves the focus
-    /// to the search field when AppState asks for it.
+    /// Called each time the panel is shown: reads everything again, keeps a prompt selected, and moves the
+    /// focus to the search field when AppState asks for it.
     void appear();
 
     QSize sizeHint() const override;

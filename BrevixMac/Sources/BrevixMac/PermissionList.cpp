@@ -16,9 +16,11 @@ constexpr int padding = 12;
 constexpr int symbolGap = 9;
 constexpr int rowHeight = 38;
 
-}
+} // namespace
 
-PermissionList::PermissionList(AppState &appState, QWidget *parent) : QFrame(parent), m_appState(appState)
+PermissionList::PermissionList(AppState &appState, QWidget *parent)
+    : QFrame(parent)
+    , m_appState(appState)
 {
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
@@ -82,7 +84,8 @@ void PermissionList::paintEvent(QPaintEvent *)
     const int size = theme.scaled(Theme::symbolSize);
     for (const Row *row : {&m_accessibility, &m_postEvent}) {
         const QRectF area(theme.scaled(padding), row->label->y(), size, row->label->height());
-        Symbols::paint(painter, row->isGranted ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("circle"),
-                       theme.color(row->isGranted ? Theme::Color::success : Theme::Color::tertiary), area, size);
+        Symbols::paint(
+            painter, row->isGranted ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("circle"),
+            theme.color(row->isGranted ? Theme::Color::success : Theme::Color::tertiary), area, size);
     }
 }

@@ -7,8 +7,8 @@ class AppState;
 class TextLabel;
 class ThemedButton;
 
-/// The two permissions that insertion needs, each with a mark and the button that asks for it. Shown while one of them
-/// is missing.
+/// The two permissions that insertion needs, each with a mark and the button that asks for it. Shown while
+/// one of them is missing.
 class PermissionList final : public QFrame
 {
     Q_OBJECT

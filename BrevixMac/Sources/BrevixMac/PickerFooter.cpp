@@ -8,6 +8,8 @@
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include <array>
+
 namespace {
 
 constexpr int designHeight = 54;
@@ -26,7 +28,7 @@ void markUnavailable(ThemedButton *button)
     button->setAccessibleDescription(ScreenTexts::notAvailableYet());
 }
 
-}
+} // namespace
 
 PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     : QWidget(parent)
@@ -44,7 +46,7 @@ PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     markUnavailable(m_settings);
 
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(sideMargin, 1, sideMargin, 0);
+    row->setContentsMargins(sideMargin, 5, sideMargin, 4);
     row->setSpacing(0);
     row->addWidget(m_plus);
     row->addSpacing(4);
@@ -53,16 +55,48 @@ PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     row->addWidget(m_settings);
     row->addWidget(m_signOut);
     row->addWidget(m_quit);
-    row->addStrut(designHeight);
+    row->addStrut(designHeight - 9);
+    m_library->setFaceSymbol(QStringLiteral("square.grid.2x2"));
+    m_settings->setFaceSymbol(QStringLiteral("gearshape"));
+    m_signOut->setFaceSymbol(QStringLiteral("rectangle.portrait.and.arrow.right"));
+    m_signOut->setToolTip(m_signOut->text());
+    m_quit->setFaceSymbol(QStringLiteral("power"));
+    m_quit->setToolTip(m_quit->text());
 
     connect(m_signOut, &QPushButton::clicked, this, [this] { m_appState.signOut(); });
     connect(m_quit, &QPushButton::clicked, this, &PickerFooter::quitRequested);
     connect(&appState.authService(), &AuthService::currentUserChanged, this, &PickerFooter::refresh);
-    connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&PickerFooter::update));
+    connect(&Theme::shared(), &Theme::changed, this, &PickerFooter::onThemeChanged);
     refresh();
 }
 
-void PickerFooter::refresh() { m_signOut->setEnabled(m_appState.authService().currentUser().has_value()); }
+void PickerFooter::refresh()
+{
+    m_signOut->setEnabled(m_appState.authService().currentUser().has_value());
+}
+
+void PickerFooter::onThemeChanged()
+{
+    fit();
+    update();
+}
+
+void PickerFooter::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fit();
+}
+
+void PickerFooter::fit()
+{
+    using Face = ThemedButton::Face;
+    const std::array buttons{m_library, m_settings, m_signOut, m_quit};
+    int needed = 2 * sideMargin + m_plus->sizeFor(Face::symbolOnly).width();
+    for (const ThemedButton *button : buttons)
+        needed += button->sizeFor(Face::full).width();
+    for (ThemedButton *button : buttons)
+        button->setFace(needed <= width() ? Face::full : Face::symbolOnly);
+}
 
 void PickerFooter::paintEvent(QPaintEvent *)
 {

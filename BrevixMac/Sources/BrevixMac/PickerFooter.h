@@ -26,8 +26,12 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void onThemeChanged();
+    /// Shows labels while they all have room, and symbols in their place after that.
+    void fit();
     void refresh();
 
     AppState &m_appState;

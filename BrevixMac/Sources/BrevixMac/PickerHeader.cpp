@@ -22,7 +22,8 @@ PickerHeader::PickerHeader(AppState &appState, QWidget *parent)
     , m_signIn(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Sign In"), this))
     , m_settings(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Settings"), this))
 {
-    auto *title = new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide, this);
+    auto *title =
+        new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide, this);
     title->setText(QStringLiteral("Brevix"));
     m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_settings->setFaceSymbol(QStringLiteral("gearshape"));

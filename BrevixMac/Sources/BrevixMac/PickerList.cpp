@@ -16,7 +16,7 @@ constexpr int leastVisibleRows = 2;
 constexpr int designRowHeight = 52;
 constexpr int designHeadingHeight = 32;
 
-}
+} // namespace
 
 PickerList::PickerList(QWidget *parent)
     : QListView(parent)
@@ -35,7 +35,7 @@ PickerList::PickerList(QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBar(new ThinScrollBar(this));
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    setViewportMargins(0, 0, Theme::margin - ThinScrollBar::extent, 0);
+    setViewportMargins(Theme::margin, 0, Theme::margin - ThinScrollBar::extent, 0);
     setAccessibleName(QStringLiteral("Prompts and skills"));
     viewport()->setAutoFillBackground(false);
     m_actions->hide();
@@ -49,7 +49,10 @@ void PickerList::onThemeChanged()
     placeActions();
 }
 
-const PickerResult *PickerList::selectedResult() const { return m_items->result(currentIndex().row()); }
+const PickerResult *PickerList::selectedResult() const
+{
+    return m_items->result(currentIndex().row());
+}
 
 void PickerList::selectResult(const QString &id)
 {
@@ -137,7 +140,10 @@ void PickerList::mouseDoubleClickEvent(QMouseEvent *event)
         Q_EMIT insertRequested();
 }
 
-QSize PickerList::sizeHint() const { return {Theme::panelWidth, 0}; }
+QSize PickerList::sizeHint() const
+{
+    return {Theme::panelWidth, 0};
+}
 
 QSize PickerList::minimumSizeHint() const
 {

@@ -8,8 +8,8 @@
 class PickerRowActions;
 class PickerRowDelegate;
 
-/// The list of the quick picker. Exactly one item is selected while there are any, and that row carries the actions.
-/// Never takes the focus itself: the search field moves its selection.
+/// The list of the quick picker. Exactly one item is selected while there are any, and that row carries the
+/// actions. Never takes the focus itself: the search field moves its selection.
 class PickerList final : public QListView
 {
     Q_OBJECT

@@ -9,11 +9,15 @@ namespace {
 constexpr qsizetype longestPreview = 200;
 constexpr QRgb skillColor = 0xfff97316;
 
-QString oneLine(const QString &text) { return text.left(longestPreview).simplified(); }
-
+QString oneLine(const QString &text)
+{
+    return text.left(longestPreview).simplified();
 }
 
-bool PickerListModel::setSections(const QList<PickerResultSection> &sections, const CategoriesByID &categoriesByID)
+} // namespace
+
+bool PickerListModel::setSections(const QList<PickerResultSection> &sections,
+                                  const CategoriesByID &categoriesByID)
 {
     if (sections == m_sections && categoriesByID == m_categoriesByID)
         return false;
@@ -22,7 +26,8 @@ bool PickerListModel::setSections(const QList<PickerResultSection> &sections, co
     m_categoriesByID = categoriesByID;
     m_rows.clear();
     for (qsizetype section = 0; section < m_sections.size(); ++section) {
-        m_rows.append(Row{.section = section, .position = headingPosition, .preview = {}, .hasVariables = {}});
+        m_rows.append(
+            Row{.section = section, .position = headingPosition, .preview = {}, .hasVariables = {}});
         for (qsizetype position = 0; position < m_sections.at(section).results.size(); ++position)
             m_rows.append(Row{.section = section, .position = position, .preview = {}, .hasVariables = {}});
     }
@@ -49,10 +54,14 @@ QVariant PickerListModel::headingData(const Row &row, int role) const
 {
     const PickerResultSection &section = m_sections.at(row.section);
     switch (role) {
-    case Qt::DisplayRole: return section.title;
-    case Qt::AccessibleTextRole: return QString(section.title + u", " + section.subtitle);
-    case subtitleRole: return section.subtitle;
-    default: return {};
+    case Qt::DisplayRole:
+        return section.title;
+    case Qt::AccessibleTextRole:
+        return QString(section.title + u", " + section.subtitle);
+    case subtitleRole:
+        return section.subtitle;
+    default:
+        return {};
     }
 }
 
@@ -60,20 +69,25 @@ QVariant PickerListModel::itemData(const Row &row, int role) const
 {
     const PickerResult &result = resultOf(row);
     switch (role) {
-    case Qt::DisplayRole: return oneLine(result.title());
+    case Qt::DisplayRole:
+        return oneLine(result.title());
     case Qt::AccessibleTextRole:
         return QString(oneLine(result.title()) + u", " + itemData(row, previewRole).toString());
     case previewRole:
         if (!row.preview)
             row.preview = oneLine(result.text());
         return *row.preview;
-    case dotColorRole: return dotColor(result);
+    case dotColorRole:
+        return dotColor(result);
     case hasVariablesRole:
         if (!row.hasVariables)
-            row.hasVariables = result.prompt() && !PromptTemplateParser::variables(result.prompt()->text).isEmpty();
+            row.hasVariables =
+                result.prompt() && !PromptTemplateParser::variables(result.prompt()->text).isEmpty();
         return *row.hasVariables;
-    case chipRole: return result.skill() ? QStringLiteral("Skill Instruction") : QString();
-    default: return {};
+    case chipRole:
+        return result.skill() ? QStringLiteral("Skill Instruction") : QString();
+    default:
+        return {};
     }
 }
 

@@ -6,8 +6,8 @@
 #include <QAbstractListModel>
 #include <QColor>
 
-/// The picker's sections as one list: a heading row before the rows of each section. Main thread only. What a row shows
-/// is worked out when it is first asked for, so that long lists cost only what is seen.
+/// The picker's sections as one list: a heading row before the rows of each section. Main thread only. What a
+/// row shows is worked out when it is first asked for, so that long lists cost only what is seen.
 class PickerListModel final : public QAbstractListModel
 {
     Q_OBJECT
@@ -15,11 +15,11 @@ class PickerListModel final : public QAbstractListModel
 public:
     enum Role {
         isHeadingRole = Qt::UserRole + 1,
-        subtitleRole,     ///< headings
-        previewRole,      ///< one line of the item's text
-        dotColorRole,     ///< QColor of the item's category; invalid when it has none
+        subtitleRole, ///< headings
+        previewRole,  ///< one line of the item's text
+        dotColorRole, ///< QColor of the item's category; invalid when it has none
         hasVariablesRole,
-        chipRole,         ///< label of a skill; empty for a prompt
+        chipRole, ///< label of a skill; empty for a prompt
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -53,7 +53,10 @@ private:
 
     QVariant headingData(const Row &row, int role) const;
     QVariant itemData(const Row &row, int role) const;
-    const PickerResult &resultOf(const Row &row) const { return m_sections.at(row.section).results.at(row.position); }
+    const PickerResult &resultOf(const Row &row) const
+    {
+        return m_sections.at(row.section).results.at(row.position);
+    }
     QColor dotColor(const PickerResult &result) const;
 
     QList<PickerResultSection> m_sections;

@@ -17,10 +17,11 @@ StatusCard::Tint cardTint(const PickerTargetStatus &status)
 {
     if (status.ready)
         return StatusCard::Tint::success;
-    return status.tint == PickerTargetStatus::Tint::red ? StatusCard::Tint::danger : StatusCard::Tint::warning;
+    return status.tint == PickerTargetStatus::Tint::red ? StatusCard::Tint::danger
+                                                        : StatusCard::Tint::warning;
 }
 
-}
+} // namespace
 
 PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     : ContentScrollArea(new QWidget, leastHeight, Theme::margin, parent)
@@ -37,7 +38,8 @@ PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     m_hideTip->setDesignHeight(26);
     m_hideTip->setToolTip(m_hideTip->text());
     m_tip->addButton(m_hideTip);
-    connect(m_hideTip, &QPushButton::clicked, this, [this] { m_appState.preferences().setHotkeyTipDismissed(true); });
+    connect(m_hideTip, &QPushButton::clicked, this,
+            [this] { m_appState.preferences().setHotkeyTipDismissed(true); });
 
     auto *cards = new QVBoxLayout(widget());
     cards->setContentsMargins(0, 0, 0, 0);
@@ -57,11 +59,14 @@ void PickerNotices::observe()
             &PickerNotices::refreshTarget);
     connect(&m_appState.permissions(), &PermissionsService::postEventGrantedChanged, this,
             &PickerNotices::refreshTarget);
-    connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this, &PickerNotices::refresh);
+    connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this,
+            &PickerNotices::refresh);
     connect(&m_appState.preferences(), &PreferenceStore::hotkeyTipDismissedChanged, this,
             &PickerNotices::refreshHotkey);
-    connect(&m_appState.hotkeyService(), &HotkeyService::registrationChanged, this, &PickerNotices::refreshHotkey);
-    connect(&m_appState.authService(), &AuthService::authErrorMessageChanged, this, &PickerNotices::refreshAccount);
+    connect(&m_appState.hotkeyService(), &HotkeyService::registrationChanged, this,
+            &PickerNotices::refreshHotkey);
+    connect(&m_appState.authService(), &AuthService::authErrorMessageChanged, this,
+            &PickerNotices::refreshAccount);
 }
 
 void PickerNotices::refresh()
@@ -75,9 +80,10 @@ void PickerNotices::refreshTarget()
 {
     const PickerTargetStatus status = m_appState.targetStatus();
     if (status.ready)
-        m_target->describe(cardTint(status), QStringLiteral("checkmark.circle.fill"),
-                           u"Ready to insert into " + status.appName,
-                           QStringLiteral("Brevix will preserve your clipboard when paste fallback is needed."));
+        m_target->describe(
+            cardTint(status), QStringLiteral("checkmark.circle.fill"),
+            u"Ready to insert into " + status.appName,
+            QStringLiteral("Brevix will preserve your clipboard when paste fallback is needed."));
     else
         m_target->describe(cardTint(status), status.icon, status.title, status.detail);
     m_permissions->refresh();
@@ -87,10 +93,10 @@ void PickerNotices::refreshHotkey()
 {
     const QString label = m_appState.hotkeyLabel();
     const bool wasRefused = m_appState.hotkeyService().wasRefused();
-    m_hotkeyWarning->describe(
-        StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"),
-        label + u" is held by another application",
-        QStringLiteral("Bind the command \u201cbrevix toggle\u201d to a key in your desktop's keyboard settings instead."));
+    m_hotkeyWarning->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"),
+                              label + u" is held by another application",
+                              QStringLiteral("Bind the command \u201cbrevix toggle\u201d to a key in your "
+                                             "desktop's keyboard settings instead."));
     m_hotkeyWarning->setVisible(wasRefused);
     m_tip->describe(StatusCard::Tint::neutral, QStringLiteral("keyboard"), {},
                     u"Best experience: click into any text field, then press " + label + u" to insert.");
@@ -103,5 +109,6 @@ void PickerNotices::refreshAccount()
     const auto &message = m_appState.authService().authErrorMessage();
     m_authError->setVisible(message.has_value());
     if (message)
-        m_authError->describe(StatusCard::Tint::danger, QStringLiteral("exclamationmark.circle"), {}, *message);
+        m_authError->describe(StatusCard::Tint::danger, QStringLiteral("exclamationmark.circle"), {},
+                              *message);
 }

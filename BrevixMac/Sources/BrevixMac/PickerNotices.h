@@ -8,8 +8,8 @@ class PermissionList;
 class StatusCard;
 class ThemedButton;
 
-/// What the picker has to say above its search field: where text would go, missing permissions, a refused hotkey, and
-/// the tip about the hotkey. Takes the height it needs; scrolls when the panel cannot give it.
+/// What the picker has to say above its search field: where text would go, missing permissions, a refused
+/// hotkey, and the tip about the hotkey. Takes the height it needs; scrolls when the panel cannot give it.
 class PickerNotices final : public ContentScrollArea
 {
     Q_OBJECT

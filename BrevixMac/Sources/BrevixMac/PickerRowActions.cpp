@@ -14,7 +14,7 @@ namespace {
 constexpr int leastTitleWidth = 150;
 constexpr int rightPadding = 6;
 
-}
+} // namespace
 
 PickerRowActions::PickerRowActions(QWidget *parent)
     : QWidget(parent)
@@ -37,7 +37,8 @@ PickerRowActions::PickerRowActions(QWidget *parent)
     connect(m_copy, &QPushButton::clicked, this, &PickerRowActions::copyRequested);
 }
 
-void PickerRowActions::describe(const PickerResult &result, const PickerTargetStatus &status, bool isInserting)
+void PickerRowActions::describe(const PickerResult &result, const PickerTargetStatus &status,
+                                bool isInserting)
 {
     const bool isSkill = result.skill() != nullptr;
     m_insert->setLabel(isSkill ? QStringLiteral("Insert Skill") : QStringLiteral("Insert Prompt"));
@@ -45,12 +46,12 @@ void PickerRowActions::describe(const PickerResult &result, const PickerTargetSt
     m_insert->setBusy(isInserting);
     m_insert->setToolTip(status.ready ? QString(u"Insert into " + status.appName) : status.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());
-    m_copy->setLabel(isSkill            ? QStringLiteral("Copy Skill")
-                         : status.ready ? QStringLiteral("Copy")
-                                        : QStringLiteral("Copy Instead"));
+    m_copy->setLabel(isSkill        ? QStringLiteral("Copy Skill")
+                     : status.ready ? QStringLiteral("Copy")
+                                    : QStringLiteral("Copy Instead"));
     m_copy->setToolTip(m_copy->text());
-    m_share->setToolTip((isSkill ? QStringLiteral("Share Skill") : QStringLiteral("Share Prompt")) + u". "
-                        + ScreenTexts::notAvailableYet());
+    m_share->setToolTip((isSkill ? QStringLiteral("Share Skill") : QStringLiteral("Share Prompt")) + u". " +
+                        ScreenTexts::notAvailableYet());
     m_share->setAccessibleDescription(m_share->toolTip());
 }
 
@@ -65,8 +66,8 @@ int PickerRowActions::fit(int rowWidth)
     for (const auto &[insertFace, copyFace] : choices) {
         m_insert->setFace(insertFace);
         m_copy->setFace(copyFace);
-        width = m_insert->sizeFor(insertFace).width() + m_copy->sizeFor(copyFace).width()
-            + m_share->sizeFor(Face::symbolOnly).width() + theme.scaled(rightPadding);
+        width = m_insert->sizeFor(insertFace).width() + m_copy->sizeFor(copyFace).width() +
+                m_share->sizeFor(Face::symbolOnly).width() + theme.scaled(rightPadding);
         if (width <= room)
             break;
     }

@@ -7,8 +7,8 @@
 
 class ThemedButton;
 
-/// The buttons of the selected row: insert, copy, share. Shows labels while they leave the row's title enough room, and
-/// symbols alone after that. Their accessible names are always the full labels.
+/// The buttons of the selected row: insert, copy, share. Shows labels while they leave the row's title enough
+/// room, and symbols alone after that. Their accessible names are always the full labels.
 class PickerRowActions final : public QWidget
 {
     Q_OBJECT
@@ -19,7 +19,8 @@ public:
     /// What the buttons say and whether inserting is possible.
     void describe(const PickerResult &result, const PickerTargetStatus &status, bool isInserting);
 
-    /// Chooses the widest faces that leave a title its room in a row of @p rowWidth; returns the width it takes.
+    /// Chooses the widest faces that leave a title its room in a row of @p rowWidth; returns the width it
+    /// takes.
     int fit(int rowWidth);
 
     ThemedButton &insertButton() const { return *m_insert; }

@@ -8,6 +8,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -24,19 +25,22 @@ constexpr int chipPadding = 6;
 
 constexpr int singleLine = Qt::AlignLeft | Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine;
 
-int lineHeight(Theme::Type type) { return QFontMetrics(Theme::shared().font(type)).height(); }
+int lineHeight(Theme::Type type)
+{
+    return QFontMetrics(Theme::shared().font(type)).height();
+}
 
 // Draws elided text; returns the width it took.
 int drawText(QPainter &painter, const QRect &line, Theme::Type type, Theme::Color ink, const QString &text)
 {
     const Theme &theme = Theme::shared();
     const QFont font = theme.font(type);
-    const QFontMetrics metrics(font);
+    const QFontMetricsF metrics(font);
     const QString shown = metrics.elidedText(text, Qt::ElideRight, line.width());
     painter.setFont(font);
     painter.setPen(theme.color(ink));
     painter.drawText(line, singleLine, shown);
-    return std::min(metrics.horizontalAdvance(shown), line.width());
+    return std::min(static_cast<int>(std::ceil(metrics.horizontalAdvance(shown))), line.width());
 }
 
 void drawChip(QPainter &painter, const QPoint &left, const QString &label)
@@ -58,13 +62,16 @@ int chipWidth(const QString &label)
 {
     const Theme &theme = Theme::shared();
     return label.isEmpty() ? 0
-                           : QFontMetrics(theme.font(Theme::Type::chip)).horizontalAdvance(label)
-            + 2 * theme.scaled(chipPadding) + theme.scaled(markGap);
+                           : QFontMetrics(theme.font(Theme::Type::chip)).horizontalAdvance(label) +
+                                 2 * theme.scaled(chipPadding) + theme.scaled(markGap);
 }
 
-}
+} // namespace
 
-int PickerRowDelegate::textLeft() { return Theme::shared().scaled(rowPadding + dotSize + dotGap); }
+int PickerRowDelegate::textLeft()
+{
+    return Theme::shared().scaled(rowPadding + dotSize + dotGap);
+}
 
 QSize PickerRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
@@ -73,7 +80,8 @@ QSize PickerRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QMod
     return {option.rect.width(), theme.scaled(isHeading ? headingHeight : rowHeight)};
 }
 
-void PickerRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+void PickerRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                              const QModelIndex &index) const
 {
     painter->save();
     painter->setLayoutDirection(Qt::LayoutDirectionAuto);
@@ -93,9 +101,9 @@ void PickerRowDelegate::paintHeading(QPainter &painter, const QRect &frame, cons
     const int titleWidth = drawText(painter, line, Theme::Type::sectionTitle, Theme::Color::secondary,
                                     index.data(Qt::DisplayRole).toString());
     const QString subtitle = index.data(PickerListModel::subtitleRole).toString();
-    const QFontMetrics metrics(theme.font(Theme::Type::count));
+    const QFontMetricsF metrics(theme.font(Theme::Type::count));
     const int room = line.width() - titleWidth - theme.scaled(12);
-    const int width = std::min(metrics.horizontalAdvance(subtitle), room);
+    const int width = std::min(static_cast<int>(std::ceil(metrics.horizontalAdvance(subtitle))) + 1, room);
     drawText(painter, QRect(line.right() + 1 - width, line.top(), width, line.height()), Theme::Type::count,
              Theme::Color::tertiary, subtitle);
 }
@@ -113,8 +121,8 @@ void PickerRowDelegate::paintItem(QPainter &painter, const QStyleOptionViewItem 
     const int dot = theme.scaled(dotSize);
     const QColor color = index.data(PickerListModel::dotColorRole).value<QColor>();
     ThemePainting::fillRounded(
-        painter, QRect(frame.left() + theme.scaled(rowPadding), frame.center().y() - dot / 2 + 1, dot, dot), dot / 2.0,
-        color.isValid() ? color : theme.color(Theme::Color::tertiary));
+        painter, QRect(frame.left() + theme.scaled(rowPadding), frame.center().y() - dot / 2 + 1, dot, dot),
+        dot / 2.0, color.isValid() ? color : theme.color(Theme::Color::tertiary));
 
     const int right = isSelected ? m_actionsWidth : theme.scaled(rowPadding);
     const QRect text = frame.adjusted(textLeft(), 0, -right, 0);
@@ -123,8 +131,9 @@ void PickerRowDelegate::paintItem(QPainter &painter, const QStyleOptionViewItem 
     const int gap = theme.scaled(lineGap);
     const int top = text.top() + (text.height() - titleHeight - gap - previewHeight) / 2;
     paintTitle(painter, QRect(text.left(), top, text.width(), titleHeight), index);
-    drawText(painter, QRect(text.left(), top + titleHeight + gap, text.width(), previewHeight), Theme::Type::preview,
-             Theme::Color::secondary, index.data(PickerListModel::previewRole).toString());
+    drawText(painter, QRect(text.left(), top + titleHeight + gap, text.width(), previewHeight),
+             Theme::Type::preview, Theme::Color::secondary,
+             index.data(PickerListModel::previewRole).toString());
 }
 
 void PickerRowDelegate::paintTitle(QPainter &painter, const QRect &line, const QModelIndex &index)

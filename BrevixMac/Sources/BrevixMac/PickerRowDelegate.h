@@ -14,7 +14,8 @@ public:
     /// Room in pixels kept free at the right end of the selected row.
     void setActionsWidth(int width) { m_actionsWidth = width; }
 
-    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override;
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
     /// Where the text of a row starts, in pixels from its left edge.

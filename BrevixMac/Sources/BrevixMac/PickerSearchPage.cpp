@@ -31,18 +31,25 @@ std::optional<PickerList::Move> moveOf(const QKeyEvent &key)
 {
     const bool withControl = key.modifiers() == Qt::ControlModifier;
     switch (key.key()) {
-    case Qt::Key_Up: return PickerList::Move::previous;
-    case Qt::Key_Down: return PickerList::Move::next;
-    case Qt::Key_PageUp: return PickerList::Move::pageUp;
-    case Qt::Key_PageDown: return PickerList::Move::pageDown;
+    case Qt::Key_Up:
+        return PickerList::Move::previous;
+    case Qt::Key_Down:
+        return PickerList::Move::next;
+    case Qt::Key_PageUp:
+        return PickerList::Move::pageUp;
+    case Qt::Key_PageDown:
+        return PickerList::Move::pageDown;
     // Without Control these two move the caret in the search text.
-    case Qt::Key_Home: return withControl ? std::optional(PickerList::Move::first) : std::nullopt;
-    case Qt::Key_End: return withControl ? std::optional(PickerList::Move::last) : std::nullopt;
-    default: return std::nullopt;
+    case Qt::Key_Home:
+        return withControl ? std::optional(PickerList::Move::first) : std::nullopt;
+    case Qt::Key_End:
+        return withControl ? std::optional(PickerList::Move::last) : std::nullopt;
+    default:
+        return std::nullopt;
     }
 }
 
-}
+} // namespace
 
 PickerSearchPage::PickerSearchPage(AppState &appState, QWidget *parent)
     : QWidget(parent)
@@ -105,6 +112,7 @@ void PickerSearchPage::addPlusMenu()
     };
     addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
     addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
+    m_plusMenu->addNote(ScreenTexts::notAvailableYet());
     connect(&m_footer->plusButton(), &QPushButton::clicked, this, [this] {
         const ThemedButton &plus = m_footer->plusButton();
         m_plusMenu->openAbove(plus.mapTo(this, QPoint(0, 0)));
@@ -162,8 +170,10 @@ void PickerSearchPage::observe()
     connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this,
             &PickerSearchPage::showListOrEmptyState);
     PermissionsService &permissions = m_appState.permissions();
-    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this, &PickerSearchPage::refreshActions);
-    connect(&permissions, &PermissionsService::postEventGrantedChanged, this, &PickerSearchPage::refreshActions);
+    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this,
+            &PickerSearchPage::refreshActions);
+    connect(&permissions, &PermissionsService::postEventGrantedChanged, this,
+            &PickerSearchPage::refreshActions);
 }
 
 void PickerSearchPage::refresh()
@@ -193,9 +203,9 @@ void PickerSearchPage::adoptSelection()
         return;
     const auto &skillID = m_appState.selectedSkillID();
     const auto &promptID = m_appState.selectedPromptID();
-    const QString id = skillID ? QString(u"skill:" + *skillID)
-        : promptID             ? QString(u"prompt:" + *promptID)
-                               : QString();
+    const QString id = skillID    ? QString(u"skill:" + *skillID)
+                       : promptID ? QString(u"prompt:" + *promptID)
+                                  : QString();
     {
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
         m_list->selectResult(id);
@@ -210,14 +220,19 @@ void PickerSearchPage::publishSelection()
     const PickerResult *selected = m_list->selectedResult();
     if (selected) {
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
-        m_appState.setSelectedPromptID(selected->prompt() ? std::optional(selected->prompt()->id) : std::nullopt);
-        m_appState.setSelectedSkillID(selected->skill() ? std::optional(selected->skill()->id) : std::nullopt);
+        m_appState.setSelectedPromptID(selected->prompt() ? std::optional(selected->prompt()->id)
+                                                          : std::nullopt);
+        m_appState.setSelectedSkillID(selected->skill() ? std::optional(selected->skill()->id)
+                                                        : std::nullopt);
     }
     m_result->clearHint();
     refreshActions();
 }
 
-void PickerSearchPage::refreshActions() { m_list->describeActions(m_appState.targetStatus(), m_appState.isInserting()); }
+void PickerSearchPage::refreshActions()
+{
+    m_list->describeActions(m_appState.targetStatus(), m_appState.isInserting());
+}
 
 void PickerSearchPage::showListOrEmptyState()
 {
@@ -228,9 +243,10 @@ void PickerSearchPage::showListOrEmptyState()
         return;
     }
     if (m_appState.query().trimmed().isEmpty())
-        m_empty->describe(QStringLiteral("square.grid.2x2"), {},
-                          u"Your synced library will appear here. When you're ready, click into any text field and press "
-                              + m_appState.hotkeyLabel() + u".");
+        m_empty->describe(
+            QStringLiteral("square.grid.2x2"), {},
+            u"Your synced library will appear here. When you're ready, click into any text field and press " +
+                m_appState.hotkeyLabel() + u".");
     else
         m_empty->describe(QStringLiteral("magnifyingglass"), QStringLiteral("No prompts or skills found"),
                           QStringLiteral("Try another search, or create a new prompt or skill."));
@@ -250,9 +266,15 @@ void PickerSearchPage::setFormShown(bool showsForm)
     showListOrEmptyState();
 }
 
-bool PickerSearchPage::isFormShown() const { return m_stack->currentWidget() == m_form; }
+bool PickerSearchPage::isFormShown() const
+{
+    return m_stack->currentWidget() == m_form;
+}
 
-void PickerSearchPage::focusSearch() { m_search->setFocus(); }
+void PickerSearchPage::focusSearch()
+{
+    m_search->setFocus();
+}
 
 bool PickerSearchPage::eventFilter(QObject *watched, QEvent *event)
 {

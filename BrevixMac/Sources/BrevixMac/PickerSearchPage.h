@@ -15,8 +15,8 @@ class QStackedWidget;
 class ResultLine;
 class TextField;
 
-/// The quick search screen: header, notices, search field, and under it the list, an empty state or the short variable
-/// form. Keys typed into the search field also move the selection and act on it. Main thread only.
+/// The quick search screen: header, notices, search field, and under it the list, an empty state or the short
+/// variable form. Keys typed into the search field also move the selection and act on it. Main thread only.
 class PickerSearchPage final : public QWidget
 {
     Q_OBJECT

@@ -18,7 +18,7 @@ namespace {
 constexpr int padding = 12;
 constexpr int lineHeightPercent = 122;
 constexpr int leastHeight = 64;
-constexpr qreal markInset = 3;
+constexpr qreal markInset = 2;
 constexpr qreal markRadius = 5;
 constexpr qreal emptyMarkWidth = 3;
 
@@ -35,9 +35,10 @@ std::optional<std::pair<qsizetype, QString>> nextPlaceholder(const QString &text
     return found;
 }
 
-}
+} // namespace
 
-PreviewText::PreviewText(QWidget *parent) : QTextEdit(parent)
+PreviewText::PreviewText(QWidget *parent)
+    : QTextEdit(parent)
 {
     setReadOnly(true);
     setAcceptRichText(false);
@@ -158,13 +159,16 @@ void PreviewText::paintMark(QPainter &painter, const Span &span) const
         for (int number = 0; number < block.layout()->lineCount(); ++number) {
             const QTextLine line = block.layout()->lineAt(number);
             const int lineEnd = line.textStart() + line.textLength();
-            if (to < line.textStart() || from > lineEnd || (from == lineEnd && number + 1 < block.layout()->lineCount()))
+            if (to < line.textStart() || from > lineEnd ||
+                (from == lineEnd && number + 1 < block.layout()->lineCount()))
                 continue;
             const qreal left = line.cursorToX(std::max(from, line.textStart()));
             const qreal right = line.cursorToX(std::min(to, lineEnd));
             const qreal width = std::max(std::abs(right - left), span.length > 0 ? 0 : emptyMarkWidth);
-            const QRectF mark(std::min(left, right) - inset, line.y(), width + 2 * inset, line.ascent() + line.descent());
-            ThemePainting::fillRounded(painter, mark.translated(origin), span.length > 0 ? markRadius : 1.5, soft);
+            const QRectF mark(std::min(left, right) - inset, line.y(), width + 2 * inset,
+                              line.ascent() + line.descent());
+            ThemePainting::fillRounded(painter, mark.translated(origin), span.length > 0 ? markRadius : 1.5,
+                                       soft);
         }
     }
 }

@@ -5,8 +5,8 @@
 
 #include <QTextEdit>
 
-/// A read-only, selectable preview of a rendered prompt with its filled-in values marked. Its text is exactly what will
-/// be inserted; the marks are drawn, never part of it.
+/// A read-only, selectable preview of a rendered prompt with its filled-in values marked. Its text is exactly
+/// what will be inserted; the marks are drawn, never part of it.
 class PreviewText final : public QTextEdit
 {
     Q_OBJECT
@@ -25,8 +25,8 @@ public:
 
     void setPrompt(const PromptItem &prompt, const VariableValues &values);
 
-    /// The places of the values in @p rendered; none when values themselves hold placeholders, because then a place
-    /// has no single origin.
+    /// The places of the values in @p rendered; none when values themselves hold placeholders, because then a
+    /// place has no single origin.
     static QList<Span> valueSpans(const QString &text, const VariableValues &values, const QString &rendered);
 
     QSize sizeHint() const override;

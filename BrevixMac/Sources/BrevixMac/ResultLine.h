@@ -7,8 +7,9 @@ class AppState;
 class StatusCard;
 class ThemedButton;
 
-/// The outcome of the last action, with the offer to copy instead after a failed insertion; a progress line while an
-/// insertion runs; or a hint about a key that could not do its work. Takes no room when there is nothing to say.
+/// The outcome of the last action, with the offer to copy instead after a failed insertion; a progress line
+/// while an insertion runs; or a hint about a key that could not do its work. Takes no room when there is
+/// nothing to say.
 class ResultLine final : public QWidget
 {
     Q_OBJECT

@@ -7,6 +7,9 @@
 namespace ScreenTexts {
 
 /// The tip of a control whose screen does not exist yet.
-inline QString notAvailableYet() { return QStringLiteral("Not available in this version yet."); }
-
+inline QString notAvailableYet()
+{
+    return QStringLiteral("Not available in this version yet.");
 }
+
+} // namespace ScreenTexts

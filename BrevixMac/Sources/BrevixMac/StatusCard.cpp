@@ -18,7 +18,7 @@ constexpr int symbolGap = 9;
 constexpr std::chrono::milliseconds frameInterval{40};
 constexpr qreal turnsPerFrame = 0.045;
 
-}
+} // namespace
 
 StatusCard::StatusCard(QWidget *parent)
     : QFrame(parent)
@@ -33,7 +33,6 @@ StatusCard::StatusCard(QWidget *parent)
     texts->addWidget(m_detail);
     texts->addStretch();
     m_row->addLayout(texts, 1);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     connect(&Theme::shared(), &Theme::changed, this, &StatusCard::onThemeChanged);
     onThemeChanged();
 }
@@ -62,11 +61,20 @@ void StatusCard::describe(Tint tint, const QString &symbol, const QString &title
     update();
 }
 
-void StatusCard::addButton(QWidget *button) { m_row->addWidget(button, 0, Qt::AlignVCenter); }
+void StatusCard::addButton(QWidget *button)
+{
+    m_row->addWidget(button, 0, Qt::AlignVCenter);
+}
 
-QString StatusCard::title() const { return m_title->text(); }
+QString StatusCard::title() const
+{
+    return m_title->text();
+}
 
-QString StatusCard::detail() const { return m_detail->text(); }
+QString StatusCard::detail() const
+{
+    return m_detail->text();
+}
 
 void StatusCard::setBusy(bool busy)
 {
@@ -88,10 +96,14 @@ void StatusCard::timerEvent(QTimerEvent *)
 Theme::Color StatusCard::ink() const
 {
     switch (m_tint) {
-    case Tint::success: return Theme::Color::success;
-    case Tint::warning: return Theme::Color::warning;
-    case Tint::danger: return Theme::Color::danger;
-    case Tint::neutral: break;
+    case Tint::success:
+        return Theme::Color::success;
+    case Tint::warning:
+        return Theme::Color::warning;
+    case Tint::danger:
+        return Theme::Color::danger;
+    case Tint::neutral:
+        break;
     }
     return Theme::Color::secondary;
 }
@@ -99,10 +111,14 @@ Theme::Color StatusCard::ink() const
 Theme::Color StatusCard::background() const
 {
     switch (m_tint) {
-    case Tint::success: return Theme::Color::successSoft;
-    case Tint::warning: return Theme::Color::warningSoft;
-    case Tint::danger: return Theme::Color::dangerSoft;
-    case Tint::neutral: break;
+    case Tint::success:
+        return Theme::Color::successSoft;
+    case Tint::warning:
+        return Theme::Color::warningSoft;
+    case Tint::danger:
+        return Theme::Color::dangerSoft;
+    case Tint::neutral:
+        break;
     }
     return Theme::Color::sunken;
 }
@@ -111,7 +127,8 @@ void StatusCard::paintEvent(QPaintEvent *)
 {
     const Theme &theme = Theme::shared();
     QPainter painter(this);
-    ThemePainting::fillRounded(painter, rect(), std::min<qreal>(theme.scaled(Theme::cardRadius), height() / 2.0),
+    ThemePainting::fillRounded(painter, rect(),
+                               std::min<qreal>(theme.scaled(Theme::cardRadius), height() / 2.0),
                                theme.color(background()));
     const int size = theme.scaled(Theme::symbolSize);
     // Level with the first line of text.

@@ -8,7 +8,8 @@
 class QHBoxLayout;
 class TextLabel;
 
-/// A rounded card with a symbol, a title or a detail or both, and room for buttons at its right end. Long texts wrap.
+/// A rounded card with a symbol, a title or a detail or both, and room for buttons at its right end. Long
+/// texts wrap.
 class StatusCard final : public QFrame
 {
     Q_OBJECT

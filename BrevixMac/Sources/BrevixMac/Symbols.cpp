@@ -9,7 +9,10 @@
 #include <cmath>
 
 // Resources of a static library have to be asked for by name, and outside any namespace.
-static void initializeSymbolResources() { Q_INIT_RESOURCE(Symbols); }
+static void initializeSymbolResources()
+{
+    Q_INIT_RESOURCE(Symbols);
+}
 
 namespace {
 
@@ -31,9 +34,12 @@ QPixmap render(const QString &path, const QColor &color, int pixels)
     return pixmap;
 }
 
-}
+} // namespace
 
-bool Symbols::exists(const QString &name) { return QFile::exists(resourcePath(name)); }
+bool Symbols::exists(const QString &name)
+{
+    return QFile::exists(resourcePath(name));
+}
 
 QPixmap Symbols::pixmap(const QString &name, const QColor &color, int size, qreal devicePixelRatio)
 {
@@ -53,7 +59,9 @@ QPixmap Symbols::pixmap(const QString &name, const QColor &color, int size, qrea
 
 void Symbols::paint(QPainter &painter, const QString &name, const QColor &color, const QRectF &area, int size)
 {
-    const QPixmap drawing = pixmap(name, color, size, painter.device()->devicePixelRatioF());
-    const QPointF topLeft(std::round(area.center().x() - size / 2.0), std::round(area.center().y() - size / 2.0));
+    // The transformation also knows the ratio of an image that a widget is rendered into.
+    const QPixmap drawing = pixmap(name, color, size, painter.deviceTransform().m11());
+    const QPointF topLeft(std::round(area.center().x() - size / 2.0),
+                          std::round(area.center().y() - size / 2.0));
     painter.drawPixmap(topLeft, drawing);
 }

@@ -8,8 +8,8 @@
 
 class QPainter;
 
-/// The line drawings of this product by their symbol names, tinted. Main thread only; drawings are cached per colour,
-/// size and pixel ratio.
+/// The line drawings of this product by their symbol names, tinted. Main thread only; drawings are cached per
+/// colour, size and pixel ratio.
 namespace Symbols {
 
 bool exists(const QString &name);
@@ -20,4 +20,4 @@ QPixmap pixmap(const QString &name, const QColor &color, int size, qreal deviceP
 /// Draws into the square of @p size logical pixels centred in @p area, sharp on the painter's device.
 void paint(QPainter &painter, const QString &name, const QColor &color, const QRectF &area, int size);
 
-}
+} // namespace Symbols

@@ -30,7 +30,7 @@ QVariant unwrapped(QVariant value)
     return value;
 }
 
-}
+} // namespace
 
 void SystemAppearance::start()
 {
@@ -47,11 +47,11 @@ void SystemAppearance::start()
 
 void SystemAppearance::read(const QString &settingNamespace, const QString &key)
 {
-    QDBusMessage call
-        = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, QStringLiteral("Read"));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, QStringLiteral("Read"));
     call << settingNamespace << key;
-    auto *watcher
-        = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, portalTimeout), this);
+    auto *watcher =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, portalTimeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, settingNamespace, key] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         if (reply.isValid())
@@ -71,9 +71,9 @@ void SystemAppearance::take(const QString &settingNamespace, const QString &key,
     const QVariant value = unwrapped(wrapped);
     if (settingNamespace == appearance && key == colorScheme) {
         const uint scheme = value.toUInt();
-        m_prefersDark = scheme == preferDark ? std::optional(true)
-            : scheme == preferLight          ? std::optional(false)
-                                             : std::nullopt;
+        m_prefersDark = scheme == preferDark    ? std::optional(true)
+                        : scheme == preferLight ? std::optional(false)
+                                                : std::nullopt;
     } else if (settingNamespace == gnomeInterface && key == enableAnimations) {
         m_reducedMotion = !value.toBool();
     } else if (settingNamespace == kdeAnimations && key == animationFactor) {

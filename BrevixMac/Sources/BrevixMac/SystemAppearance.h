@@ -7,8 +7,8 @@
 
 #include <optional>
 
-/// What the desktop's settings portal says about light or dark and about motion. Main thread only, asynchronous.
-/// Without a session bus or a portal both stay unknown.
+/// What the desktop's settings portal says about light or dark and about motion. Main thread only,
+/// asynchronous. Without a session bus or a portal both stay unknown.
 class SystemAppearance final : public QObject
 {
     Q_OBJECT

@@ -14,9 +14,10 @@ constexpr int symbolPadding = 16;
 constexpr int symbolGap = 10;
 constexpr int styleInset = 2; // what the line edit itself leaves free beside its text margins
 
-}
+} // namespace
 
-TextField::TextField(QWidget *parent) : QLineEdit(parent)
+TextField::TextField(QWidget *parent)
+    : QLineEdit(parent)
 {
     setFrame(false);
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -51,8 +52,8 @@ void TextField::onThemeChanged()
     setPalette(colors);
     const int leading = m_symbol.isEmpty() ? theme.scaled(padding)
                                            : theme.scaled(symbolPadding + Theme::symbolSize + symbolGap);
-    setTextMargins(Theme::haloWidth + leading - styleInset, 0, Theme::haloWidth + theme.scaled(padding) - styleInset,
-                   0);
+    setTextMargins(Theme::haloWidth + leading - styleInset, 0,
+                   Theme::haloWidth + theme.scaled(padding) - styleInset, 0);
     updateGeometry();
     update();
 }
@@ -64,7 +65,10 @@ QSize TextField::sizeHint() const
     return {theme.scaled(200), height + 2 * Theme::haloWidth};
 }
 
-QSize TextField::minimumSizeHint() const { return {80, sizeHint().height()}; }
+QSize TextField::minimumSizeHint() const
+{
+    return {80, sizeHint().height()};
+}
 
 bool TextField::event(QEvent *event)
 {
@@ -86,8 +90,9 @@ void TextField::paintEvent(QPaintEvent *event)
         if (!m_symbol.isEmpty()) {
             const int size = theme.scaled(Theme::symbolSize);
             const QRectF area(frame.left() + theme.scaled(symbolPadding), frame.top(), size, frame.height());
-            Symbols::paint(painter, m_symbol, theme.color(hasFocus() ? Theme::Color::text : Theme::Color::secondary),
-                           area, size);
+            Symbols::paint(painter, m_symbol,
+                           theme.color(hasFocus() ? Theme::Color::text : Theme::Color::secondary), area,
+                           size);
         }
         if (hasFocus())
             ThemePainting::focusRing(painter, frame, radius);

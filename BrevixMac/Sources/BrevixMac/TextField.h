@@ -3,8 +3,8 @@
 
 #include <QLineEdit>
 
-/// A one-line text field drawn with the theme: sunken, with an optional symbol at its start, and the focus ring. Has no
-/// context menu, because the panel it lives in cannot have popups on every desktop.
+/// A one-line text field drawn with the theme: sunken, with an optional symbol at its start, and the focus
+/// ring. Has no context menu, because the panel it lives in cannot have popups on every desktop.
 class TextField final : public QLineEdit
 {
     Q_OBJECT

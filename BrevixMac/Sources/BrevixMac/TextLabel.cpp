@@ -40,13 +40,13 @@ QSize TextLabel::sizeHint() const
     if (m_overflow == Overflow::wrap)
         return QLabel::sizeHint();
     const QMargins margins = contentsMargins();
-    return {fontMetrics().horizontalAdvance(text()) + 1 + margins.left() + margins.right(), fontMetrics().height()};
+    return {fontMetrics().horizontalAdvance(text()) + 1 + margins.left() + margins.right(),
+            fontMetrics().height()};
 }
 
 QSize TextLabel::minimumSizeHint() const
 {
-    if (m_overflow == Overflow::wrap)
-        return QLabel::minimumSizeHint();
+    // A wrapped label's height comes from the width it gets; its own guess would be many short lines.
     return {std::min(sizeHint().width(), fontMetrics().averageCharWidth() * 4), fontMetrics().height()};
 }
 

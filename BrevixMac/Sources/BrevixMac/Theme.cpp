@@ -32,25 +32,44 @@ constexpr QRgb withAlpha(QRgb color, qreal opacity)
 constexpr ColorPair pair(Theme::Color token)
 {
     switch (token) {
-    case Theme::Color::surface: return {0xfffbfbfd, 0xff1c1c22};
-    case Theme::Color::raised: return {0xffffffff, 0xff26262e};
-    case Theme::Color::sunken: return {0xfff1f1f5, 0xff15151a};
-    case Theme::Color::line: return {withAlpha(0x17171c, 0.09), withAlpha(0xffffff, 0.09)};
-    case Theme::Color::hover: return {withAlpha(0x17171c, 0.045), withAlpha(0xffffff, 0.055)};
-    case Theme::Color::text: return {0xff17171c, 0xfff3f3f7};
-    case Theme::Color::secondary: return {0xff5f5f6b, 0xffb3b3c0};
-    case Theme::Color::tertiary: return {0xff70707c, 0xff8e8e9a};
-    case Theme::Color::accent: return {0xff7c4df0, 0xff9b78ff};
-    case Theme::Color::accentHover: return {0xff6f3fe6, 0xffaa8cff};
-    case Theme::Color::accentPressed: return {0xff6234d6, 0xff8b66f2};
-    case Theme::Color::onAccent: return {0xffffffff, 0xff16121f};
-    case Theme::Color::accentSoft: return {withAlpha(0x7c4df0, 0.11), withAlpha(0x9b78ff, 0.18)};
-    case Theme::Color::success: return {0xff12875a, 0xff4cc98f};
-    case Theme::Color::successSoft: return {withAlpha(0x12875a, 0.11), withAlpha(0x4cc98f, 0.14)};
-    case Theme::Color::warning: return {0xffb45f06, 0xfff0a243};
-    case Theme::Color::warningSoft: return {withAlpha(0xb45f06, 0.10), withAlpha(0xf0a243, 0.13)};
-    case Theme::Color::danger: return {0xffc8322b, 0xffff7a70};
-    case Theme::Color::dangerSoft: return {withAlpha(0xc8322b, 0.10), withAlpha(0xff7a70, 0.14)};
+    case Theme::Color::surface:
+        return {0xfffbfbfd, 0xff1c1c22};
+    case Theme::Color::raised:
+        return {0xffffffff, 0xff26262e};
+    case Theme::Color::sunken:
+        return {0xfff1f1f5, 0xff15151a};
+    case Theme::Color::line:
+        return {withAlpha(0x17171c, 0.09), withAlpha(0xffffff, 0.09)};
+    case Theme::Color::hover:
+        return {withAlpha(0x17171c, 0.045), withAlpha(0xffffff, 0.055)};
+    case Theme::Color::text:
+        return {0xff17171c, 0xfff3f3f7};
+    case Theme::Color::secondary:
+        return {0xff5f5f6b, 0xffb3b3c0};
+    case Theme::Color::tertiary:
+        return {0xff6b6b77, 0xff8e8e9a};
+    case Theme::Color::accent:
+        return {0xff7c4df0, 0xff9b78ff};
+    case Theme::Color::accentHover:
+        return {0xff6f3fe6, 0xffaa8cff};
+    case Theme::Color::accentPressed:
+        return {0xff6234d6, 0xff8b66f2};
+    case Theme::Color::onAccent:
+        return {0xffffffff, 0xff16121f};
+    case Theme::Color::accentSoft:
+        return {withAlpha(0x7c4df0, 0.11), withAlpha(0x9b78ff, 0.18)};
+    case Theme::Color::success:
+        return {0xff12875a, 0xff4cc98f};
+    case Theme::Color::successSoft:
+        return {withAlpha(0x12875a, 0.11), withAlpha(0x4cc98f, 0.14)};
+    case Theme::Color::warning:
+        return {0xffb45f06, 0xfff0a243};
+    case Theme::Color::warningSoft:
+        return {withAlpha(0xb45f06, 0.10), withAlpha(0xf0a243, 0.13)};
+    case Theme::Color::danger:
+        return {0xffc8322b, 0xffff7a70};
+    case Theme::Color::dangerSoft:
+        return {withAlpha(0xc8322b, 0.10), withAlpha(0xff7a70, 0.14)};
     }
     return {};
 }
@@ -64,16 +83,26 @@ struct TypeSpec
 constexpr TypeSpec spec(Theme::Type type)
 {
     switch (type) {
-    case Theme::Type::screenTitle: return {17, QFont::Bold};
-    case Theme::Type::rowTitle: return {14, QFont::DemiBold};
-    case Theme::Type::body: return {14, QFont::Normal};
-    case Theme::Type::cardTitle: return {13, QFont::DemiBold};
-    case Theme::Type::preview: return {12.5, QFont::Normal};
-    case Theme::Type::caption: return {12, QFont::Normal};
-    case Theme::Type::sectionTitle: return {12, QFont::DemiBold};
-    case Theme::Type::count: return {11.5, QFont::Normal};
-    case Theme::Type::button: return {12.5, QFont::DemiBold};
-    case Theme::Type::chip: return {10.5, QFont::DemiBold};
+    case Theme::Type::screenTitle:
+        return {17, QFont::Bold};
+    case Theme::Type::rowTitle:
+        return {14, QFont::DemiBold};
+    case Theme::Type::body:
+        return {14, QFont::Normal};
+    case Theme::Type::cardTitle:
+        return {13, QFont::DemiBold};
+    case Theme::Type::preview:
+        return {12.5, QFont::Normal};
+    case Theme::Type::caption:
+        return {12, QFont::Normal};
+    case Theme::Type::sectionTitle:
+        return {12, QFont::DemiBold};
+    case Theme::Type::count:
+        return {11.5, QFont::Normal};
+    case Theme::Type::button:
+        return {12.5, QFont::DemiBold};
+    case Theme::Type::chip:
+        return {10.5, QFont::DemiBold};
     }
     return {14, QFont::Normal};
 }
@@ -81,9 +110,11 @@ constexpr TypeSpec spec(Theme::Type type)
 constexpr qreal normalFontPixels = 14;
 constexpr qreal largestFontScale = 2.5;
 
-}
+} // namespace
 
-Theme::Theme(QObject *parent) : QObject(parent), m_appearance(new SystemAppearance(this))
+Theme::Theme(QObject *parent)
+    : QObject(parent)
+    , m_appearance(new SystemAppearance(this))
 {
     connect(m_appearance, &SystemAppearance::changed, this, &Theme::update);
     qApp->installEventFilter(this);
@@ -115,9 +146,15 @@ QFont Theme::font(Type type) const
     return font;
 }
 
-int Theme::scaled(qreal designPixels) const { return static_cast<int>(std::lround(designPixels * m_fontScale)); }
+int Theme::scaled(qreal designPixels) const
+{
+    return static_cast<int>(std::lround(designPixels * m_fontScale));
+}
 
-bool Theme::reducedMotion() const { return m_appearance->reducedMotion(); }
+bool Theme::reducedMotion() const
+{
+    return m_appearance->reducedMotion();
+}
 
 void Theme::forceScheme(std::optional<Scheme> scheme)
 {
@@ -131,12 +168,15 @@ void Theme::forceFontScale(std::optional<qreal> scale)
     update();
 }
 
-void Theme::followDesktop() { m_appearance->start(); }
+void Theme::followDesktop()
+{
+    m_appearance->start();
+}
 
 bool Theme::eventFilter(QObject *watched, QEvent *event)
 {
-    const bool isApplicationChange
-        = event->type() == QEvent::ApplicationPaletteChange || event->type() == QEvent::ApplicationFontChange;
+    const bool isApplicationChange =
+        event->type() == QEvent::ApplicationPaletteChange || event->type() == QEvent::ApplicationFontChange;
     if (isApplicationChange && watched == qApp)
         update();
     return false;
@@ -161,11 +201,13 @@ Theme::Scheme Theme::desktopScheme() const
     if (const auto prefersDark = m_appearance->prefersDark())
         return *prefersDark ? Scheme::dark : Scheme::light;
     const QPalette palette = QApplication::palette();
-    const bool isDark = palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+    const bool isDark =
+        palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
     return isDark ? Scheme::dark : Scheme::light;
 }
 
 qreal Theme::desktopFontScale()
 {
-    return std::clamp(QFontInfo(QApplication::font()).pixelSize() / normalFontPixels, qreal(1), largestFontScale);
+    return std::clamp(QFontInfo(QApplication::font()).pixelSize() / normalFontPixels, qreal(1),
+                      largestFontScale);
 }

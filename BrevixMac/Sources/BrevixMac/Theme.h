@@ -9,9 +9,9 @@
 
 class SystemAppearance;
 
-/// The semantic tokens every screen draws with: colours, type, sizes and motion, in a light and a dark scheme. Follows
-/// the desktop's scheme, interface font and motion setting while the program runs. Main thread only; lives as long as
-/// the application object.
+/// The semantic tokens every screen draws with: colours, type, sizes and motion, in a light and a dark
+/// scheme. Follows the desktop's scheme, interface font and motion setting while the program runs. Main
+/// thread only; lives as long as the application object.
 class Theme final : public QObject
 {
     Q_OBJECT
@@ -20,15 +20,15 @@ public:
     enum class Scheme { light, dark };
 
     enum class Color {
-        surface,    ///< the panel
-        raised,     ///< cards and in-panel menus
-        sunken,     ///< fields, quiet buttons, tags
-        line,       ///< hairlines and borders
-        hover,      ///< a row or plain button under the pointer
+        surface, ///< the panel
+        raised,  ///< cards and in-panel menus
+        sunken,  ///< fields, quiet buttons, tags
+        line,    ///< hairlines and borders
+        hover,   ///< a row or plain button under the pointer
         text,
-        secondary,  ///< previews, captions
-        tertiary,   ///< counts, placeholders
-        accent,     ///< the one primary action, focus, selection
+        secondary, ///< previews, captions
+        tertiary,  ///< counts, placeholders
+        accent,    ///< the one primary action, focus, selection
         accentHover,
         accentPressed,
         onAccent,
@@ -41,7 +41,18 @@ public:
         dangerSoft,
     };
 
-    enum class Type { screenTitle, rowTitle, body, cardTitle, preview, caption, sectionTitle, count, button, chip };
+    enum class Type {
+        screenTitle,
+        rowTitle,
+        body,
+        cardTitle,
+        preview,
+        caption,
+        sectionTitle,
+        count,
+        button,
+        chip
+    };
 
     // Design sizes in logical pixels at the normal font size.
     static constexpr int panelWidth = 520;

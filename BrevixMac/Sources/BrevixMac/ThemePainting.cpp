@@ -39,6 +39,13 @@ void ThemePainting::focusRing(QPainter &painter, const QRectF &frame, qreal radi
     strokeRounded(painter, frame, radius, theme.color(Theme::Color::accent), Theme::focusBorder);
 }
 
+void ThemePainting::focusRingAround(QPainter &painter, const QRectF &frame, qreal radius)
+{
+    constexpr qreal halo = Theme::haloWidth;
+    strokeRounded(painter, frame.adjusted(-halo, -halo, halo, halo), radius + halo,
+                  Theme::shared().color(Theme::Color::accent), Theme::focusBorder);
+}
+
 void ThemePainting::progressRing(QPainter &painter, const QRectF &area, const QColor &color, qreal phase)
 {
     constexpr int fullTurn = 360 * 16;

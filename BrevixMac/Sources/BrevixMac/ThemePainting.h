@@ -8,8 +8,8 @@
 class QPainter;
 class QWidget;
 
-/// Shapes that several controls share. A control that can have the focus draws its frame haloWidth inside its widget
-/// rectangle, so that the halo has room and nothing moves when the focus comes.
+/// Shapes that several controls share. A control that can have the focus draws its frame haloWidth inside its
+/// widget rectangle, so that the halo has room and nothing moves when the focus comes.
 namespace ThemePainting {
 
 /// The part of @p widget that looks like the control.
@@ -18,12 +18,16 @@ QRectF controlFrame(const QWidget &widget);
 void fillRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &fill);
 
 /// A one pixel border inside @p frame.
-void strokeRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &color, qreal width = 1);
+void strokeRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &color,
+                   qreal width = 1);
 
 /// The accent border and the halo around it.
 void focusRing(QPainter &painter, const QRectF &frame, qreal radius);
 
+/// The same for a control that is filled with the accent itself: a ring with a gap around it.
+void focusRingAround(QPainter &painter, const QRectF &frame, qreal radius);
+
 /// An arc of a turning progress ring; @p phase counts turns.
 void progressRing(QPainter &painter, const QRectF &area, const QColor &color, qreal phase);
 
-}
+} // namespace ThemePainting

@@ -16,9 +16,11 @@ constexpr qreal disabledOpacity = 0.42;
 constexpr std::chrono::milliseconds frameInterval{40};
 constexpr qreal millisecondsPerTurn = 900;
 
-}
+} // namespace
 
-ThemedButton::ThemedButton(Kind kind, const QString &text, QWidget *parent) : QPushButton(parent), m_kind(kind)
+ThemedButton::ThemedButton(Kind kind, const QString &text, QWidget *parent)
+    : QPushButton(parent)
+    , m_kind(kind)
 {
     setLabel(text);
     setFocusPolicy(Qt::TabFocus);
@@ -89,6 +91,12 @@ void ThemedButton::setDesignHeight(int height)
     updateGeometry();
 }
 
+void ThemedButton::setLeading(bool isLeading)
+{
+    m_isLeading = isLeading;
+    update();
+}
+
 void ThemedButton::setInk(Theme::Color ink)
 {
     m_ink = ink;
@@ -123,13 +131,16 @@ QSize ThemedButton::sizeFor(Face face) const
     if (face == Face::full) {
         const int padding = theme.scaled(m_kind == Kind::plain ? plainPadding : textPadding);
         const int symbols = (hasLeadingSymbol() ? 1 : 0) + (m_trailingSymbol.isEmpty() ? 0 : 1);
-        width = 2 * padding + fontMetrics().horizontalAdvance(text())
-            + symbols * (symbolSize() + theme.scaled(symbolGap));
+        width = 2 * padding + fontMetrics().horizontalAdvance(text()) +
+                symbols * (symbolSize() + theme.scaled(symbolGap));
     }
     return {width + 2 * Theme::haloWidth, height + 2 * Theme::haloWidth};
 }
 
-QSize ThemedButton::minimumSizeHint() const { return sizeFor(Face::symbolOnly); }
+QSize ThemedButton::minimumSizeHint() const
+{
+    return sizeFor(Face::symbolOnly);
+}
 
 bool ThemedButton::event(QEvent *event)
 {
@@ -143,7 +154,8 @@ bool ThemedButton::event(QEvent *event)
 
 void ThemedButton::keyPressEvent(QKeyEvent *event)
 {
-    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && event->modifiers() == Qt::NoModifier)
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+        event->modifiers() == Qt::NoModifier)
         click();
     else
         QPushButton::keyPressEvent(event);
@@ -155,11 +167,13 @@ QColor ThemedButton::background() const
     const bool isHovered = underMouse() && isEnabled();
     switch (m_kind) {
     case Kind::primary:
-        return theme.color(isDown()     ? Theme::Color::accentPressed
-                               : isHovered ? Theme::Color::accentHover
-                                           : Theme::Color::accent);
-    case Kind::quiet: return theme.color(Theme::Color::sunken);
-    case Kind::plain: return isHovered ? theme.color(Theme::Color::hover) : QColor(Qt::transparent);
+        return theme.color(isDown()    ? Theme::Color::accentPressed
+                           : isHovered ? Theme::Color::accentHover
+                                       : Theme::Color::accent);
+    case Kind::quiet:
+        return theme.color(Theme::Color::sunken);
+    case Kind::plain:
+        return isHovered ? theme.color(Theme::Color::hover) : QColor(Qt::transparent);
     }
     return Qt::transparent;
 }
@@ -170,9 +184,12 @@ QColor ThemedButton::ink() const
     if (m_ink)
         return theme.color(*m_ink);
     switch (m_kind) {
-    case Kind::primary: return theme.color(Theme::Color::onAccent);
-    case Kind::quiet: return theme.color(Theme::Color::text);
-    case Kind::plain: return theme.color(underMouse() && isEnabled() ? Theme::Color::text : Theme::Color::secondary);
+    case Kind::primary:
+        return theme.color(Theme::Color::onAccent);
+    case Kind::quiet:
+        return theme.color(Theme::Color::text);
+    case Kind::plain:
+        return theme.color(underMouse() && isEnabled() ? Theme::Color::text : Theme::Color::secondary);
     }
     return theme.color(Theme::Color::text);
 }
@@ -188,7 +205,9 @@ void ThemedButton::paintEvent(QPaintEvent *)
     if (m_kind == Kind::quiet && underMouse() && isEnabled())
         ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::hover));
     paintContent(painter, frame, ink());
-    if (hasFocus())
+    if (hasFocus() && m_kind == Kind::primary)
+        ThemePainting::focusRingAround(painter, frame, radius);
+    else if (hasFocus())
         ThemePainting::focusRing(painter, frame, radius);
 }
 
@@ -214,10 +233,10 @@ void ThemedButton::paintContent(QPainter &painter, const QRectF &frame, const QC
     const qreal padding = theme.scaled(m_kind == Kind::plain ? plainPadding : textPadding);
     const int room = static_cast<int>(frame.width() - 2 * padding - fixed);
     const QString shown = fontMetrics().horizontalAdvance(text()) <= room
-        ? text()
-        : fontMetrics().elidedText(text(), Qt::ElideRight, room);
+                              ? text()
+                              : fontMetrics().elidedText(text(), Qt::ElideRight, room);
     const qreal textWidth = fontMetrics().horizontalAdvance(shown);
-    qreal x = frame.center().x() - (textWidth + fixed) / 2;
+    qreal x = m_isLeading ? frame.left() + padding : frame.center().x() - (textWidth + fixed) / 2;
     if (hasLeadingSymbol()) {
         paintSymbol(m_symbol, QRectF(x, frame.top(), size, frame.height()));
         x += size + gap;

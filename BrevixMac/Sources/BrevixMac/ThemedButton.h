@@ -7,8 +7,8 @@
 #include <QPushButton>
 #include <QTimer>
 
-/// A push button drawn with the theme. Takes the focus from the keyboard only, so that a click leaves the focus in the
-/// search field. Its text is always its accessible name, also where only the symbol is shown.
+/// A push button drawn with the theme. Takes the focus from the keyboard only, so that a click leaves the
+/// focus in the search field. Its text is always its accessible name, also where only the symbol is shown.
 class ThemedButton final : public QPushButton
 {
     Q_OBJECT
@@ -39,6 +39,9 @@ public:
 
     void setLabel(const QString &text);
 
+    /// Starts its content at the left edge, as the entries of a menu do, in place of the middle.
+    void setLeading(bool isLeading);
+
     /// Ink of text and symbol in place of the kind's own.
     void setInk(Theme::Color ink);
 
@@ -68,6 +71,7 @@ private:
     std::optional<Theme::Color> m_ink;
     int m_designHeight = 30;
     bool m_isBusy = false;
+    bool m_isLeading = false;
     QTimer m_turning;
     QElapsedTimer m_turningSince;
 };

@@ -13,7 +13,8 @@ constexpr qreal thumbWidth = 5;
 
 }
 
-ThinScrollBar::ThinScrollBar(QWidget *parent) : QScrollBar(Qt::Vertical, parent)
+ThinScrollBar::ThinScrollBar(QWidget *parent)
+    : QScrollBar(Qt::Vertical, parent)
 {
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::NoFocus);
@@ -26,7 +27,8 @@ void ThinScrollBar::paintEvent(QPaintEvent *)
         return;
     QStyleOptionSlider option;
     initStyleOption(&option);
-    const QRectF slider = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+    const QRectF slider =
+        style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
     QRectF thumb(0, slider.top() + 2, thumbWidth, slider.height() - 4);
     thumb.moveLeft(rect().center().x() - thumbWidth / 2);
     QColor ink = Theme::shared().color(Theme::Color::tertiary);

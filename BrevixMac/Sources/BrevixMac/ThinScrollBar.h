@@ -3,7 +3,8 @@
 
 #include <QScrollBar>
 
-/// A narrow scroll bar without a trough; invisible while there is nothing to scroll, so that its room never changes.
+/// A narrow scroll bar without a trough; invisible while there is nothing to scroll, so that its room never
+/// changes.
 class ThinScrollBar final : public QScrollBar
 {
     Q_OBJECT

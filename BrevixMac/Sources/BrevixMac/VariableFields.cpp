@@ -14,7 +14,7 @@ namespace {
 constexpr int labelGap = 3;
 constexpr int fieldGap = 6;
 
-}
+} // namespace
 
 VariableFields::VariableFields(AppState &appState, Placeholder placeholder, QWidget *parent)
     : QWidget(parent)
@@ -37,6 +37,8 @@ void VariableFields::setPrompt(const PromptItem &prompt)
     m_variables = PromptTemplateParser::variables(prompt.text);
     for (const VariableToken &variable : std::as_const(m_variables))
         addField(variable);
+    for (qsizetype index = 1; index < m_fields.size(); ++index)
+        setTabOrder(m_fields.at(index - 1), m_fields.at(index));
     showValues();
 }
 
@@ -45,7 +47,8 @@ void VariableFields::addField(const VariableToken &variable)
     auto *column = static_cast<QVBoxLayout *>(layout());
     if (!m_fields.isEmpty())
         column->addSpacing(fieldGap);
-    auto *label = new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
+    auto *label =
+        new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
     label->setText(variable.name);
     label->setContentsMargins(Theme::haloWidth, 0, 0, 0);
     auto *field = new TextField(this);
@@ -56,6 +59,9 @@ void VariableFields::addField(const VariableToken &variable)
     column->addWidget(label);
     column->addSpacing(labelGap);
     column->addWidget(field);
+    // The layout would show them only later, and what is not shown cannot have the focus.
+    label->show();
+    field->show();
     m_fields.append(field);
     connect(field, &QLineEdit::textEdited, this,
             [this, name = variable.name](const QString &value) { m_appState.setVariableValue(name, value); });

@@ -8,8 +8,8 @@
 class AppState;
 class TextField;
 
-/// One labelled text field per variable of a prompt, bound to AppState::variableValues(). Every form that fills
-/// variables is made of it.
+/// One labelled text field per variable of a prompt, bound to AppState::variableValues(). Every form that
+/// fills variables is made of it.
 class VariableFields final : public QWidget
 {
     Q_OBJECT

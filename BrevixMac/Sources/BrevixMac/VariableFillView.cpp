@@ -5,6 +5,7 @@
 #include "ContentScrollArea.h"
 #include "PreviewText.h"
 #include "ResultLine.h"
+#include "TextField.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
 #include "ThemedButton.h"
@@ -24,7 +25,9 @@ constexpr int footerHeight = 65;
 class PreviewBox final : public QWidget
 {
 public:
-    PreviewBox(QWidget *text, QWidget *parent) : QWidget(parent), m_text(text)
+    PreviewBox(QWidget *text, QWidget *parent)
+        : QWidget(parent)
+        , m_text(text)
     {
         auto *layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
@@ -69,12 +72,13 @@ protected:
     }
 };
 
-}
+} // namespace
 
 VariableFillView::VariableFillView(AppState &appState, QWidget *parent)
     : QWidget(parent)
     , m_appState(appState)
-    , m_promptTitle(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide, this))
+    , m_promptTitle(
+          new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide, this))
     , m_fields(new VariableFields(appState, VariableFields::Placeholder::valueForName))
     , m_preview(new PreviewText(this))
     , m_chevron(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Back"), this))
@@ -82,8 +86,8 @@ VariableFillView::VariableFillView(AppState &appState, QWidget *parent)
     , m_continue(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Continue"), this))
 {
     auto *scroll = new ContentScrollArea(m_fields, leastFieldsHeight, Theme::margin - halo, this);
-    auto *previewTitle
-        = new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
+    auto *previewTitle =
+        new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
     previewTitle->setText(QStringLiteral("Preview"));
 
     auto *body = new QVBoxLayout;
@@ -120,8 +124,8 @@ VariableFillView::VariableFillView(AppState &appState, QWidget *parent)
 QWidget *VariableFillView::makeHeader()
 {
     auto *header = new QWidget(this);
-    auto *title
-        = new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide, header);
+    auto *title =
+        new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide, header);
     title->setText(QStringLiteral("Fill Variables"));
     m_chevron->setFaceSymbol(QStringLiteral("chevron.left"));
     m_chevron->setFace(ThemedButton::Face::symbolOnly);
@@ -147,12 +151,12 @@ QWidget *VariableFillView::makeFooter()
     m_continue->setDesignHeight(34);
     m_continue->setTrailingSymbol(QStringLiteral("return"));
     auto *row = new QHBoxLayout(footer);
-    row->setContentsMargins(Theme::margin - halo, 1, Theme::margin - halo, 0);
+    row->setContentsMargins(Theme::margin - halo, 9, Theme::margin - halo, 10);
     row->setSpacing(10 - 2 * halo);
     row->addStretch(1);
     row->addWidget(m_back);
     row->addWidget(m_continue);
-    row->addStrut(footerHeight);
+    row->addStrut(footerHeight - 19);
     connect(m_back, &QPushButton::clicked, this, [this] { m_appState.cancelVariableAction(); });
     connect(m_continue, &QPushButton::clicked, this, &VariableFillView::confirm);
     return footer;
@@ -165,6 +169,10 @@ void VariableFillView::begin()
         return;
     m_promptTitle->setText(prompt->title.simplified());
     m_fields->setPrompt(*prompt);
+    setTabOrder(m_chevron, m_fields->fields().first());
+    setTabOrder(m_fields->fields().last(), m_preview);
+    setTabOrder(m_preview, m_back);
+    setTabOrder(m_back, m_continue);
     refreshPreview();
     refreshButtons();
     m_fields->focusFirst();

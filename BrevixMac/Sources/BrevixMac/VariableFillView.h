@@ -9,8 +9,8 @@ class TextLabel;
 class ThemedButton;
 class VariableFields;
 
-/// The form that fills a prompt's variables: a field for each, a live preview of the result, Back and Continue. Holds no
-/// value itself: all of them are in AppState. Continue is the default action.
+/// The form that fills a prompt's variables: a field for each, a live preview of the result, Back and
+/// Continue. Holds no value itself: all of them are in AppState. Continue is the default action.
 class VariableFillView final : public QWidget
 {
     Q_OBJECT

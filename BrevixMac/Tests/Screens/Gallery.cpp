@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Draws every state of the picker into PNG files, light and dark, at one and two times the size:
+//   QT_QPA_PLATFORM=offscreen gallery FOLDER
+#include "MenuBarController.h"
+#include "MenuBarPickerPanel.h"
+#include "MenuBarPickerView.h"
+#include "PickerDesk.h"
+#include "PickerFooter.h"
+#include "PickerSearchPage.h"
+#include "TextField.h"
+#include "Theme.h"
+#include "ThemedButton.h"
+#include "VariableFields.h"
+#include "VariableFillView.h"
+
+#include "Support/Waiting.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QPainter>
+#include <QTest>
+
+#include <cstdio>
+
+namespace {
+
+QDir outputFolder;
+
+/// A picker on screen over a desk of its own.
+struct Stage
+{
+    PickerDesk desk;
+    std::unique_ptr<MenuBarController> controller;
+
+    MenuBarPickerPanel &panel() { return *controller->panel(); }
+    PickerSearchPage &page() { return panel().view().searchPage(); }
+
+    void open()
+    {
+        desk.start();
+        controller = std::make_unique<MenuBarController>(desk.statusItem, desk.workspace, desk.eventMonitor);
+        controller->install(*desk.appState);
+        desk.press();
+        panel().activateWindow();
+        settle();
+    }
+
+    void type(const QString &text)
+    {
+        page().focusSearch();
+        QTest::keyClicks(&page().searchField(), text);
+        settle();
+    }
+
+    void settle()
+    {
+        page().searchField().setCursorPosition(static_cast<int>(page().searchField().text().size()));
+        QTest::qWait(30);
+    }
+
+    void save(const QString &name)
+    {
+        for (const int ratio : {1, 2}) {
+            QImage image(panel().size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
+            image.setDevicePixelRatio(ratio);
+            const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
+            image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
+            QPainter painter(&image);
+            panel().render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
+            painter.end();
+            const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
+            image.save(outputFolder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
+        }
+    }
+};
+
+using Arrange = std::function<void(Stage &)>;
+
+void picture(const QString &name, const Arrange &before, const Arrange &after)
+{
+    Stage stage;
+    before(stage);
+    stage.open();
+    after(stage);
+    stage.settle();
+    stage.save(name);
+}
+
+void sample(Stage &stage)
+{
+    stage.desk.addSampleLibrary();
+}
+
+void nothing(Stage &)
+{
+}
+
+void startFilling(Stage &stage, const QString &id)
+{
+    for (const PromptItem &prompt : stage.desk.appState->libraryStore().prompts()) {
+        if (prompt.id == id)
+            stage.desk.appState->beginAction(prompt, PendingVariableAction::insert);
+    }
+    stage.settle();
+}
+
+void fillThree(Stage &stage)
+{
+    startFilling(stage, QStringLiteral("cold"));
+    const auto &fields = stage.panel().view().variableFillView().fields().fields();
+    QTest::keyClicks(fields.at(0), QStringLiteral("Maria"));
+    QTest::keyClicks(fields.at(1), QStringLiteral("pricing page"));
+    fields.at(1)->setFocus();
+}
+
+void failInsertion(Stage &stage)
+{
+    stage.desk.field().isSettable = false;
+    stage.desk.workspace.refusesActivation = true;
+    stage.desk.workspace.frontmost = 1;
+    stage.page().focusSearch();
+    QTest::keyClick(&stage.page().searchField(), Qt::Key_Down);
+    QTest::keyClick(&stage.page().searchField(), Qt::Key_Return);
+    waitUntil([&] { return stage.desk.appState->lastInsertionResult().has_value(); });
+}
+
+void longLibrary(Stage &stage)
+{
+    PickerDesk &desk = stage.desk;
+    desk.email = QStringLiteral(
+        "maximiliane.von-und-zu-hohenstein-weber@donaudampfschifffahrtsgesellschaft.example.com");
+    desk.addSampleLibrary();
+    desk.server.addPrompt(
+        QStringLiteral("long"),
+        QStringLiteral("Rechtsschutzversicherungsgesellschaftskorrespondenz mit <b>Auszeichnung</b> &amp; "
+                       "{{Platzhalter}}"),
+        QStringLiteral("Sehr geehrte Damen und Herren der Kraftfahrzeughaftpflichtversicherung {{name}}"));
+    desk.server.addPrompt(QStringLiteral("rtl"), QStringLiteral("متابعة بعد الاجتماع"),
+                          QStringLiteral("شكرا على وقتك اليوم، إليك الخطوات التالية"));
+    desk.server.addSkill(QStringLiteral("longskill"),
+                         QStringLiteral("Barrierefreiheitsüberprüfungsanweisung für Webanwendungen"),
+                         QStringLiteral("Prüfe jede Seite auf ausreichende Kontrastverhältnisse."));
+}
+
+void drawAll()
+{
+    picture(QStringLiteral("picker"), sample, [](Stage &stage) { stage.type(QStringLiteral("follow")); });
+    picture(QStringLiteral("browse"), sample, nothing);
+    picture(QStringLiteral("fill"), sample, fillThree);
+    picture(QStringLiteral("fill-compact"), sample,
+            [](Stage &stage) { startFilling(stage, QStringLiteral("notes")); });
+    picture(QStringLiteral("no-result"), sample, [](Stage &stage) { stage.type(QStringLiteral("zzzz")); });
+    picture(QStringLiteral("empty-library"), nothing, nothing);
+    picture(
+        QStringLiteral("no-target"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.tree.focusedPath.reset();
+            stage.desk.workspace.frontmost.reset();
+        },
+        [](Stage &stage) { QTest::keyClick(&stage.page().searchField(), Qt::Key_Return); });
+    picture(
+        QStringLiteral("password"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.field().subrole = QStringLiteral("AXSecureTextField");
+        },
+        nothing);
+    picture(
+        QStringLiteral("permissions"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.tree.trusted = false;
+        },
+        nothing);
+    picture(
+        QStringLiteral("hotkey-refused"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.hotKeys.isTaken = true;
+        },
+        nothing);
+    picture(
+        QStringLiteral("signed-out"), [](Stage &stage) { stage.desk.isSignedIn = false; },
+        [](Stage &stage) { stage.desk.appState->signIn(false); });
+    picture(QStringLiteral("failed"), sample, failInsertion);
+    picture(QStringLiteral("copied"), sample, [](Stage &stage) {
+        QTest::keyClick(&stage.page().searchField(), Qt::Key_Down);
+        QTest::keyClick(&stage.page().searchField(), Qt::Key_Return, Qt::ControlModifier);
+    });
+    picture(QStringLiteral("plus-menu"), sample,
+            [](Stage &stage) { stage.page().footer().plusButton().click(); });
+    picture(QStringLiteral("button-focus"), sample, [](Stage &stage) {
+        stage.page().focusSearch();
+        QTest::keyClick(&stage.page().searchField(), Qt::Key_Tab);
+    });
+    picture(QStringLiteral("long-texts"), longLibrary, nothing);
+    Theme::shared().forceFontScale(2);
+    picture(QStringLiteral("long-texts-200"), longLibrary, nothing);
+    picture(QStringLiteral("fill-200"), sample, fillThree);
+    picture(
+        QStringLiteral("permissions-200"),
+        [](Stage &stage) {
+            longLibrary(stage);
+            stage.desk.tree.trusted = false;
+            stage.desk.hotKeys.isTaken = true;
+        },
+        nothing);
+    Theme::shared().forceFontScale(std::nullopt);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::fprintf(stderr, "usage: gallery FOLDER\n");
+        return 64;
+    }
+    outputFolder.setPath(QString::fromLocal8Bit(argv[1]));
+    for (const Theme::Scheme scheme : {Theme::Scheme::light, Theme::Scheme::dark}) {
+        Theme::shared().forceScheme(scheme);
+        drawAll();
+    }
+    return 0;
+}

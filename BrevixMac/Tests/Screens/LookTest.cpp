@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PickerNotices.h"
+#include "PickerRowActions.h"
+#include "PickerStage.h"
+#include "Symbols.h"
+#include "Theme.h"
+#include "ThemedButton.h"
+
+#include <QPalette>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+
+namespace {
+
+using Color = Theme::Color;
+using Scheme = Theme::Scheme;
+
+double channel(double value)
+{
+    return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor &color)
+{
+    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) +
+           0.0722 * channel(color.blueF());
+}
+
+/// The contrast of two opaque colours after the accessibility guidelines for web content.
+double contrast(const QColor &one, const QColor &other)
+{
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+QColor over(const QColor &top, const QColor &bottom)
+{
+    const auto mix = [&](float a, float b) { return a * top.alphaF() + b * (1 - top.alphaF()); };
+    return QColor::fromRgbF(mix(top.redF(), bottom.redF()), mix(top.greenF(), bottom.greenF()),
+                            mix(top.blueF(), bottom.blueF()));
+}
+
+class ThemeTest : public testing::Test
+{
+protected:
+    ~ThemeTest() override
+    {
+        Theme::shared().forceScheme(std::nullopt);
+        Theme::shared().forceFontScale(std::nullopt);
+    }
+};
+
+TEST_F(ThemeTest, everyInkCanBeReadOnEveryBackgroundItStandsOn)
+{
+    for (const Scheme scheme : {Scheme::light, Scheme::dark}) {
+        const auto color = [scheme](Color token) { return Theme::color(token, scheme); };
+        const QColor surface = color(Color::surface);
+        const QColor selected = over(color(Color::accentSoft), surface);
+        for (const Color ink : {Color::text, Color::secondary, Color::tertiary}) {
+            for (const QColor &background : {surface, color(Color::raised), color(Color::sunken)})
+                EXPECT_GE(contrast(color(ink), background), 4.5) << int(scheme) << ' ' << int(ink);
+        }
+        for (const Color ink : {Color::text, Color::secondary})
+            EXPECT_GE(contrast(color(ink), selected), 4.5) << int(scheme) << ' ' << int(ink);
+        EXPECT_GE(contrast(color(Color::onAccent), color(Color::accent)), 4.5) << int(scheme);
+        for (const auto &[soft, ink] : {std::pair(Color::successSoft, Color::secondary),
+                                        std::pair(Color::warningSoft, Color::secondary),
+                                        std::pair(Color::dangerSoft, Color::secondary)})
+            EXPECT_GE(contrast(color(ink), over(color(soft), surface)), 4.5)
+                << int(scheme) << ' ' << int(soft);
+    }
+}
+
+TEST_F(ThemeTest, followsTheSystemPaletteWhileRunning)
+{
+    const QPalette before = QApplication::palette();
+    const QSignalSpy changes(&Theme::shared(), &Theme::changed);
+    QPalette dark = before;
+    dark.setColor(QPalette::Window, Qt::black);
+    dark.setColor(QPalette::WindowText, Qt::white);
+    QApplication::setPalette(dark);
+    EXPECT_TRUE(waitUntil([] { return Theme::shared().scheme() == Scheme::dark; }));
+    EXPECT_GE(changes.count(), 1);
+    QApplication::setPalette(before);
+    EXPECT_TRUE(waitUntil([] { return Theme::shared().scheme() == Scheme::light; }));
+}
+
+TEST_F(ThemeTest, sizesGrowWithTheFontAndNeverShrinkBelowTheDesign)
+{
+    Theme::shared().forceFontScale(2);
+    EXPECT_EQ(Theme::shared().scaled(52), 104);
+    EXPECT_GT(QFontMetrics(Theme::shared().font(Theme::Type::body)).height(), 28);
+    Theme::shared().forceFontScale(std::nullopt);
+    EXPECT_GE(Theme::shared().scaled(52), 52);
+}
+
+TEST_F(ThemeTest, aForcedSchemeWinsOverTheSystem)
+{
+    Theme::shared().forceScheme(Scheme::dark);
+    EXPECT_EQ(Theme::shared().color(Color::surface), Theme::color(Color::surface, Scheme::dark));
+}
+
+TEST(SymbolsTest, everySymbolThatScreensNameIsDrawn)
+{
+    const QStringList names{QStringLiteral("gearshape"),
+                            QStringLiteral("checkmark.circle.fill"),
+                            QStringLiteral("circle"),
+                            QStringLiteral("keyboard"),
+                            QStringLiteral("xmark"),
+                            QStringLiteral("magnifyingglass"),
+                            QStringLiteral("slider.horizontal.3"),
+                            QStringLiteral("return"),
+                            QStringLiteral("doc.on.doc"),
+                            QStringLiteral("square.and.arrow.up"),
+                            QStringLiteral("plus"),
+                            QStringLiteral("chevron.left"),
+                            QStringLiteral("hand.raised"),
+                            QStringLiteral("exclamationmark.circle"),
+                            QStringLiteral("lock.circle"),
+                            QStringLiteral("exclamationmark.triangle"),
+                            QStringLiteral("square.grid.2x2"),
+                            QStringLiteral("text.quote"),
+                            QStringLiteral("wand.and.stars"),
+                            QStringLiteral("folder")};
+    for (const QString &name : names) {
+        ASSERT_TRUE(Symbols::exists(name)) << qPrintable(name);
+        const QImage image = Symbols::pixmap(name, Qt::red, 17, 2).toImage();
+        EXPECT_EQ(image.size(), QSize(34, 34));
+        int inked = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                if (color.alpha() > 128) {
+                    ++inked;
+                    EXPECT_GT(color.red(), 200);
+                    EXPECT_LT(color.green(), 60);
+                }
+            }
+        }
+        EXPECT_GT(inked, 20) << qPrintable(name);
+        for (int x = 0; x < image.width(); ++x)
+            EXPECT_EQ(image.pixelColor(x, 0).alpha(), 0) << qPrintable(name) << " touches its edge";
+    }
+}
+
+TEST(SymbolsTest, anUnknownNameGivesNothing)
+{
+    EXPECT_FALSE(Symbols::exists(QStringLiteral("no.such.symbol")));
+    EXPECT_TRUE(Symbols::pixmap(QStringLiteral("no.such.symbol"), Qt::black, 17, 1).isNull());
+}
+
+/// Controls that are shown beside each other must never lie over each other, whatever the font size.
+class LayoutAtFontScale : public testing::TestWithParam<double>
+{
+protected:
+    ~LayoutAtFontScale() override { Theme::shared().forceFontScale(std::nullopt); }
+
+    PickerStage stage;
+};
+
+TEST_P(LayoutAtFontScale, keepsThePartsApartAndInsideThePanel)
+{
+    Theme::shared().forceFontScale(GetParam());
+    stage.desk.email = QStringLiteral("maximiliane.von-und-zu-hohenstein@donaudampfschifffahrt.example.com");
+    stage.desk.hotKeys.isTaken = true;
+    stage.desk.tree.trusted = false;
+    stage.desk.addSampleLibrary();
+    stage.desk.server.addPrompt(QStringLiteral("long"),
+                                QStringLiteral("Rechtsschutzversicherungsgesellschaftskorrespondenz"),
+                                QStringLiteral("Kraftfahrzeughaftpflichtversicherung {{name}}"));
+    stage.open();
+    PickerSearchPage &page = stage.page();
+    const QRect panel = page.rect();
+    const auto frame = [&page](const QWidget &widget) {
+        return QRect(widget.mapTo(&page, QPoint()), widget.size());
+    };
+    int bottom = 0;
+    for (const QWidget *part :
+         {static_cast<QWidget *>(&stage.search()), static_cast<QWidget *>(&stage.list())}) {
+        EXPECT_GE(frame(*part).top(), bottom);
+        EXPECT_TRUE(panel.contains(frame(*part)));
+        bottom = frame(*part).bottom();
+    }
+    // The row's buttons leave its title some room and stay inside the row.
+    const QRect row = stage.list().visualRect(stage.list().currentIndex());
+    EXPECT_GE(stage.list().actions().x(), row.width() / 5);
+    EXPECT_LE(stage.list().actions().geometry().right(), row.right());
+    EXPECT_GE(stage.list().height(), row.height());
+}
+
+INSTANTIATE_TEST_SUITE_P(Scales, LayoutAtFontScale, testing::Values(1.0, 1.25, 1.5, 2.0),
+                         [](const auto &info) { return "percent" + std::to_string(int(info.param * 100)); });
+
+TEST(PickerListModelTest, aThousandRowsAreReadOnlyWhenSeen)
+{
+    PickerResultSection section{
+        .id = QStringLiteral("prompts"), .title = QStringLiteral("Prompts"), .subtitle = {}, .results = {}};
+    for (int number = 0; number < 1000; ++number)
+        section.results.append(PickerResult{PromptItem{.id = QString::number(number),
+                                                       .title = QStringLiteral("Prompt %1").arg(number),
+                                                       .text = QStringLiteral("{{x}} ").repeated(100),
+                                                       .categoryID = {}}});
+    PickerListModel model;
+    EXPECT_TRUE(model.setSections({section}, {}));
+    EXPECT_FALSE(model.setSections({section}, {}));
+    EXPECT_EQ(model.rowCount(), 1001);
+    EXPECT_EQ(model.result(0), nullptr);
+    EXPECT_EQ(model.rowOf(QStringLiteral("prompt:999")), 1000);
+    EXPECT_EQ(model.nextItemRow(-1, 1), 1);
+    EXPECT_EQ(model.nextItemRow(1, -1), -1);
+    EXPECT_TRUE(model.index(1000).data(PickerListModel::hasVariablesRole).toBool());
+    EXPECT_LE(model.index(1000).data(PickerListModel::previewRole).toString().size(), 200);
+}
+
+} // namespace

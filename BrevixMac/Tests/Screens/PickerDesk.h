@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "AppState.h"
+
+#include "Foundation/UserDefaults.h"
+
+#include "Support/InMemoryDesktop.h"
+
+#include <QJsonArray>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+#include <memory>
+
+/// Answers the three collections of a library over loopback, whatever the user and the project.
+class LibraryServer final : public QTcpServer
+{
+public:
+    LibraryServer();
+
+    QUrl origin() const;
+
+    void addCategory(const QString &id, const QString &name, const QString &color);
+    void addPrompt(const QString &id, const QString &title, const QString &text,
+                   const QString &categoryID = {});
+    void addSkill(const QString &id, const QString &title, const QString &text);
+    void clear();
+
+private:
+    void answer(QTcpSocket *socket) const;
+
+    QJsonArray m_categories;
+    QJsonArray m_prompts;
+    QJsonArray m_skills;
+};
+
+/// An AppState over a desktop in memory, with a signed-in user and a library on loopback: everything a picker
+/// needs. Arrange the public parts, then call start().
+class PickerDesk
+{
+public:
+    static constexpr qint64 editorPid = 4242;
+
+    PickerDesk();
+    ~PickerDesk();
+
+    /// The library of the examples: categories, prompts with and without variables, skills.
+    void addSampleLibrary();
+
+    /// Makes the coordinator and waits for the library when somebody is signed in.
+    void start();
+
+    /// Captures the editor's text field as a hotkey press would; the picker's present action runs.
+    void press();
+
+    bool isSignedIn = true;
+    std::optional<QString> email = QStringLiteral("ann@example.com");
+    std::optional<QString> displayName;
+
+    QTemporaryDir folder;
+    LibraryServer server;
+    InMemoryAccessibilityTree tree;
+    InMemoryPasteboard pasteboard;
+    InMemoryWorkspace workspace;
+    InMemoryKeyEvents keyEvents;
+    InMemoryEventMonitor eventMonitor;
+    InMemoryHotKeys hotKeys;
+    InMemoryStatusItem statusItem;
+    std::unique_ptr<UserDefaults> defaults;
+    HttpClient http;
+    std::unique_ptr<AppState> appState;
+
+    InMemoryAccessibilityTree::Field &field() { return tree.fields[QStringLiteral("/field")]; }
+};

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CompactVariableForm.h"
+#include "PickerStage.h"
+#include "PreviewText.h"
+#include "PromptTemplateParser.h"
+#include "ResultLine.h"
+#include "StatusCard.h"
+#include "ThemedButton.h"
+#include "VariableFields.h"
+#include "VariableFillView.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class VariableFormTest : public testing::Test
+{
+protected:
+    PickerStage stage;
+
+    /// Opens the picker over one prompt with @p text and presses Return (or Control-Return) on it.
+    void fill(const QString &text, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        stage.desk.server.addPrompt(QStringLiteral("p"), QStringLiteral("Title"), text);
+        stage.open();
+        stage.key(Qt::Key_Return, modifiers);
+        ASSERT_TRUE(stage.appState().activeVariablePrompt());
+    }
+
+    VariableFillView &full() { return stage.view().variableFillView(); }
+    CompactVariableForm &compact() { return stage.page().form(); }
+};
+
+TEST_F(VariableFormTest, aPromptWithThreeVariablesOpensTheFullForm)
+{
+    fill(QStringLiteral("{{b}} {{a}} {{b}} {{c}}"));
+    EXPECT_TRUE(full().isVisible());
+    const auto &fields = full().fields().fields();
+    ASSERT_EQ(fields.size(), 3);
+    EXPECT_EQ(fields.at(0)->placeholderText(), u"Value for b");
+    EXPECT_EQ(fields.at(1)->placeholderText(), u"Value for a");
+    EXPECT_EQ(fields.at(2)->accessibleName(), u"c");
+    EXPECT_TRUE(fields.at(0)->hasFocus());
+}
+
+TEST_F(VariableFormTest, aPromptWithOneVariableOpensTheShortFormInTheListsPlace)
+{
+    fill(QStringLiteral("Hello {{name}}"));
+    EXPECT_FALSE(full().isVisible());
+    EXPECT_TRUE(compact().isVisible());
+    EXPECT_FALSE(stage.list().isVisible());
+    ASSERT_EQ(compact().fields().fields().size(), 1);
+    EXPECT_EQ(compact().fields().fields().first()->placeholderText(), u"Value");
+    EXPECT_TRUE(compact().fields().fields().first()->hasFocus());
+}
+
+TEST_F(VariableFormTest, returnContinuesWithTheTypedValues)
+{
+    fill(QStringLiteral("{{a}}-{{b}}-{{c}}"));
+    stage.type(QStringLiteral("one"));
+    stage.key(Qt::Key_Tab);
+    stage.type(QStringLiteral("two"));
+    EXPECT_EQ(stage.appState().variableValues().value(QStringLiteral("b")), u"two");
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
+    EXPECT_EQ(stage.fieldText(), u"one-two-");
+    EXPECT_FALSE(stage.appState().activeVariablePrompt());
+}
+
+TEST_F(VariableFormTest, returnContinuesInTheShortFormToo)
+{
+    fill(QStringLiteral("Hello {{name}}"));
+    stage.type(QStringLiteral("Ann"));
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
+    EXPECT_EQ(stage.fieldText(), u"Hello Ann");
+}
+
+TEST_F(VariableFormTest, copyingAsksForTheValuesFirst)
+{
+    fill(QStringLiteral("Hello {{name}}"), Qt::ControlModifier);
+    EXPECT_TRUE(stage.desk.pasteboard.text().isEmpty());
+    stage.type(QStringLiteral("Ann"));
+    compact().continueButton().click();
+    ASSERT_TRUE(waitUntil([&] { return !stage.appState().activeVariablePrompt(); }));
+    EXPECT_EQ(stage.desk.pasteboard.text(), u"Hello Ann");
+    EXPECT_TRUE(stage.list().isVisible());
+    EXPECT_TRUE(stage.search().hasFocus());
+}
+
+TEST_F(VariableFormTest, thePreviewFollowsEveryKeystroke)
+{
+    fill(QStringLiteral("{{a}}, {{b}}, {{c}}."));
+    EXPECT_EQ(full().preview().toPlainText(), u", , .");
+    stage.type(QStringLiteral("x"));
+    EXPECT_EQ(full().preview().toPlainText(), u"x, , .");
+    stage.type(QStringLiteral("y"));
+    EXPECT_EQ(full().preview().toPlainText(), u"xy, , .");
+    EXPECT_TRUE(full().preview().textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
+}
+
+TEST_F(VariableFormTest, aFieldWithSpacesInItsBracesChangesNothing)
+{
+    fill(QStringLiteral("{{ a }}"));
+    ASSERT_EQ(compact().fields().fields().size(), 1);
+    stage.type(QStringLiteral("x"));
+    EXPECT_EQ(stage.appState().variableValues().value(QStringLiteral("a")), u"x");
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
+    EXPECT_EQ(stage.fieldText(), u"{{ a }}");
+}
+
+TEST_F(VariableFormTest, backReturnsToTheListAndInsertsNothing)
+{
+    fill(QStringLiteral("{{a}} {{b}} {{c}}"));
+    stage.type(QStringLiteral("x"));
+    full().backButton().click();
+    EXPECT_FALSE(stage.appState().activeVariablePrompt());
+    EXPECT_TRUE(stage.appState().variableValues().isEmpty());
+    EXPECT_TRUE(stage.list().isVisible());
+    EXPECT_TRUE(stage.search().hasFocus());
+    EXPECT_TRUE(stage.fieldText().isEmpty());
+}
+
+TEST_F(VariableFormTest, escapeGoesBackFirstAndClosesThen)
+{
+    fill(QStringLiteral("Hello {{name}}"));
+    stage.key(Qt::Key_Escape);
+    EXPECT_FALSE(stage.appState().activeVariablePrompt());
+    EXPECT_TRUE(stage.controller->isPickerVisible());
+    stage.key(Qt::Key_Escape);
+    EXPECT_FALSE(stage.controller->isPickerVisible());
+}
+
+TEST_F(VariableFormTest, tabWalksFromFieldToFieldToTheButtons)
+{
+    fill(QStringLiteral("{{a}} {{b}} {{c}}"));
+    QStringList names;
+    for (int press = 0; press < 7; ++press) {
+        names.append(stage.panel().focusWidget()->accessibleName());
+        stage.key(Qt::Key_Tab);
+    }
+    EXPECT_EQ(names, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
+                                  QStringLiteral("Preview"), QStringLiteral("Back"),
+                                  QStringLiteral("Continue"), QStringLiteral("Back")}));
+    EXPECT_TRUE(full().fields().fields().first()->hasFocus());
+}
+
+TEST_F(VariableFormTest, returnOnAFocusedBackButtonGoesBack)
+{
+    fill(QStringLiteral("{{a}}"));
+    stage.key(Qt::Key_Tab);
+    ASSERT_TRUE(compact().backButton().hasFocus());
+    stage.key(Qt::Key_Return);
+    EXPECT_FALSE(stage.appState().activeVariablePrompt());
+    EXPECT_TRUE(stage.controller->isPickerVisible());
+}
+
+TEST_F(VariableFormTest, aFailedInsertionKeepsTheFormWithItsValues)
+{
+    fill(QStringLiteral("{{a}} {{b}} {{c}}"));
+    stage.type(QStringLiteral("kept"));
+    stage.desk.field().isSettable = false;
+    stage.desk.workspace.refusesActivation = true;
+    stage.desk.workspace.frontmost = 1;
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return stage.appState().insertionRecovery().has_value(); }));
+    EXPECT_TRUE(full().isVisible());
+    EXPECT_EQ(full().fields().fields().first()->text(), u"kept");
+    auto *line = full().findChild<ResultLine *>();
+    EXPECT_TRUE(line->isVisible());
+    EXPECT_EQ(line->card().tint(), StatusCard::Tint::danger);
+    EXPECT_TRUE(full().continueButton().isEnabled());
+    line->recoveryButton().click();
+    EXPECT_EQ(stage.desk.pasteboard.text(), u"kept  ");
+}
+
+TEST_F(VariableFormTest, openingThePickerAnewLeavesTheForm)
+{
+    fill(QStringLiteral("{{a}} {{b}} {{c}}"));
+    stage.controller->closePicker();
+    stage.desk.press();
+    EXPECT_FALSE(full().isVisible());
+    EXPECT_TRUE(stage.list().isVisible());
+}
+
+struct SpanCase
+{
+    const char *name;
+    QString text;
+    VariableValues values;
+    QList<PreviewText::Span> expected;
+};
+
+void PrintTo(const SpanCase &spanCase, std::ostream *out)
+{
+    *out << spanCase.name;
+}
+
+class PreviewSpans : public testing::TestWithParam<SpanCase>
+{
+};
+
+TEST_P(PreviewSpans, markWhereValuesStand)
+{
+    const SpanCase &given = GetParam();
+    const PromptItem prompt{.id = {}, .title = {}, .text = given.text, .categoryID = {}};
+    const QString rendered = PromptTemplateParser::render(prompt, given.values).text;
+    EXPECT_EQ(PreviewText::valueSpans(given.text, given.values, rendered), given.expected);
+}
+
+const SpanCase spanCases[] = {
+    {"noVariable", QStringLiteral("plain"), {}, {}},
+    {"oneValue", QStringLiteral("Hi {{a}}!"), {{QStringLiteral("a"), QStringLiteral("Ann")}}, {{3, 3}}},
+    {"anEmptyValueIsAPlace", QStringLiteral("Hi {{a}}!"), {{QStringLiteral("a"), QString()}}, {{3, 0}}},
+    {"everyOccurrence",
+     QStringLiteral("{{a}}{{b}}{{a}}"),
+     {{QStringLiteral("a"), QStringLiteral("xy")}, {QStringLiteral("b"), QStringLiteral("z")}},
+     {{0, 2}, {2, 1}, {3, 2}}},
+    {"aValueThatIsAPlaceholderItselfIsNotMarked",
+     QStringLiteral("{{a}} {{b}}"),
+     {{QStringLiteral("a"), QStringLiteral("{{b}}")}, {QStringLiteral("b"), QStringLiteral("z")}},
+     {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Table, PreviewSpans, testing::ValuesIn(spanCases),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+} // namespace
