@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CloudEndpoints.h"
+
+#include "Samples.h"
+
+#include "Support/TestMain.h"
+
+#include <QProcessEnvironment>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString documents(const CloudEndpoints &endpoints, const QString &project = u"p"_s)
+{
+    const auto url = endpoints.firestoreDocuments(project, u"a/b%20c"_s, u"pageSize=500"_s);
+    return url ? url->toString(QUrl::FullyEncoded) : u"none"_s;
+}
+
+QString token(const CloudEndpoints &endpoints, const QString &key = u"k"_s)
+{
+    const auto url = endpoints.secureToken(key);
+    return url ? url->toString(QUrl::FullyEncoded) : u"none"_s;
+}
+
+CloudEndpoints production(const QMap<QString, QString> &variables)
+{
+    QProcessEnvironment environment;
+    for (auto it = variables.cbegin(); it != variables.cend(); ++it)
+        environment.insert(it.key(), it.value());
+    return CloudEndpoints::production(environment);
+}
+
+} // namespace
+
+TEST(CloudEndpoints, theRealHostsAreReachedOverHttps)
+{
+    const CloudEndpoints endpoints = production({});
+    EXPECT_EQ(
+        documents(endpoints),
+        u"https://firestore.googleapis.com/v1/projects/p/databases/(default)/documents/a/b%20c?pageSize=500"_s);
+    EXPECT_EQ(token(endpoints), u"https://securetoken.googleapis.com/v1/token?key=k"_s);
+    EXPECT_EQ(endpoints.firestoreDocuments(u"p"_s, u"a"_s)->toString(),
+              u"https://firestore.googleapis.com/v1/projects/p/databases/(default)/documents/a"_s);
+}
+
+TEST(CloudEndpoints, aLocalCloudHasEverythingAtOneOrigin)
+{
+    const CloudEndpoints endpoints = CloudEndpoints::local(QUrl(u"http://127.0.0.1:4000"_s));
+    EXPECT_EQ(documents(endpoints),
+              u"http://127.0.0.1:4000/v1/projects/p/databases/(default)/documents/a/b%20c?pageSize=500"_s);
+    EXPECT_EQ(token(endpoints), u"http://127.0.0.1:4000/securetoken.googleapis.com/v1/token?key=k"_s);
+}
+
+TEST(CloudEndpoints, eachEmulatorReplacesItsOwnHost)
+{
+    const CloudEndpoints firestore = production({{u"FIRESTORE_EMULATOR_HOST"_s, u"localhost:8080"_s}});
+    EXPECT_TRUE(documents(firestore).startsWith(u"http://localhost:8080/v1/projects/p/"_s));
+    EXPECT_EQ(token(firestore), u"https://securetoken.googleapis.com/v1/token?key=k"_s);
+    const CloudEndpoints authentication =
+        production({{u"FIREBASE_AUTH_EMULATOR_HOST"_s, u"127.0.0.1:9099"_s}});
+    EXPECT_TRUE(documents(authentication).startsWith(u"https://firestore.googleapis.com/"_s));
+    EXPECT_EQ(token(authentication), u"http://127.0.0.1:9099/securetoken.googleapis.com/v1/token?key=k"_s);
+}
+
+TEST(CloudEndpoints, anUnusableEmulatorNeverFallsBackToTheRealService)
+{
+    expectWarning(u"must be host:port"_s);
+    for (const QString &value :
+         {u"http://localhost:8080"_s, u"localhost:8080/path"_s, u"local host"_s, u":80"_s}) {
+        const CloudEndpoints endpoints =
+            production({{u"FIRESTORE_EMULATOR_HOST"_s, value}, {u"FIREBASE_AUTH_EMULATOR_HOST"_s, value}});
+        EXPECT_EQ(documents(endpoints), u"none"_s) << value.toStdString();
+        EXPECT_EQ(token(endpoints), u"none"_s) << value.toStdString();
+    }
+}
+
+TEST(CloudEndpoints, awkwardPartsGiveAValidUrlOrNone)
+{
+    const CloudEndpoints endpoints = production({});
+    EXPECT_EQ(documents(endpoints, u"a b"_s), u"none"_s);
+    EXPECT_EQ(token(endpoints, u"a&b=#c"_s),
+              u"https://securetoken.googleapis.com/v1/token?key=a%26b%3D%23c"_s);
+}

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QUrl>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+
+/// A cloud on loopback that can misbehave: it answers late, half, wrongly or never. Replies are chosen by the
+/// last piece of the request's path and may be changed between requests.
+class FaultyServer
+{
+public:
+    struct Reply
+    {
+        int status = 200;
+        QByteArray body = "{}";
+        std::chrono::milliseconds delay{0};
+        enum class Fault { none, stall, truncate, close, garbage } fault = Fault::none;
+    };
+
+    struct Request
+    {
+        QByteArray method;
+        QByteArray target; ///< path and query as sent
+        QByteArray head;   ///< headers
+        QByteArray body;
+
+        QByteArray lastPiece() const
+        {
+            const QByteArray path = target.split('?').first();
+            return path.mid(path.lastIndexOf('/') + 1);
+        }
+    };
+
+    FaultyServer()
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection())
+                serve(socket);
+        });
+    }
+
+    QUrl origin() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
+
+    /// What requests whose path ends in @p lastPiece get from now on. Without one they get an empty object.
+    void reply(const QByteArray &lastPiece, const Reply &reply) { m_replies.insert(lastPiece, reply); }
+
+    const QList<Request> &requests() const { return m_requests; }
+
+    qsizetype count(const QByteArray &lastPiece) const
+    {
+        return std::count_if(m_requests.begin(), m_requests.end(),
+                             [&](const Request &request) { return request.lastPiece() == lastPiece; });
+    }
+
+private:
+    void serve(QTcpSocket *socket)
+    {
+        auto received = std::make_shared<QByteArray>();
+        QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, received] {
+            received->append(socket->readAll());
+            if (const auto request = takeRequest(*received)) {
+                m_requests.append(*request);
+                const Reply reply = m_replies.value(request->lastPiece());
+                QTimer::singleShot(reply.delay, socket, [socket, reply] { send(socket, reply); });
+            }
+        });
+    }
+
+    static std::optional<Request> takeRequest(QByteArray &bytes)
+    {
+        const qsizetype headEnd = bytes.indexOf("\r\n\r\n");
+        if (headEnd < 0)
+            return std::nullopt;
+        const QByteArray head = bytes.first(headEnd);
+        const qsizetype length = contentLength(head);
+        if (bytes.size() < headEnd + 4 + length)
+            return std::nullopt;
+        const QList<QByteArray> words = head.first(head.indexOf("\r\n")).split(' ');
+        const Request request{words.value(0), words.value(1), head, bytes.sliced(headEnd + 4, length)};
+        bytes.remove(0, headEnd + 4 + length);
+        return request;
+    }
+
+    static qsizetype contentLength(const QByteArray &head)
+    {
+        for (const QByteArray &line : head.split('\n')) {
+            if (line.toLower().startsWith("content-length:"))
+                return line.mid(15).trimmed().toLongLong();
+        }
+        return 0;
+    }
+
+    static void send(QTcpSocket *socket, const Reply &reply)
+    {
+        using Fault = Reply::Fault;
+        switch (reply.fault) {
+        case Fault::stall:
+            return;
+        case Fault::close:
+            return socket->abort();
+        case Fault::garbage:
+            socket->write("this is not HTTP\n");
+            return socket->disconnectFromHost();
+        case Fault::none:
+        case Fault::truncate:
+            break;
+        }
+        socket->write("HTTP/1.1 " + QByteArray::number(reply.status) +
+                      " Reply\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n");
+        if (reply.fault == Fault::truncate) {
+            socket->write(reply.body.first(reply.body.size() / 2));
+            return socket->disconnectFromHost();
+        }
+        socket->write(reply.body);
+    }
+
+    QTcpServer m_server;
+    QHash<QByteArray, Reply> m_replies;
+    QList<Request> m_requests;
+};
