@@ -233,7 +233,7 @@ class Brevix(Program):
 
     @staticmethod
     def defaults_path():
-        return pathlib.Path(os.environ["HOME"]) / ".config/brevix/brevix-local.plist"
+        return pathlib.Path(os.environ["HOME"]) / ".config/brevix-local/defaults.plist"
 
     @classmethod
     def write_defaults(cls, **values):
