@@ -159,8 +159,11 @@ void PickerSearchPage::observe()
             m_search->setText(m_appState.query());
         m_result->clearHint();
         // Another query is another list: its best match is what Return should take.
-        m_appState.setSelectedSkillID(std::nullopt);
-        m_appState.setSelectedPromptID(std::nullopt);
+        {
+            const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+            m_appState.setSelectedSkillID(std::nullopt);
+            m_appState.setSelectedPromptID(std::nullopt);
+        }
         refreshList();
     });
     connect(&m_appState, &AppState::libraryChanged, this, &PickerSearchPage::refreshList);
