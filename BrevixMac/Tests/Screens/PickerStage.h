@@ -13,6 +13,8 @@
 
 #include <QTest>
 
+#include <gtest/gtest.h>
+
 /// A picker panel on screen over a PickerDesk, driven by keys and clicks.
 struct PickerStage
 {
