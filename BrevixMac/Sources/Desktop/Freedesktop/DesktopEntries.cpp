@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 
 namespace {
 
@@ -26,6 +27,9 @@ const QSet<QString> launchers{
 
 using Fields = QHash<QString, QString>;
 using FolderTimes = QList<QPair<QString, QDateTime>>;
+
+// File systems count time in steps, the coarsest in use in steps of two seconds.
+constexpr qint64 coarsestTimeStepMs = 2000;
 
 // Key and value lines of the entry's main group.
 Fields mainGroup(const QByteArray &content)
@@ -134,10 +138,19 @@ FolderTimes folderTimes(const QStringList &folders)
     return times;
 }
 
-bool haveChanged(const FolderTimes &times)
+// A change within the same step as the one before leaves the folder's time as it was, so a time that was
+// young when the reading began proves nothing yet.
+bool provesNothing(const QDateTime &folderTime, const QDateTime &readingBegan)
 {
-    return std::ranges::any_of(
-        times, [](const auto &folder) { return QFileInfo(folder.first).lastModified() != folder.second; });
+    return folderTime.isValid() && std::abs(folderTime.msecsTo(readingBegan)) <= coarsestTimeStepMs;
+}
+
+bool haveChanged(const FolderTimes &times, const QDateTime &readingBegan)
+{
+    return std::ranges::any_of(times, [&](const auto &folder) {
+        const auto &[path, time] = folder;
+        return provesNothing(time, readingBegan) || QFileInfo(path).lastModified() != time;
+    });
 }
 
 bool isSame(const QString &first, const QString &second)
@@ -156,6 +169,7 @@ struct DesktopEntries::Index
 {
     QList<DesktopEntry> entries;
     FolderTimes times;
+    QDateTime readingBegan;
 
     static std::shared_ptr<const Index> read(const QStringList &folders);
 
@@ -180,6 +194,7 @@ struct DesktopEntries::Reading
 std::shared_ptr<const DesktopEntries::Index> DesktopEntries::Index::read(const QStringList &folders)
 {
     auto index = std::make_shared<Index>();
+    index->readingBegan = QDateTime::currentDateTimeUtc();
     index->times = folderTimes(folders);
     const QString locale = QLocale().name();
     QSet<QString> seen;
@@ -240,7 +255,7 @@ std::optional<DesktopEntry> DesktopEntries::find(const ApplicationTraits &traits
     takeReading();
     if (!m_index)
         return std::nullopt;
-    if (!m_reading && haveChanged(m_index->times))
+    if (!m_reading && haveChanged(m_index->times, m_index->readingBegan))
         read();
 
     // From what an application says of itself to what merely fits.

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,6 +47,11 @@ protected:
     {
         const auto entry = find(traits);
         return entry ? entry->id : QString();
+    }
+
+    std::filesystem::path systemFolder() const
+    {
+        return folder.filePath(QStringLiteral("system")).toStdString();
     }
 
     QTemporaryDir folder;
@@ -161,8 +167,20 @@ TEST_F(Entries, inSubfoldersHaveTheFolderInTheirName)
 TEST_F(Entries, areReadAgainWhenAnApplicationIsInstalled)
 {
     write(QStringLiteral("system/first.desktop"), entryFile("First", ""));
+    last_write_time(systemFolder(), std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
     EXPECT_FALSE(find({{}, QStringLiteral("second"), {}, {}}));
     write(QStringLiteral("system/second.desktop"), entryFile("Second", ""));
+    EXPECT_TRUE(waitUntil([this] { return find({{}, QStringLiteral("second"), {}, {}}).has_value(); }));
+}
+
+// Two changes within one step of the file system's clock look like one: the second was never noticed.
+TEST_F(Entries, areReadAgainWhenTheFolderChangesTwiceInOneStepOfItsClock)
+{
+    write(QStringLiteral("system/first.desktop"), entryFile("First", ""));
+    const auto step = last_write_time(systemFolder());
+    EXPECT_FALSE(find({{}, QStringLiteral("second"), {}, {}}));
+    write(QStringLiteral("system/second.desktop"), entryFile("Second", ""));
+    last_write_time(systemFolder(), step);
     EXPECT_TRUE(waitUntil([this] { return find({{}, QStringLiteral("second"), {}, {}}).has_value(); }));
 }
 
