@@ -25,8 +25,8 @@ public:
     void resume();
     void kill();
 
-    /// What an independent program reads from the target's text field: role, text, caret. Waits until there
-    /// is one.
+    /// What an independent program reads from the target's text field: role, text, caret, isFocused. Waits
+    /// until there is one.
     QJsonObject witness(const QString &role = {}) const;
     QString text(const QString &role = {}) const;
 

@@ -15,6 +15,12 @@ const QString kindPlain = QStringLiteral("plain");
 class Traps : public AccessibleFields
 {
 protected:
+    AccessibilityElement systemFocus()
+    {
+        const auto value = await(tree.attribute(tree.systemWideElement(), AX::focusedUIElement));
+        return value ? std::get<AccessibilityElement>(*value) : AccessibilityElement();
+    }
+
     void expectRefusal(const AccessibilityElement &element)
     {
         EXPECT_FALSE(await(tree.isAttributeSettable(element, AX::value)));
@@ -190,19 +196,31 @@ TEST_F(Traps, anElementOfAnotherKindOrWithAnImpossibleNameGivesNothing)
     EXPECT_EQ(await(tree.processIdentifier(tree.applicationElement(77))), 77);
 }
 
+// Qt tells that its window has lost the focus only some 100 ms later, and nothing at all when the focus is
+// back by then; so the first program is given the time to notice that it was left.
 TEST_F(Traps, theSystemsFocusFollowsTheFrontWindow)
 {
     const Target first(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("first")});
     const auto firstField = focusedElement(first.pid(), AX::textArea);
     const Target second(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("second")});
     const auto secondField = focusedElement(second.pid(), AX::textArea);
-    const auto systemFocus = [&] {
-        const auto value = await(tree.attribute(tree.systemWideElement(), AX::focusedUIElement));
-        return value ? std::get<AccessibilityElement>(*value) : AccessibilityElement();
-    };
     EXPECT_TRUE(waitUntil([&] { return systemFocus() == secondField; }));
+    EXPECT_TRUE(waitUntil([&] { return !first.witness().value(QStringLiteral("isFocused")).toBool(); }));
     bringToFront(first.pid());
     EXPECT_TRUE(waitUntil([&] { return systemFocus() == firstField; }));
+}
+
+TEST_F(Traps, aWindowThatIsLeftForAMomentIsInFrontAgainByTheWindowSystemsWord)
+{
+    const Target first(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("first")});
+    const auto firstField = focusedElement(first.pid(), AX::textArea);
+    const Target second(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("second")});
+    const auto secondField = focusedElement(second.pid(), AX::textArea);
+    tree.applicationActivated(second.pid());
+    EXPECT_EQ(systemFocus(), secondField);
+    bringToFront(first.pid());
+    tree.applicationActivated(first.pid());
+    EXPECT_EQ(systemFocus(), firstField);
 }
 
 TEST_F(Traps, aProgramWithoutAccessibilityInFrontLeavesNothingFocused)

@@ -46,6 +46,7 @@ def main():
         "role": field.get_role_name(),
         "text": Atspi.Text.get_text(field, 0, count),
         "caret": Atspi.Text.get_caret_offset(field),
+        "isFocused": field in focused,
     }))
 
 
