@@ -68,6 +68,7 @@ int start(int argc, char **argv, BrevixMacApp::Library library)
     if (const auto problem = DisplayServer::problem())
         return fail(*problem, exitUnavailable);
     DisplayServer::choosePlatform();
+    TerminationSignals::holdBack();
     QApplication application(argc, argv);
     QApplication::setDesktopFileName(BrevixMacApp::bundleIdentifier());
 

@@ -21,10 +21,16 @@ sigset_t terminationSet()
 
 } // namespace
 
-TerminationSignals::TerminationSignals()
+void TerminationSignals::holdBack()
 {
     const sigset_t set = terminationSet();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+TerminationSignals::TerminationSignals()
+{
+    holdBack();
+    const sigset_t set = terminationSet();
     m_descriptor = signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
     if (m_descriptor < 0)
         return;
@@ -41,6 +47,4 @@ TerminationSignals::~TerminationSignals()
     m_notifier.reset();
     if (m_descriptor >= 0)
         ::close(m_descriptor);
-    const sigset_t set = terminationSet();
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }

@@ -137,9 +137,9 @@ def picker_texts(pid):
     texts = []
 
     def collect(node):
-        texts.append(node.get_name() or "")
-        if node.get_text_iface() is not None:
-            texts.append(desk.text_of(node))
+        texts.append(node.name)
+        if node.is_text():
+            texts.append(node.text)
         return False
     if root is not None:
         desk.find(root, collect)

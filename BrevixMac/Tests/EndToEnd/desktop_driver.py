@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Drives a real X desktop from outside, as a user and as an independent reader.
 
-Input goes through xdotool (XTEST), reading back through libatspi, xclip and files; nothing here shares code with the
-application under test. Everything waits on conditions with a deadline.
+Input goes through xdotool (XTEST), reading back through the accessibility bus, xclip and files; nothing here shares code
+with the application under test. Everything waits on conditions with a deadline.
 """
 import os
 import pathlib
@@ -12,10 +12,7 @@ import subprocess
 import tempfile
 import time
 
-import gi
-
-gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi  # noqa: E402
+from gi.repository import Gio, GLib
 
 PANEL_CLASS = "brevix"
 
@@ -82,7 +79,7 @@ def windows(wm_class, visible=True):
 def window_geometry(window):
     text = output("xdotool", "getwindowgeometry", "--shell", str(window)).decode()
     values = dict(line.split("=") for line in text.split() if "=" in line)
-    return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+    return tuple(int(values.get(key, 0)) for key in ("X", "Y", "WIDTH", "HEIGHT"))
 
 
 def wait_for_window(wm_class, deadline=15):
@@ -123,46 +120,108 @@ def screenshot(path):
     subprocess.run(["import", "-silent", "-window", "root", str(path)], check=False)
 
 
-# Reading fields back
+# Reading fields back: asked of the programs each time, nothing is remembered
 
-def _accessible_children(node):
-    for index in range(min(node.get_child_count(), 400)):
-        child = node.get_child_at_index(index)
-        if child is not None:
-            yield child
+EDITABLE, FOCUSABLE, MULTI_LINE, SELECTED = 7, 11, 17, 23
+
+_ACCESSIBLE = "org.a11y.atspi.Accessible"
+_TEXT = "org.a11y.atspi.Text"
+_bus = None
+
+
+def _accessibility_bus():
+    global _bus
+    if _bus is None:
+        session = Gio.bus_get_sync(Gio.BusType.SESSION)
+        address = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None, 0, 5000)
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        _bus = Gio.DBusConnection.new_for_address_sync(address.unpack()[0], flags, None, None)
+    return _bus
+
+
+class Node:
+    """An element of a program's accessible tree."""
+
+    def __init__(self, owner, path):
+        self.owner, self.path = owner, path
+
+    def _call(self, interface, method, arguments=None, timeout=1000):
+        return _accessibility_bus().call_sync(self.owner, self.path, interface, method, arguments, None, 0,
+                                              timeout).unpack()
+
+    def _property(self, interface, name):
+        arguments = GLib.Variant("(ss)", (interface, name))
+        return self._call("org.freedesktop.DBus.Properties", "Get", arguments)[0]
+
+    @property
+    def name(self):
+        return self._property(_ACCESSIBLE, "Name")
+
+    @property
+    def role(self):
+        return self._call(_ACCESSIBLE, "GetRoleName")[0]
+
+    @property
+    def attributes(self):
+        return self._call(_ACCESSIBLE, "GetAttributes")[0]
+
+    @property
+    def children(self):
+        return [Node(*child) for child in self._call(_ACCESSIBLE, "GetChildren")[0]]
+
+    def has(self, state):
+        low, high = self._call(_ACCESSIBLE, "GetState")[0]
+        return bool((high << 32 | low) >> state & 1)
+
+    def is_text(self):
+        return _TEXT in self._call(_ACCESSIBLE, "GetInterfaces")[0]
+
+    @property
+    def character_count(self):
+        return self._property(_TEXT, "CharacterCount")
+
+    @property
+    def text(self):
+        return self._call(_TEXT, "GetText", GLib.Variant("(ii)", (0, self.character_count)))[0]
+
+    @property
+    def pid(self):
+        answer = _accessibility_bus().call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                                "GetConnectionUnixProcessID", GLib.Variant("(s)", (self.owner,)), None,
+                                                0, 1000)
+        return answer.unpack()[0]
 
 
 def application(pid):
-    """The accessible application with this process identifier."""
-    desktop = Atspi.get_desktop(0)
-    desktop.clear_cache()
-    for child in _accessible_children(desktop):
+    """The accessible application with this process identifier; None when there is none."""
+    root = Node("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+    for child in root.children:
         try:
-            if child.get_process_id() == pid:
+            if child.pid == pid:
                 return child
-        except gi.repository.GLib.Error:
+        except GLib.Error:
             continue
     return None
 
 
 def find(node, matches, depth=40):
-    """The first node below, in document order, that matches; None when there is none."""
+    """The first node below, in document order, that matches; None when there is none. Menus are passed over."""
     try:
         if matches(node):
             return node
-        if depth == 0:
+        if depth == 0 or node.role in ("menu bar", "menu"):
             return None
-        for child in _accessible_children(node):
+        for child in node.children[:400]:
             found = find(child, matches, depth - 1)
             if found is not None:
                 return found
-    except gi.repository.GLib.Error:
+    except GLib.Error:
         return None
     return None
 
 
 def is_editable(node):
-    return node.get_state_set().contains(Atspi.StateType.EDITABLE) and node.get_text_iface() is not None
+    return node.has(EDITABLE) and node.is_text()
 
 
 def field(pid, matches=is_editable, deadline=15):
@@ -174,7 +233,7 @@ def field(pid, matches=is_editable, deadline=15):
 
 
 def text_of(node):
-    return Atspi.Text.get_text(node, 0, Atspi.Text.get_character_count(node))
+    return node.text
 
 
 def wait_for_text(node, expected, deadline=5):
@@ -246,6 +305,9 @@ class Brevix(Program):
         wait_for("Brevix on the bus", lambda: is_brevix_running() or not self.is_running())
         if not self.is_running():
             raise Failure(f"Brevix ended with {self.process.returncode}: {self.log_path.read_text()}")
+        # The panel is made last; from then on the hotkey works.
+        wait_for("Brevix to have made its panel",
+                 lambda: [each for each in windows(PANEL_CLASS, visible=False) if window_geometry(each)[2] >= 500])
 
     def press_hotkey(self):
         """Presses the hotkey as a user would and waits until the picker takes typing."""

@@ -27,11 +27,8 @@ FLAGS = ["--no-first-run", "--disable-gpu", "--disable-quic", "--disable-backgro
 
 def is_page_field(node):
     """The field of the page, not the browser's own address field."""
-    states = node.get_state_set()
-    return (node.get_text_iface() is not None and states.contains(desk.Atspi.StateType.FOCUSABLE)
-            and (states.contains(desk.Atspi.StateType.EDITABLE) or node.get_role_name() == "password text")
-            and any((node.get_attributes() or {}).get(key) for key in ("id", "html-id"))
-            and (node.get_attributes() or {}).get("id") == "f")
+    return (node.is_text() and node.has(desk.FOCUSABLE) and (node.has(desk.EDITABLE) or node.role == "password text")
+            and node.attributes.get("id") == "f")
 
 
 class InsertionIntoABrowser(scenario.Scenario):
@@ -81,7 +78,7 @@ class InsertionIntoABrowser(scenario.Scenario):
         program, _ = self.open_page("password")
         field = self.field(program)
         desk.type_text("secret")
-        desk.wait_for("the bullets", lambda: desk.Atspi.Text.get_character_count(field) == 6)
+        desk.wait_for("the bullets", lambda: field.character_count == 6)
         _, content = self.own_rich_clipboard()
         self.brevix.press_hotkey()
         self.wait_for_message("Password fields are not supported")
@@ -91,7 +88,7 @@ class InsertionIntoABrowser(scenario.Scenario):
         desk.keys("Escape")
         self.brevix.wait_until_closed()
         self.assert_clipboard_is(content)
-        self.assertEqual(desk.Atspi.Text.get_character_count(field), 6)
+        self.assertEqual(field.character_count, 6)
 
 
 if __name__ == "__main__":

@@ -190,7 +190,7 @@ class CopyingByChoice(scenario.Scenario):
 
 
 def is_multi_line(node):
-    return desk.is_editable(node) and node.get_state_set().contains(desk.Atspi.StateType.MULTI_LINE)
+    return desk.is_editable(node) and node.has(desk.MULTI_LINE)
 
 
 if __name__ == "__main__":
