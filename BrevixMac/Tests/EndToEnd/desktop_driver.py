@@ -122,7 +122,7 @@ def screenshot(path):
 
 # Reading fields back: asked of the programs each time, nothing is remembered
 
-EDITABLE, FOCUSABLE, MULTI_LINE, SELECTED = 7, 11, 17, 23
+EDITABLE, FOCUSABLE, FOCUSED, MULTI_LINE, SELECTED = 7, 11, 12, 17, 23
 
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _TEXT = "org.a11y.atspi.Text"
