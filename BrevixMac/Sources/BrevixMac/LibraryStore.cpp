@@ -78,7 +78,7 @@ QList<QJsonObject> documentsIn(const QByteArray &body)
     QList<QJsonObject> documents;
     const QJsonArray list = answer.object().value(u"documents").toArray();
     documents.reserve(list.size());
-    for (const QJsonValue &value : list) {
+    for (const auto &value : list) {
         if (!value.isObject())
             return {};
         documents.append(value.toObject());

@@ -83,12 +83,12 @@ QString PickerResult::id() const
 
 QString PickerResult::title() const
 {
-    return prompt() ? prompt()->title : skill()->title;
+    return std::visit([](const auto &either) { return either.title; }, item);
 }
 
 QString PickerResult::text() const
 {
-    return prompt() ? prompt()->text : skill()->text;
+    return std::visit([](const auto &either) { return either.text; }, item);
 }
 
 namespace PickerResults {

@@ -54,7 +54,7 @@ private:
 };
 
 /// For a cache of each ranker: 32 MiB of lower-cased text and as much of the library's own.
-inline constexpr qsizetype cacheCapacity = 16 * 1024 * 1024;
+inline constexpr qsizetype cacheCapacity = qsizetype(16) * 1024 * 1024;
 
 /// Position of each identifier. A repeated one stops the program.
 QHash<QString, qint64> recencyByID(const QStringList &recentIDs);

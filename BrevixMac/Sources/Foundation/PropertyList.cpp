@@ -102,10 +102,10 @@ QVariant dictionaryValue(plist_t node, int depth)
         plist_t item = nullptr;
         plist_dict_next_item(node, iterator.get(), &rawKey, &item);
         const CString key(rawKey);
-        QVariant value = item ? toVariant(item, depth + 1) : QVariant();
+        const QVariant value = item ? toVariant(item, depth + 1) : QVariant();
         if (!key || !value.isValid())
             return {};
-        dictionary.insert(QString::fromUtf8(key.get()), std::move(value));
+        dictionary.insert(QString::fromUtf8(key.get()), value);
     }
     return dictionary;
 }

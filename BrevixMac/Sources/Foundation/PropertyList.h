@@ -13,7 +13,7 @@
 namespace PropertyList {
 
 /// Largest list that is read, in bytes (16 MiB); a larger one counts as unreadable.
-inline constexpr qsizetype maximumSize = 16 * 1024 * 1024;
+inline constexpr qsizetype maximumSize = qsizetype(16) * 1024 * 1024;
 
 /// The dictionary in @p bytes, or nothing when they are no property list or its root is no dictionary.
 std::optional<QVariantMap> parseDictionary(const QByteArray &bytes);
