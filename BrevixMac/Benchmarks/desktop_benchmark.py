@@ -12,6 +12,9 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "Tests/EndToEnd"))
 import desktop_driver as desk  # noqa: E402
+import gi  # noqa: E402
+
+gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
 RETURN_KEY = 36

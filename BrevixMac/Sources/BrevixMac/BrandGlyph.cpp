@@ -16,6 +16,26 @@ constexpr qreal initialShare = 0.72;
 constexpr QRgb brandTop = 0xff9b6dff;
 constexpr QRgb brandBottom = 0xff6a36e4;
 
+void paintGlyph(QPainter &painter, const QRectF &frame, const QIcon &glyph)
+{
+    QLinearGradient violet(frame.topLeft(), frame.bottomRight());
+    violet.setColorAt(0, QColor::fromRgb(brandTop));
+    violet.setColorAt(1, QColor::fromRgb(brandBottom));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(violet);
+    painter.drawRoundedRect(frame, frame.width() * cornerShare, frame.width() * cornerShare);
+
+    const int side = static_cast<int>(frame.width() * initialShare);
+    QPixmap initial = glyph.pixmap(QSize(side, side), painter.deviceTransform().m11());
+    QPainter tint(&initial);
+    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    tint.fillRect(QRect({}, initial.deviceIndependentSize().toSize()), Qt::white);
+    tint.end();
+    painter.drawPixmap(frame.topLeft() + QPointF((frame.width() - side) / 2, (frame.height() - side) / 2),
+                       initial);
+}
+
 } // namespace
 
 BrandGlyph::BrandGlyph(QWidget *parent)
@@ -32,23 +52,23 @@ QSize BrandGlyph::sizeHint() const
     return {side, side};
 }
 
+QIcon BrandGlyph::icon()
+{
+    const QIcon glyph = MenuBarController::brevixTemplateGlyph(glyphSize);
+    QIcon icon;
+    for (const int side : {16, 18, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paintGlyph(painter, QRectF(0, 0, side, side), glyph);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
 void BrandGlyph::paintEvent(QPaintEvent *)
 {
-    const QRectF frame = rect();
-    QLinearGradient violet(frame.topLeft(), frame.bottomRight());
-    violet.setColorAt(0, QColor::fromRgb(brandTop));
-    violet.setColorAt(1, QColor::fromRgb(brandBottom));
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(violet);
-    painter.drawRoundedRect(frame, frame.width() * cornerShare, frame.width() * cornerShare);
-
-    const int side = static_cast<int>(frame.width() * initialShare);
-    QPixmap initial = m_initial.pixmap(QSize(side, side), painter.deviceTransform().m11());
-    QPainter tint(&initial);
-    tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    tint.fillRect(QRect({}, initial.deviceIndependentSize().toSize()), Qt::white);
-    tint.end();
-    painter.drawPixmap(QPointF((frame.width() - side) / 2, (frame.height() - side) / 2), initial);
+    paintGlyph(painter, rect(), m_initial);
 }

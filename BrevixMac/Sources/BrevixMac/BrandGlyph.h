@@ -15,6 +15,9 @@ public:
 
     QSize sizeHint() const override;
 
+    /// The mark as an icon, for trays.
+    static QIcon icon();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 

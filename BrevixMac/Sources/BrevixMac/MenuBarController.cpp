@@ -2,6 +2,7 @@
 #include "MenuBarController.h"
 
 #include "AppState.h"
+#include "BrandGlyph.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "Theme.h"
@@ -9,6 +10,7 @@
 #include "Desktop/StatusItem.h"
 #include "Desktop/Workspace.h"
 
+#include <QCoreApplication>
 #include <QCursor>
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -102,7 +104,8 @@ void MenuBarController::install(AppState &appState)
     appState.presentPaletteAction = [this] { showPicker(); };
     appState.dismissPaletteAction = [this] { closePicker(); };
 
-    m_statusItem.setImage(brevixTemplateGlyph(18));
+    // Trays here do not tint a template, and theirs may be dark or light: the brand glyph shows on both.
+    m_statusItem.setImage(BrandGlyph::icon());
     updateStatusItem();
     m_statusItem.install();
     prepareFirstShow();
@@ -114,6 +117,10 @@ void MenuBarController::prepareFirstShow()
     m_panel->setCompositing(m_workspace.isCompositing());
     m_panel->winId();
     m_panel->ensurePolished();
+    m_panel->layout()->activate();
+    // Wrapped texts ask for another height once they know their width; answered now, not while the user
+    // looks.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     m_panel->layout()->activate();
     m_panel->grab();
 }

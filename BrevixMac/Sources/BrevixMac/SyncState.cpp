@@ -3,6 +3,18 @@
 
 #include <QLocale>
 
+namespace {
+
+QString shortTime(const QTime &time)
+{
+    const QLocale locale;
+    // The C locale, unlike those of people, has seconds in its short form.
+    const QString format = locale.timeFormat(QLocale::ShortFormat).remove(QStringLiteral(":ss"));
+    return locale.toString(time, format);
+}
+
+} // namespace
+
 QString SyncState::title() const
 {
     switch (kind) {
@@ -11,7 +23,7 @@ QString SyncState::title() const
     case Kind::loading:
         return QStringLiteral("Syncing...");
     case Kind::synced:
-        return u"Updated " + QLocale().toString(date.toLocalTime().time(), QLocale::ShortFormat);
+        return u"Updated " + shortTime(date.toLocalTime().time());
     case Kind::error:
         return message;
     }
