@@ -54,7 +54,8 @@ struct Display
 
     void key(xcb_keycode_t code, bool down) const
     {
-        xcb_test_fake_input(connection, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME, root, 0, 0, 0);
+        xcb_test_fake_input(connection, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME, root,
+                            0, 0, 0);
     }
 
     void press(std::initializer_list<xcb_keycode_t> codes) const
@@ -82,21 +83,23 @@ struct Display
 
     bool isViewable(xcb_window_t window) const
     {
-        const auto reply = own(
-            xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr));
+        const auto reply = own(xcb_get_window_attributes_reply(
+            connection, xcb_get_window_attributes(connection, window), nullptr));
         return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
     }
 
     std::pair<int, int> size(xcb_window_t window) const
     {
-        const auto reply = own(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
+        const auto reply =
+            own(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
         return reply ? std::pair<int, int>(reply->width, reply->height) : std::pair<int, int>(0, 0);
     }
 
     std::string wmClass(xcb_window_t window) const
     {
         const auto reply = own(xcb_get_property_reply(
-            connection, xcb_get_property(connection, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 64), nullptr));
+            connection, xcb_get_property(connection, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 64),
+            nullptr));
         if (!reply)
             return {};
         return {static_cast<const char *>(xcb_get_property_value(reply.get())),
@@ -106,8 +109,8 @@ struct Display
     pid_t owner(xcb_window_t window) const
     {
         xcb_res_client_id_spec_t spec{.client = window, .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        const auto reply = own(
-            xcb_res_query_client_ids_reply(connection, xcb_res_query_client_ids(connection, 1, &spec), nullptr));
+        const auto reply = own(xcb_res_query_client_ids_reply(
+            connection, xcb_res_query_client_ids(connection, 1, &spec), nullptr));
         if (!reply)
             return 0;
         const auto ids = xcb_res_query_client_ids_ids_iterator(reply.get());
@@ -130,8 +133,11 @@ struct Display
 void report(const char *what, std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
-    const auto at = [&](double share) { return values[std::min(values.size() - 1, std::size_t(share * values.size()))]; };
-    std::printf("%-44s median %6.1f ms   95 %% %6.1f ms   (%zu runs)\n", what, at(0.5), at(0.95), values.size());
+    const auto at = [&](double share) {
+        return values[std::min(values.size() - 1, std::size_t(share * values.size()))];
+    };
+    std::printf("%-44s median %6.1f ms   95 %% %6.1f ms   (%zu runs)\n", what, at(0.5), at(0.95),
+                values.size());
 }
 
 double millisecondsSince(Clock::time_point start)
@@ -150,7 +156,9 @@ int measureStart(const char *binary, int runs)
             execl(binary, binary, "--local", nullptr);
             _exit(127);
         }
-        const auto isIcon = [&](xcb_window_t window) { return display.owner(window) == pid && display.isViewable(window); };
+        const auto isIcon = [&](xcb_window_t window) {
+            return display.owner(window) == pid && display.isViewable(window);
+        };
         bool shown = false;
         while (!shown && millisecondsSince(start) < 5000) {
             shown = display.find(display.root, isIcon) != XCB_NONE;
@@ -187,7 +195,8 @@ int measurePanel(int runs)
 {
     const Display display;
     const auto isPanel = [&](xcb_window_t window) {
-        return display.size(window) == std::pair(520, 640) && display.wmClass(window).find("brevix") != std::string::npos;
+        return display.size(window) == std::pair(520, 640) &&
+               display.wmClass(window).find("brevix") != std::string::npos;
     };
     const xcb_window_t panel = display.find(display.root, isPanel);
     if (panel == XCB_NONE) {
@@ -195,7 +204,8 @@ int measurePanel(int runs)
         return 1;
     }
     const auto *extension = xcb_get_extension_data(display.connection, &xcb_damage_id);
-    free(xcb_damage_query_version_reply(display.connection, xcb_damage_query_version(display.connection, 1, 1), nullptr));
+    free(xcb_damage_query_version_reply(display.connection,
+                                        xcb_damage_query_version(display.connection, 1, 1), nullptr));
     const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(display.connection, panel, XCB_CW_EVENT_MASK, &mask);
     const xcb_damage_damage_t damage = xcb_generate_id(display.connection);
@@ -234,7 +244,7 @@ int measurePanel(int runs)
     return 0;
 }
 
-}
+} // namespace
 
 int main(int argc, char **argv)
 {

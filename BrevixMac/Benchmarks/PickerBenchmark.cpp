@@ -10,7 +10,8 @@ namespace {
 
 QString textOf(int number)
 {
-    const QString sentence = QStringLiteral("Rewrite the paragraph number %1 for a busy reader and keep the facts. ");
+    const QString sentence =
+        QStringLiteral("Rewrite the paragraph number %1 for a busy reader and keep the facts. ");
     QString text;
     while (text.size() < 2048)
         text += sentence.arg(number);

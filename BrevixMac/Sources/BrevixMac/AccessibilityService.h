@@ -8,8 +8,8 @@
 class AccessibilityTree;
 class Workspace;
 
-/// Finds out which text field the user was in, in whatever application, and writes text into it. Holds no state.
-/// Main thread only. Every platform error is "no value" or false.
+/// Finds out which text field the user was in, in whatever application, and writes text into it. Holds no
+/// state. Main thread only. Every platform error is "no value" or false.
 class AccessibilityService final : public FocusedElementProviding
 {
 public:
@@ -29,7 +29,8 @@ public:
     /// True for a field that must not be written: a password field by its role or subrole.
     static bool isSecureField(const FocusedTarget &target);
 
-    /// Replaces the selection of @p target by @p text and puts the caret after it. True when the value was written.
+    /// Replaces the selection of @p target by @p text and puts the caret after it. True when the value was
+    /// written.
     QCoro::Task<bool> insertText(QString text, FocusedTargetPtr target);
 
 private:

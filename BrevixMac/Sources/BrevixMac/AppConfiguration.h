@@ -33,8 +33,8 @@ struct AppConfiguration
     /// The built-in values; a process-wide constant.
     static const AppConfiguration &fallback();
 
-    /// Reads the two property lists from the application's resources. Whatever is missing, unreadable or of the wrong
-    /// kind takes its built-in value; never fails.
+    /// Reads the two property lists from the application's resources. Whatever is missing, unreadable or of
+    /// the wrong kind takes its built-in value; never fails.
     static AppConfiguration load();
 
     /// The same from the folder @p resourceFolder.

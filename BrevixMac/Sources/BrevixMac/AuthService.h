@@ -28,7 +28,8 @@ struct BrevixUserSession
     bool operator==(const BrevixUserSession &) const = default;
 };
 
-/// The persisted session. Its JSON keys are the field names; the date is a number of seconds since 2001-01-01 UTC.
+/// The persisted session. Its JSON keys are the field names; the date is a number of seconds since 2001-01-01
+/// UTC.
 struct StoredAuthSession
 {
     QString uid;
@@ -68,7 +69,10 @@ public:
         notSignedIn,
     };
 
-    explicit AuthError(Kind kind) : AuthError(kind, {}, {}) {}
+    explicit AuthError(Kind kind)
+        : AuthError(kind, {}, {})
+    {
+    }
     /// @p code only for apiError; @p message for apiError and oauthCallbackError.
     AuthError(Kind kind, const QString &code, const QString &message);
 
@@ -92,8 +96,8 @@ public:
     static const QString storageKey; ///< "brevix.oauthSession"
 
     /// @p http and @p defaults must outlive this object.
-    AuthService(AppConfiguration configuration, CloudEndpoints endpoints, HttpClient &http, UserDefaults &defaults,
-                std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+    AuthService(AppConfiguration configuration, CloudEndpoints endpoints, HttpClient &http,
+                UserDefaults &defaults, std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
 
     const std::optional<BrevixUserSession> &currentUser() const { return m_currentUser; }
     bool isAuthenticating() const { return m_isAuthenticating; }
@@ -102,13 +106,15 @@ public:
     /// Restores a stored session in the background.
     void start();
 
-    /// Signs in over @p hasPresentingWindow's window. The browser half is not available yet: ends in a message.
+    /// Signs in over @p hasPresentingWindow's window. The browser half is not available yet: ends in a
+    /// message.
     QCoro::Task<> signIn(bool hasPresentingWindow);
 
     /// Forgets the session; a refresh under way ends as cancelled. The server is not told.
     void signOut();
 
-    /// A token good for more than 120 s, refreshed when needed. Throws AuthError, TransportError or CancelledError.
+    /// A token good for more than 120 s, refreshed when needed. Throws AuthError, TransportError or
+    /// CancelledError.
     QCoro::Task<QString> validFirebaseIDToken();
 
 Q_SIGNALS:

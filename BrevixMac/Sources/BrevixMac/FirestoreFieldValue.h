@@ -69,4 +69,4 @@ QString encodedPath(const QStringList &components);
 /// The error of an answer whose status is not 200 to 299.
 FirestoreRESTError decodeFirestoreError(const QByteArray &data, int statusCode);
 
-}
+} // namespace FirestoreCodec

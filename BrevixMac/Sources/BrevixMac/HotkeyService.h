@@ -20,8 +20,8 @@ public:
     /// The application's own instance.
     static HotkeyService *shared();
 
-    /// Makes @p shortcut the hotkey and @p handler what it runs, in place of an earlier one. A combination the session
-    /// refuses leaves no registration; isRegistered() tells.
+    /// Makes @p shortcut the hotkey and @p handler what it runs, in place of an earlier one. A combination
+    /// the session refuses leaves no registration; isRegistered() tells.
     void registerHotkey(const KeyboardShortcut &shortcut, std::function<void()> handler) override;
     void unregisterHotkey() override;
 

@@ -13,7 +13,8 @@ class PreferenceStore;
 class Workspace;
 
 /// Places rendered text into a captured field: directly, by a paste that keeps the user's clipboard, or by a
-/// plain copy. Main thread only. Every outcome is an InsertionResult whose message is for the user; nothing is thrown.
+/// plain copy. Main thread only. Every outcome is an InsertionResult whose message is for the user; nothing
+/// is thrown.
 class InsertionService final : public PromptInserting
 {
 public:
@@ -32,7 +33,8 @@ public:
     bool copy(const QString &text) override;
 
 private:
-    QCoro::Task<std::optional<InsertionResult>> attemptAccessibilityInsertion(QString text, FocusedTargetPtr target);
+    QCoro::Task<std::optional<InsertionResult>> attemptAccessibilityInsertion(QString text,
+                                                                              FocusedTargetPtr target);
     QCoro::Task<InsertionResult> attemptClipboardPaste(QString text, FocusedTargetPtr target);
 
     PermissionsService &m_permissions;

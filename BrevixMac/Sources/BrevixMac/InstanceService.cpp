@@ -34,7 +34,7 @@ InstanceService::Answer InstanceService::ask(const QString &method)
     const QDBusMessage reply = bus.call(call, QDBus::Block, answerTimeout);
     if (reply.type() != QDBusMessage::ErrorMessage)
         return Answer::done;
-    const bool isAbsent = reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown")
-        || reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+    const bool isAbsent = reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
+                          reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
     return isAbsent ? Answer::notRunning : Answer::failed;
 }

@@ -16,7 +16,7 @@ struct KeyboardShortcut
     static constexpr quint64 command = 0x100000;
     static constexpr quint64 allModifiers = shift | control | option | command;
 
-    quint32 keyCode = 35;                  ///< the P key
+    quint32 keyCode = 35; ///< the P key
     quint64 modifiers = command | shift;
 
     bool operator==(const KeyboardShortcut &) const = default;

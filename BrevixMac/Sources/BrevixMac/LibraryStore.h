@@ -26,8 +26,8 @@ public:
     static constexpr std::chrono::seconds refreshInterval{45};
 
     /// @p auth and @p http must outlive this object.
-    LibraryStore(AppConfiguration configuration, CloudEndpoints endpoints, AuthService &auth, HttpClient &http,
-                 std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+    LibraryStore(AppConfiguration configuration, CloudEndpoints endpoints, AuthService &auth,
+                 HttpClient &http, std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
     ~LibraryStore() override;
 
     const QList<PromptCategory> &categories() const override { return m_categories; }

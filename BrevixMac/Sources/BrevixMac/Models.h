@@ -60,7 +60,10 @@ struct VariableToken
     bool operator==(const VariableToken &) const = default;
 };
 
-inline size_t qHash(const VariableToken &token, size_t seed = 0) { return qHash(token.name, seed); }
+inline size_t qHash(const VariableToken &token, size_t seed = 0)
+{
+    return qHash(token.name, seed);
+}
 
 /// Values by variable name, as the user typed them.
 using VariableValues = QMap<QString, QString>;

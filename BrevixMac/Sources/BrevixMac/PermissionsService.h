@@ -8,7 +8,8 @@
 class AccessibilityTree;
 class KeyEvents;
 
-/// Publishes the two grants that insertion needs. Main thread only. The flags change only by reading the session.
+/// Publishes the two grants that insertion needs. Main thread only. The flags change only by reading the
+/// session.
 class PermissionsService : public QObject
 {
     Q_OBJECT

@@ -77,8 +77,8 @@ QList<PickerResult> recentPickerResults(const QList<PromptItem> &prompts, const 
                                         const QList<RecentPromptRecord> &recents,
                                         const QList<RecentSkillRecord> &recentSkills);
 
-/// The quick picker's sections: the first 8 recent results for a blank @p query, else up to 6 ranked prompts and
-/// 6 ranked skills.
+/// The quick picker's sections: the first 8 recent results for a blank @p query, else up to 6 ranked prompts
+/// and 6 ranked skills.
 QList<PickerResultSection> resultSections(const QString &query, const QList<PickerResult> &recent,
                                           const QList<PromptItem> &visiblePrompts,
                                           const QList<SkillItem> &visibleSkills, const SyncState &syncState);
@@ -96,7 +96,7 @@ qsizetype libraryItemCount(const LibraryFilter &filter, const QList<PromptItem> 
                            const QList<SkillItem> &skills);
 
 /// @p isSecure answers for @p target.
-PickerTargetStatus targetStatus(bool accessibilityGranted, bool postEventGranted, const FocusedTargetPtr &target,
-                                bool isSecure, const QString &hotkeyLabel);
+PickerTargetStatus targetStatus(bool accessibilityGranted, bool postEventGranted,
+                                const FocusedTargetPtr &target, bool isSecure, const QString &hotkeyLabel);
 
-}
+} // namespace PickerResults

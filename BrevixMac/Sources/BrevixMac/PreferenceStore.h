@@ -10,8 +10,8 @@
 
 class UserDefaults;
 
-/// The user's settings, kept across launches. Main thread only. Read once at construction; each assignment notifies and
-/// then writes through at once. Missing or mistyped stored values read as their defaults.
+/// The user's settings, kept across launches. Main thread only. Read once at construction; each assignment
+/// notifies and then writes through at once. Missing or mistyped stored values read as their defaults.
 class PreferenceStore : public QObject
 {
     Q_OBJECT

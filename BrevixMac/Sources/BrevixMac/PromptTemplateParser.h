@@ -10,8 +10,8 @@ namespace PromptTemplateParser {
 /// A field is two opening braces, one or more characters other than braces, two closing braces.
 QList<VariableToken> variables(const QString &text);
 
-/// Replaces every exact `{{name}}` by its value, one variable after another. A variable without an entry in @p values
-/// keeps its placeholder; so does a field written with spaces inside its braces.
+/// Replaces every exact `{{name}}` by its value, one variable after another. A variable without an entry in
+/// @p values keeps its placeholder; so does a field written with spaces inside its braces.
 RenderedPrompt render(const PromptItem &prompt, const VariableValues &values);
 
-}
+} // namespace PromptTemplateParser

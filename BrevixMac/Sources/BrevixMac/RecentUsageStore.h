@@ -45,7 +45,8 @@ public:
     static constexpr qsizetype cap = 20;
 
     /// @p defaults must outlive this object. @p now tells the time of a use.
-    explicit RecentUsageStore(UserDefaults &defaults, std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+    explicit RecentUsageStore(UserDefaults &defaults,
+                              std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
 
     const QList<RecentPromptRecord> &recents() const { return m_recents; }
     const QList<RecentSkillRecord> &recentSkills() const { return m_recentSkills; }

@@ -15,8 +15,14 @@ struct SyncState
 
     static SyncState idle() { return {}; }
     static SyncState loading() { return {.kind = Kind::loading, .date = {}, .message = {}}; }
-    static SyncState synced(const QDateTime &date) { return {.kind = Kind::synced, .date = date, .message = {}}; }
-    static SyncState error(const QString &message) { return {.kind = Kind::error, .date = {}, .message = message}; }
+    static SyncState synced(const QDateTime &date)
+    {
+        return {.kind = Kind::synced, .date = date, .message = {}};
+    }
+    static SyncState error(const QString &message)
+    {
+        return {.kind = Kind::error, .date = {}, .message = message};
+    }
 
     /// The status line's text, times in the user's locale.
     QString title() const;

@@ -46,7 +46,7 @@ inline const QString comboBox = QStringLiteral("AXComboBox");
 inline const QString application = QStringLiteral("AXApplication");
 inline const QString secureTextField = QStringLiteral("AXSecureTextField"); ///< a subrole
 inline const QString terminal = QStringLiteral("AXTerminal");               ///< a subrole of AXTextArea
-}
+} // namespace AX
 
 /// The accessibility tree of every other application in the session. Main thread only.
 ///
@@ -62,13 +62,16 @@ public:
     AccessibilityElement systemWideElement() const;
     AccessibilityElement applicationElement(qint64 processIdentifier) const;
 
-    /// Value of the attribute @p name of @p element. AXFocusedUIElement is an element (asked of the system-wide
-    /// or an application element), AXRole and AXSubrole are text, AXValue is text, AXSelectedTextRange a range.
-    virtual QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element, QString name) = 0;
+    /// Value of the attribute @p name of @p element. AXFocusedUIElement is an element (asked of the
+    /// system-wide or an application element), AXRole and AXSubrole are text, AXValue is text,
+    /// AXSelectedTextRange a range.
+    virtual QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element,
+                                                                     QString name) = 0;
 
     /// Writes AXValue or AXSelectedTextRange. Writing AXValue changes only what differs from the present
     /// value, and is true only after the element has been read back and holds @p value.
-    virtual QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name, AccessibilityValue value) = 0;
+    virtual QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
+                                           AccessibilityValue value) = 0;
 
     /// False for read-only elements and for those known to accept a write without carrying it out.
     virtual QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) = 0;

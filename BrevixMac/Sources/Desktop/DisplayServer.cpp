@@ -41,6 +41,10 @@ void choosePlatform()
 {
     if (!isSet("QT_QPA_PLATFORM") && isSet("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+    // Nothing here draws with OpenGL, and its libraries are the largest part of a Qt program's start and
+    // memory.
+    if (!isSet("QT_XCB_GL_INTEGRATION"))
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
-} // namespace Display
+} // namespace DisplayServer

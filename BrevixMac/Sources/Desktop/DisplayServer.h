@@ -14,4 +14,4 @@ std::optional<QString> problem();
 /// Sets Qt's platform to the one whose mechanisms this session supports, unless the user chose one.
 void choosePlatform();
 
-} // namespace Display
+} // namespace DisplayServer

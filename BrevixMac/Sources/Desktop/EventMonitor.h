@@ -29,7 +29,10 @@ public:
     class Subscription
     {
     public:
-        explicit Subscription(std::function<void()> cancel) : m_cancel(std::move(cancel)) {}
+        explicit Subscription(std::function<void()> cancel)
+            : m_cancel(std::move(cancel))
+        {
+        }
         ~Subscription() { m_cancel(); }
         Subscription(const Subscription &) = delete;
         Subscription &operator=(const Subscription &) = delete;
@@ -40,8 +43,8 @@ public:
 
     using QObject::QObject;
 
-    /// Calls @p handler from the event loop for each event of @p types that does not go to one of our own windows
-    /// (left and right buttons, any key). Never changes or holds back the event.
+    /// Calls @p handler from the event loop for each event of @p types that does not go to one of our own
+    /// windows (left and right buttons, any key). Never changes or holds back the event.
     [[nodiscard]] virtual std::unique_ptr<Subscription>
     addGlobalMonitor(MonitoredEvent::Types types, std::function<void(const MonitoredEvent &)> handler) = 0;
 };

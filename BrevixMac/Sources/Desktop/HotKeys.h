@@ -11,9 +11,10 @@ class HotKeys : public QObject
 public:
     using QObject::QObject;
 
-    /// Takes the key number @p keyCode (the layout-independent ANSI key table) with exactly @p modifiers (Shift 0x20000,
-    /// Control 0x40000, Option 0x80000, Command 0x100000), whatever the lock keys are. Replaces an earlier one.
-    /// False when somebody else holds the combination or the session has no such facility.
+    /// Takes the key number @p keyCode (the layout-independent ANSI key table) with exactly @p modifiers
+    /// (Shift 0x20000, Control 0x40000, Option 0x80000, Command 0x100000), whatever the lock keys are.
+    /// Replaces an earlier one. False when somebody else holds the combination or the session has no such
+    /// facility.
     virtual bool registerHotKey(quint32 keyCode, quint64 modifiers) = 0;
 
     virtual void unregisterHotKey() = 0;

@@ -20,9 +20,9 @@ public:
     /// Starts the session's consent where there is one; postingAllowedChanged() tells the outcome.
     virtual void requestPosting() = 0;
 
-    /// Presses and releases the paste chord of @p convention once, in whatever has the focus. Waits up to 2 s for
-    /// modifiers that the user still holds, and releases every key it pressed on each path. False when nothing could
-    /// be posted.
+    /// Presses and releases the paste chord of @p convention once, in whatever has the focus. Waits up to 2 s
+    /// for modifiers that the user still holds, and releases every key it pressed on each path. False when
+    /// nothing could be posted.
     virtual QCoro::Task<bool> postPasteChord(PasteConvention convention) = 0;
 
 Q_SIGNALS:

@@ -29,19 +29,20 @@ public:
     using QObject::QObject;
 
     /// Everything on the clipboard, every type as raw bytes. An empty clipboard is an empty list; a type the
-    /// owner refuses is left out. Nothing when the owner did not answer within the time bound (about 500 ms) or the
-    /// content is larger than can be kept (64 MiB): then it must not be overwritten unasked.
+    /// owner refuses is left out. Nothing when the owner did not answer within the time bound (about 500 ms)
+    /// or the content is larger than can be kept (64 MiB): then it must not be overwritten unasked.
     virtual QCoro::Task<std::optional<QList<PasteboardItem>>> items() = 0;
 
     /// Replaces the clipboard by @p text as plain text. False when the session refused.
     virtual bool setString(const QString &text) = 0;
 
-    /// The same for text that stays only until restore(): marked so that clipboard histories skip it, offered where
+    /// The same for text that stays only until restore(): marked so that clipboard histories skip it, offered
+    /// where
     /// @p convention pastes from, and watched for being read.
     virtual bool setTransientString(const QString &text, PasteConvention convention) = 0;
 
-    /// Puts @p items back after setTransientString(); an empty list leaves the clipboard empty. Takes effect only
-    /// when the transient text has been read and some quiet time has passed, or after a cap of a few
+    /// Puts @p items back after setTransientString(); an empty list leaves the clipboard empty. Takes effect
+    /// only when the transient text has been read and some quiet time has passed, or after a cap of a few
     /// seconds, and never when somebody else has copied meanwhile.
     virtual bool restore(const QList<PasteboardItem> &items) = 0;
 

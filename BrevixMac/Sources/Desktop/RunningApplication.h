@@ -21,8 +21,8 @@ struct RunningApplication
     std::optional<QString> bundleIdentifier; ///< desktop entry id where known, else the window class
     std::optional<QString> localizedName;    ///< the name a user knows it by
     PasteConvention pasteConvention = PasteConvention::standard;
-    quint64 window = 0;             ///< the mechanism's own token of its window, 0 when it has none
-    quint64 processStartTime = 0;   ///< the mechanism's guard against reused process identifiers, 0 unknown
+    quint64 window = 0;           ///< the mechanism's own token of its window, 0 when it has none
+    quint64 processStartTime = 0; ///< the mechanism's guard against reused process identifiers, 0 unknown
 
     bool operator==(const RunningApplication &) const = default;
 };

@@ -8,8 +8,8 @@
 
 #include <optional>
 
-/// The icon in the desktop's tray. Main thread only. A tray host may come and go at any time: the item appears as soon
-/// as there is one.
+/// The icon in the desktop's tray. Main thread only. A tray host may come and go at any time: the item
+/// appears as soon as there is one.
 class StatusItem : public QObject
 {
     Q_OBJECT

@@ -27,8 +27,8 @@ public:
 
     virtual bool isTerminated(const RunningApplication &application) const = 0;
 
-    /// Brings @p application's window to the front with the focus. True once it has the focus, or at once when it has
-    /// it already; false when it is gone or did not get there within 500 ms.
+    /// Brings @p application's window to the front with the focus. True once it has the focus, or at once
+    /// when it has it already; false when it is gone or did not get there within 500 ms.
     virtual QCoro::Task<bool> activate(RunningApplication application) = 0;
 
     /// Gives one of our own windows the keyboard focus, past focus-stealing prevention.

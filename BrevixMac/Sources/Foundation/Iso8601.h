@@ -20,4 +20,4 @@ std::optional<QDateTime> parseWithFraction(QStringView text);
 /// The same without a fraction of the second.
 std::optional<QDateTime> parseWithoutFraction(QStringView text);
 
-}
+} // namespace Iso8601

@@ -9,7 +9,8 @@
 
 /// Reading and writing property lists (XML and binary in, XML out), through libplist.
 /// Values keep their kinds apart: text is QString, data is QByteArray, booleans are bool, integers are
-/// qlonglong, reals are double, dates are QDateTime (UTC), lists are QVariantList, dictionaries are QVariantMap.
+/// qlonglong, reals are double, dates are QDateTime (UTC), lists are QVariantList, dictionaries are
+/// QVariantMap.
 namespace PropertyList {
 
 /// Largest list that is read, in bytes (16 MiB); a larger one counts as unreadable.
@@ -24,4 +25,4 @@ std::optional<QVariantMap> readDictionary(const QString &path);
 /// XML property list of @p dictionary. A value of a kind that property lists do not have is left out.
 QByteArray serialize(const QVariantMap &dictionary);
 
-}
+} // namespace PropertyList

@@ -14,8 +14,8 @@ class TerminationSignals : public QObject
     Q_OBJECT
 
 public:
-    /// Holds the signals back until there is an object to deliver them. To be called before any thread starts: a thread
-    /// that does not hold them back would end the process.
+    /// Holds the signals back until there is an object to deliver them. To be called before any thread
+    /// starts: a thread that does not hold them back would end the process.
     static void holdBack();
 
     TerminationSignals();

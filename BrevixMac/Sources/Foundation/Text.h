@@ -55,4 +55,4 @@ std::vector<qsizetype> characterBoundaries(QStringView text);
 /// Canonically equivalent titles compare as equal.
 int compareTitles(const QString &left, const QString &right);
 
-}
+} // namespace Text

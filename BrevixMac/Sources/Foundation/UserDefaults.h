@@ -21,7 +21,8 @@ public:
     UserDefaults(const UserDefaults &) = delete;
     UserDefaults &operator=(const UserDefaults &) = delete;
 
-    /// Path of the store named @p domain in the user's configuration folder (XDG Base Directory specification).
+    /// Path of the store named @p domain in the user's configuration folder (XDG Base Directory
+    /// specification).
     static QString pathForDomain(const QString &domain);
 
     /// A value under @p key; nothing when it is missing or of another kind.

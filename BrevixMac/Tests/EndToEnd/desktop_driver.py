@@ -39,6 +39,17 @@ def output(*command, input=None, timeout=10):
     return done.stdout if done.returncode == 0 else b""
 
 
+def without_memory():
+    """Folders in which a target finds nothing of an earlier run, such as an unsaved text to be restored."""
+    folder = tempfile.mkdtemp(dir=os.environ["HOME"])
+    # Xfce's terminal asks before it takes several lines; a user of Brevix would have answered that once for all.
+    terminal = pathlib.Path(folder) / "config/xfce4/terminal/terminalrc"
+    terminal.parent.mkdir(parents=True)
+    terminal.write_text("[Configuration]\nMiscShowUnsafePasteDialog=FALSE\n")
+    kinds = ("CONFIG", "DATA", "CACHE", "STATE")
+    return {"GSETTINGS_BACKEND": "memory", **{f"XDG_{kind}_HOME": f"{folder}/{kind.lower()}" for kind in kinds}}
+
+
 class Program:
     """A started program that is ended with the test."""
 
@@ -129,7 +140,7 @@ _TEXT = "org.a11y.atspi.Text"
 _bus = None
 
 
-def _accessibility_bus():
+def accessibility_bus():
     global _bus
     if _bus is None:
         session = Gio.bus_get_sync(Gio.BusType.SESSION)
@@ -146,7 +157,7 @@ class Node:
         self.owner, self.path = owner, path
 
     def _call(self, interface, method, arguments=None, timeout=1000):
-        return _accessibility_bus().call_sync(self.owner, self.path, interface, method, arguments, None, 0,
+        return accessibility_bus().call_sync(self.owner, self.path, interface, method, arguments, None, 0,
                                               timeout).unpack()
 
     def _property(self, interface, name):
@@ -186,7 +197,7 @@ class Node:
 
     @property
     def pid(self):
-        answer = _accessibility_bus().call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        answer = accessibility_bus().call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                                                 "GetConnectionUnixProcessID", GLib.Variant("(s)", (self.owner,)), None,
                                                 0, 1000)
         return answer.unpack()[0]

@@ -4,7 +4,6 @@ import json
 import os
 import pathlib
 import subprocess
-import tempfile
 import unittest
 
 import desktop_driver as desk
@@ -75,20 +74,9 @@ class Scenario(unittest.TestCase):
             program.stop()
 
     def start(self, *command, **options):
-        program = desk.Program(*command, env=self.without_memory(), **options)
+        program = desk.Program(*command, env=desk.without_memory(), **options)
         self.programs.append(program)
         return program
-
-    @staticmethod
-    def without_memory():
-        """Folders in which a target finds nothing of an earlier run, such as an unsaved text to be restored."""
-        folder = tempfile.mkdtemp(dir=os.environ["HOME"])
-        # Xfce's terminal asks before it takes several lines; a user of Brevix would have answered that once for all.
-        terminal = pathlib.Path(folder) / "config/xfce4/terminal/terminalrc"
-        terminal.parent.mkdir(parents=True)
-        terminal.write_text("[Configuration]\nMiscShowUnsafePasteDialog=FALSE\n")
-        kinds = ("CONFIG", "DATA", "CACHE", "STATE")
-        return {"GSETTINGS_BACKEND": "memory", **{f"XDG_{kind}_HOME": f"{folder}/{kind.lower()}" for kind in kinds}}
 
     def open_window(self, wm_class, *command, dx=0.5, dy=0.6, **options):
         """Starts a program, waits for its window and clicks into it."""

@@ -37,8 +37,8 @@ bool containsAny(const QString &message, const QStringList &fragments)
 void collectWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     const QMutexLocker lock(&mutex);
-    if ((type == QtWarningMsg || type == QtCriticalMsg) && !containsAny(message, expectedFragments)
-        && !containsAny(message, environmentNoise))
+    if ((type == QtWarningMsg || type == QtCriticalMsg) && !containsAny(message, expectedFragments) &&
+        !containsAny(message, environmentNoise))
         unexpectedWarnings.append(message);
     std::fprintf(stderr, "%s: %s\n", context.category ? context.category : "log", qPrintable(message));
 }
@@ -60,7 +60,7 @@ class WarningListener : public testing::EmptyTestEventListener
     }
 };
 
-}
+} // namespace
 
 void expectWarning(const QString &fragment)
 {
