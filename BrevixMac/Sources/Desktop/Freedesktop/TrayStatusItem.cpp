@@ -225,5 +225,7 @@ bool TrayStatusItem::isShown() const
 std::optional<QRect> TrayStatusItem::geometry() const
 {
     const QRect place = m_embeddedIcon ? m_embeddedIcon->geometry() : QRect();
-    return place.isEmpty() ? std::nullopt : std::optional(place);
+    // Until the host has embedded the icon, Qt tells where its window was made: at the origin.
+    const bool isPlaced = !place.isEmpty() && place.topLeft() != QPoint(0, 0);
+    return isPlaced ? std::optional(place) : std::nullopt;
 }
