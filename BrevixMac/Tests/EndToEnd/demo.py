@@ -123,6 +123,7 @@ def paste_into_terminal(demo, brevix, programs, before):
     demo.step(f"searched for \"{skill['title']}\"", "search-skill")
     desk.keys("Return")
     brevix.wait_until_closed()
+    desk.wait_for("the focus to be back in the terminal", lambda: desk.active_window() == window)
     desk.keys("Return", "ctrl+d")
     desk.wait_for("the pasted text in the terminal",
                   lambda: received.exists() and received.read_text().rstrip("\n") == skill["text"].rstrip("\n"))

@@ -138,9 +138,10 @@ class InsertionIntoTerminals(scenario.Scenario):
         script = folder / "read.sh"
         script.write_text(f"#!/bin/sh\ncat > '{folder}/received'\ntouch '{folder}/done'\n")
         script.chmod(0o755)
-        self.open_window(wm_class, *terminal, str(script))
+        _, window = self.open_window(wm_class, *terminal, str(script))
         self.choose(SKILL)
         self.brevix.wait_until_closed()
+        desk.wait_for("the focus to be back", lambda: desk.active_window() == window)
         desk.keys("Return", "ctrl+d")
         desk.wait_for("the end of input", (folder / "done").exists)
         return (folder / "received").read_text()
