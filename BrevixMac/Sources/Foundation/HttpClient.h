@@ -71,6 +71,8 @@ public:
     ~HttpClient();
 
     /// Throws TransportError or CancelledError; an HTTP error status is an answer, not an exception.
+    /// An answer sent in chunks and cut off may pass for complete, because Qt 6.4 does not always notice: its
+    /// reader must find out by its form.
     QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token token);
 
 private:
