@@ -3,6 +3,7 @@
 
 #include "AppDelegate.h"
 #include "AppState.h"
+#include "AppWindows.h"
 #include "InstanceService.h"
 #include "MenuBarController.h"
 
@@ -82,6 +83,7 @@ struct BrevixMacApp::Parts
     std::unique_ptr<AppState> appState;
     std::unique_ptr<AppDelegate> delegate;
     std::unique_ptr<MenuBarController> menuBar;
+    std::unique_ptr<AppWindows> windows;
 
     void makeState(const AppConfiguration &configuration, const CloudEndpoints &endpoints)
     {
@@ -138,6 +140,7 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
     parts.menuBar = std::make_unique<MenuBarController>(parts.desktop.statusItem(), parts.desktop.workspace(),
                                                         parts.desktop.eventMonitor());
     parts.menuBar->install(*parts.appState);
+    parts.windows = std::make_unique<AppWindows>(*parts.appState, parts.desktop.workspace(), *parts.menuBar);
     QObject::connect(parts.menuBar.get(), &MenuBarController::quitRequested, parts.delegate.get(),
                      &AppDelegate::quit);
     QObject::connect(&instance, &InstanceService::toggleRequested, parts.menuBar.get(),

@@ -29,8 +29,49 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     m_pages->addWidget(m_searchPage);
     m_pages->addWidget(m_fillView);
     setAccessibleName(QStringLiteral("Brevix"));
-    connect(m_searchPage, &PickerSearchPage::quitRequested, this, &MenuBarPickerView::quitRequested);
+    observeSearchPage();
     connect(&appState, &AppState::activeVariablePromptChanged, this, &MenuBarPickerView::showActiveForm);
+}
+
+void MenuBarPickerView::observeSearchPage()
+{
+    const auto goTo = [this](PickerPanelRoute route) { return [this, route] { setRoute(route); }; };
+    connect(m_searchPage, &PickerSearchPage::quitRequested, this, &MenuBarPickerView::quitRequested);
+    connect(m_searchPage, &PickerSearchPage::libraryRequested, this, goTo(PickerPanelRoute::library));
+    connect(m_searchPage, &PickerSearchPage::settingsRequested, this, goTo(PickerPanelRoute::settings));
+    connect(m_searchPage, &PickerSearchPage::newPromptRequested, this, goTo(PickerPanelRoute::newPrompt));
+    connect(m_searchPage, &PickerSearchPage::newSkillRequested, this, &MenuBarPickerView::newSkillRequested);
+    connect(m_searchPage, &PickerSearchPage::paletteRequested, this, &MenuBarPickerView::paletteRequested);
+}
+
+QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const
+{
+    switch (route) {
+    case PickerPanelRoute::picker:
+        return m_searchPage;
+    case PickerPanelRoute::library:
+    case PickerPanelRoute::settings:
+    case PickerPanelRoute::newPrompt:
+        return nullptr; // their pages arrive one by one; until then nothing leads here
+    }
+    return nullptr;
+}
+
+void MenuBarPickerView::setRoute(PickerPanelRoute route)
+{
+    QWidget *page = pageOf(route);
+    if (route == m_route || !page)
+        return;
+    if (route == PickerPanelRoute::newPrompt)
+        m_editorReturnRoute = m_route;
+    m_route = route;
+    m_pages->setCurrentWidget(page);
+    Q_EMIT routeChanged();
+}
+
+void MenuBarPickerView::closeEditor()
+{
+    setRoute(m_editorReturnRoute);
 }
 
 QSize MenuBarPickerView::sizeHint() const

@@ -11,8 +11,9 @@ class PickerSearchPage;
 class QStackedWidget;
 class VariableFillView;
 
-/// The content of the picker panel. Holds no library data: it reads AppState and calls its actions. 520 × 640
-/// logical pixels. Main thread only.
+/// The content of the picker panel: one page per route, and over all of them the form that fills a prompt's
+/// variables. Holds no library data: it reads AppState and calls its actions. 520 × 640 logical pixels. Main
+/// thread only.
 class MenuBarPickerView : public QWidget
 {
     Q_OBJECT
@@ -21,8 +22,13 @@ public:
     /// @p appState must outlive this widget.
     explicit MenuBarPickerView(AppState &appState, QWidget *parent = nullptr);
 
+    PickerPanelRoute route() const { return m_route; }
+
+    /// Shows another screen of the panel. The editor remembers where it was opened from.
+    void setRoute(PickerPanelRoute route);
+
     /// Called each time the panel is shown: reads everything again, keeps a prompt selected, and moves the
-    /// focus to the search field when AppState asks for it.
+    /// focus to the search field when AppState asks for it. Stays on the route it is on.
     void appear();
 
     QSize sizeHint() const override;
@@ -31,15 +37,22 @@ public:
     VariableFillView &variableFillView() const { return *m_fillView; }
 
 Q_SIGNALS:
+    void routeChanged();
     /// The user asked to close the panel (Escape with nothing to go back to).
     void closeRequested();
     void quitRequested();
+    /// The user asked for a window of its own.
+    void newSkillRequested();
+    void paletteRequested();
 
 protected:
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void observeSearchPage();
+    QWidget *pageOf(PickerPanelRoute route) const;
+    void closeEditor();
     void showActiveForm();
 
     AppState &m_appState;
@@ -47,4 +60,6 @@ private:
     PickerSearchPage *m_searchPage;
     VariableFillView *m_fillView;
     HintBubble *m_hint;
+    PickerPanelRoute m_route = PickerPanelRoute::picker;
+    PickerPanelRoute m_editorReturnRoute = PickerPanelRoute::picker;
 };

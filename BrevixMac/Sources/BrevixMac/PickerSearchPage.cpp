@@ -109,9 +109,10 @@ void PickerSearchPage::addPlusMenu()
         entry.setEnabled(false);
         entry.setToolTip(ScreenTexts::notAvailableYet());
         entry.setAccessibleDescription(ScreenTexts::notAvailableYet());
+        return &entry;
     };
-    addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
-    addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
+    m_menuNewPrompt = addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
+    m_menuNewSkill = addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
     m_plusMenu->addNote(ScreenTexts::notAvailableYet());
     connect(&m_footer->plusButton(), &QPushButton::clicked, this, [this] {
         const ThemedButton &plus = m_footer->plusButton();
@@ -145,14 +146,26 @@ void PickerSearchPage::setTabOrders()
         setTabOrder(order.at(index - 1), order.at(index));
 }
 
+void PickerSearchPage::observeControls()
+{
+    for (const ThemedButton *button : {&m_header->settingsButton(), &m_footer->settingsButton()})
+        connect(button, &QPushButton::clicked, this, &PickerSearchPage::settingsRequested);
+    for (const ThemedButton *button : {m_menuNewPrompt, &m_empty->newPromptButton()})
+        connect(button, &QPushButton::clicked, this, &PickerSearchPage::newPromptRequested);
+    for (const ThemedButton *button : {m_menuNewSkill, &m_empty->newSkillButton()})
+        connect(button, &QPushButton::clicked, this, &PickerSearchPage::newSkillRequested);
+    connect(&m_footer->libraryButton(), &QPushButton::clicked, this, &PickerSearchPage::libraryRequested);
+    connect(m_footer, &PickerFooter::quitRequested, this, &PickerSearchPage::quitRequested);
+}
+
 void PickerSearchPage::observe()
 {
+    observeControls();
     connect(m_search, &QLineEdit::textEdited, &m_appState, &AppState::setQuery);
     connect(m_list, &PickerList::selectedResultChanged, this, &PickerSearchPage::publishSelection);
     connect(m_list, &PickerList::insertRequested, this, &PickerSearchPage::insertSelected);
     connect(&m_list->actions(), &PickerRowActions::insertRequested, this, &PickerSearchPage::insertSelected);
     connect(&m_list->actions(), &PickerRowActions::copyRequested, this, &PickerSearchPage::copySelected);
-    connect(m_footer, &PickerFooter::quitRequested, this, &PickerSearchPage::quitRequested);
 
     connect(&m_appState, &AppState::queryChanged, this, [this] {
         if (m_search->text() != m_appState.query())

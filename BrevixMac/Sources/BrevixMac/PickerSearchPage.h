@@ -14,6 +14,7 @@ class PickerNotices;
 class QStackedWidget;
 class ResultLine;
 class TextField;
+class ThemedButton;
 
 /// The quick search screen: header, notices, search field, and under it the list, an empty state or the short
 /// variable form. Keys typed into the search field also move the selection and act on it. Main thread only.
@@ -46,6 +47,11 @@ public:
 
 Q_SIGNALS:
     void quitRequested();
+    void libraryRequested();
+    void settingsRequested();
+    void newPromptRequested();
+    void newSkillRequested();
+    void paletteRequested();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -53,6 +59,7 @@ protected:
 private:
     void layOut();
     void observe();
+    void observeControls();
     void addPlusMenu();
     void setTabOrders();
     bool handleSearchKey(const QKeyEvent &key);
@@ -75,5 +82,7 @@ private:
     ResultLine *m_result;
     PickerFooter *m_footer;
     InPanelMenu *m_plusMenu;
+    ThemedButton *m_menuNewPrompt = nullptr;
+    ThemedButton *m_menuNewSkill = nullptr;
     bool m_isAdoptingSelection = false;
 };

@@ -17,6 +17,8 @@ add_library(BrevixMac STATIC
     TextLabel.cpp TextLabel.h
     ThemedButton.cpp ThemedButton.h
     ThinScrollBar.cpp ThinScrollBar.h
+    # Windows
+    AppWindows.cpp AppWindows.h
     # Picker
     MenuBarController.cpp MenuBarController.h
     MenuBarPickerPanel.cpp MenuBarPickerPanel.h
