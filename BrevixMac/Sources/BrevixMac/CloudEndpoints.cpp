@@ -8,8 +8,13 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "brevix.cloud", QtInfoMsg)
 
+const QString authorizationHost = QStringLiteral("accounts.google.com");
+const QString tokenExchangeHost = QStringLiteral("oauth2.googleapis.com");
+const QString identityToolkitHost = QStringLiteral("identitytoolkit.googleapis.com");
 const QString firestoreHost = QStringLiteral("firestore.googleapis.com");
 const QString secureTokenHost = QStringLiteral("securetoken.googleapis.com");
+const QString functionsRegion = QStringLiteral("us-central1");
+const QString functionsDomain = QStringLiteral("cloudfunctions.net");
 
 QUrl httpsOrigin(const QString &host)
 {
@@ -32,12 +37,12 @@ std::optional<QUrl> emulatorOrigin(const QProcessEnvironment &environment, const
 }
 
 /// The authentication emulator serves each service under a folder named after the service's own host.
-QUrl secureTokenAt(const QUrl &origin)
+QUrl emulated(const QString &host, const QUrl &origin)
 {
     if (!origin.isValid())
         return {};
     QUrl base = origin;
-    base.setPath(u'/' + secureTokenHost);
+    base.setPath(u'/' + host);
     return base;
 }
 
@@ -49,6 +54,11 @@ std::optional<QUrl> urlBelow(const QUrl &base, const QString &encodedPathAndQuer
     return url.isValid() ? std::optional(url) : std::nullopt;
 }
 
+QString keyQuery(const QString &apiKey)
+{
+    return u"?key=" + QString::fromLatin1(QUrl::toPercentEncoding(apiKey));
+}
+
 } // namespace
 
 CloudEndpoints CloudEndpoints::production(const QProcessEnvironment &environment)
@@ -57,18 +67,44 @@ CloudEndpoints CloudEndpoints::production(const QProcessEnvironment &environment
     const auto authentication = emulatorOrigin(environment, QStringLiteral("FIREBASE_AUTH_EMULATOR_HOST"));
 
     CloudEndpoints endpoints;
+    const auto authenticationBase = [&](const QString &host) {
+        return authentication ? emulated(host, *authentication) : httpsOrigin(host);
+    };
+    endpoints.m_authorizationBase = httpsOrigin(authorizationHost);
+    endpoints.m_tokenExchangeBase = httpsOrigin(tokenExchangeHost);
+    endpoints.m_identityToolkitBase = authenticationBase(identityToolkitHost);
+    endpoints.m_secureTokenBase = authenticationBase(secureTokenHost);
     endpoints.m_firestoreBase = firestore.value_or(httpsOrigin(firestoreHost));
-    endpoints.m_secureTokenBase =
-        authentication ? secureTokenAt(*authentication) : httpsOrigin(secureTokenHost);
+    endpoints.m_issuer = endpoints.m_secureTokenBase.toString() + u' ' + endpoints.m_firestoreBase.toString();
     return endpoints;
 }
 
 CloudEndpoints CloudEndpoints::local(const QUrl &origin)
 {
     CloudEndpoints endpoints;
+    endpoints.m_issuer = QStringLiteral("local");
+    endpoints.m_authorizationBase = origin;
+    endpoints.m_tokenExchangeBase = origin;
+    endpoints.m_identityToolkitBase = emulated(identityToolkitHost, origin);
     endpoints.m_firestoreBase = origin;
-    endpoints.m_secureTokenBase = secureTokenAt(origin);
+    endpoints.m_secureTokenBase = emulated(secureTokenHost, origin);
+    endpoints.m_functionsOrigin = origin;
     return endpoints;
+}
+
+std::optional<QUrl> CloudEndpoints::authorization() const
+{
+    return urlBelow(m_authorizationBase, QStringLiteral("/o/oauth2/v2/auth"));
+}
+
+std::optional<QUrl> CloudEndpoints::tokenExchange() const
+{
+    return urlBelow(m_tokenExchangeBase, QStringLiteral("/token"));
+}
+
+std::optional<QUrl> CloudEndpoints::signInWithIdp(const QString &apiKey) const
+{
+    return urlBelow(m_identityToolkitBase, u"/v1/accounts:signInWithIdp" + keyQuery(apiKey));
 }
 
 std::optional<QUrl> CloudEndpoints::firestoreDocuments(const QString &projectID, const QString &encodedPath,
@@ -80,6 +116,15 @@ std::optional<QUrl> CloudEndpoints::firestoreDocuments(const QString &projectID,
 
 std::optional<QUrl> CloudEndpoints::secureToken(const QString &apiKey) const
 {
-    const QString key = QString::fromLatin1(QUrl::toPercentEncoding(apiKey));
-    return urlBelow(m_secureTokenBase, u"/v1/token?key=" + key);
+    return urlBelow(m_secureTokenBase, u"/v1/token" + keyQuery(apiKey));
+}
+
+std::optional<QUrl> CloudEndpoints::callableFunction(const QString &projectID, const QString &name) const
+{
+    if (m_functionsOrigin)
+        return urlBelow(*m_functionsOrigin, u'/' + projectID + u'/' + functionsRegion + u'/' + name);
+    const QUrl origin = httpsOrigin(functionsRegion + u'-' + projectID + u'.' + functionsDomain);
+    // The project's name must stay a piece of the host: a "/" or "@" in it would send the token elsewhere.
+    const bool isProjectHost = origin.host().endsWith(u'.' + functionsDomain) && origin.path().isEmpty();
+    return isProjectHost ? urlBelow(origin, u'/' + name) : std::nullopt;
 }

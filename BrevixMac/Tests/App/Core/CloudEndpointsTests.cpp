@@ -54,6 +54,57 @@ TEST(CloudEndpoints, aLocalCloudHasEverythingAtOneOrigin)
     EXPECT_EQ(token(endpoints), u"http://127.0.0.1:4000/securetoken.googleapis.com/v1/token?key=k"_s);
 }
 
+TEST(CloudEndpoints, signInAndFunctionsHaveTheirPathsOnEachKindOfHost)
+{
+    const auto text = [](const std::optional<QUrl> &url) {
+        return url ? url->toString(QUrl::FullyEncoded) : u"none"_s;
+    };
+    const CloudEndpoints real = production({});
+    EXPECT_EQ(text(real.authorization()), u"https://accounts.google.com/o/oauth2/v2/auth"_s);
+    EXPECT_EQ(text(real.tokenExchange()), u"https://oauth2.googleapis.com/token"_s);
+    EXPECT_EQ(text(real.signInWithIdp(u"k&"_s)),
+              u"https://identitytoolkit.googleapis.com/v1/accounts:signInWithIdp?key=k%26"_s);
+    EXPECT_EQ(text(real.callableFunction(u"p"_s, u"optimizePrompt"_s)),
+              u"https://us-central1-p.cloudfunctions.net/optimizePrompt"_s);
+
+    const CloudEndpoints local = CloudEndpoints::local(QUrl(u"http://127.0.0.1:4000"_s));
+    EXPECT_EQ(text(local.authorization()), u"http://127.0.0.1:4000/o/oauth2/v2/auth"_s);
+    EXPECT_EQ(text(local.tokenExchange()), u"http://127.0.0.1:4000/token"_s);
+    EXPECT_EQ(text(local.signInWithIdp(u"k"_s)),
+              u"http://127.0.0.1:4000/identitytoolkit.googleapis.com/v1/accounts:signInWithIdp?key=k"_s);
+    EXPECT_EQ(text(local.callableFunction(u"p"_s, u"optimizePrompt"_s)),
+              u"http://127.0.0.1:4000/p/us-central1/optimizePrompt"_s);
+
+    const CloudEndpoints emulated = production({{u"FIREBASE_AUTH_EMULATOR_HOST"_s, u"127.0.0.1:9099"_s}});
+    EXPECT_EQ(text(emulated.authorization()), text(real.authorization()));
+    EXPECT_EQ(text(emulated.tokenExchange()), text(real.tokenExchange()));
+    EXPECT_EQ(text(emulated.signInWithIdp(u"k"_s)),
+              u"http://127.0.0.1:9099/identitytoolkit.googleapis.com/v1/accounts:signInWithIdp?key=k"_s);
+
+    const CloudEndpoints nowhere = CloudEndpoints::local(QUrl());
+    EXPECT_EQ(nowhere.authorization(), std::nullopt);
+    EXPECT_EQ(nowhere.tokenExchange(), std::nullopt);
+    EXPECT_EQ(nowhere.signInWithIdp(u"k"_s), std::nullopt);
+    EXPECT_EQ(nowhere.callableFunction(u"p"_s, u"f"_s), std::nullopt);
+}
+
+TEST(CloudEndpoints, aProjectNameCannotSendTheTokenToAnotherHost)
+{
+    for (const QString &project : {u"x.evil.example/"_s, u"@evil.example/"_s, u"x#"_s, u"x?"_s, u"a b"_s})
+        EXPECT_EQ(production({}).callableFunction(project, u"f"_s), std::nullopt) << project.toStdString();
+}
+
+TEST(CloudEndpoints, everySetOfServicesIsAnIssuerOfItsOwn)
+{
+    const QString real = production({}).issuer();
+    const QString firestore = production({{u"FIRESTORE_EMULATOR_HOST"_s, u"localhost:8080"_s}}).issuer();
+    const QString authentication =
+        production({{u"FIREBASE_AUTH_EMULATOR_HOST"_s, u"localhost:8080"_s}}).issuer();
+    const QString local = CloudEndpoints::local(QUrl(u"http://127.0.0.1:4000"_s)).issuer();
+    EXPECT_EQ(QSet<QString>({real, firestore, authentication, local}).size(), 4);
+    EXPECT_EQ(local, CloudEndpoints::local(QUrl(u"http://127.0.0.1:4001"_s)).issuer());
+}
+
 TEST(CloudEndpoints, eachEmulatorReplacesItsOwnHost)
 {
     const CloudEndpoints firestore = production({{u"FIRESTORE_EMULATOR_HOST"_s, u"localhost:8080"_s}});
