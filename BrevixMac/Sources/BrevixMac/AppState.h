@@ -51,6 +51,7 @@ struct AppEnvironment
     KeyEvents &keyEvents;
     EventMonitor &eventMonitor;
     HotKeys &hotKeys;
+    WebAuthenticationSession &webAuthenticationSession;
     QString bundleIdentifier; ///< of this application
     qint64 processIdentifier; ///< of this application
     std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
@@ -154,6 +155,7 @@ public:
     void requestPostEventPermission();
     void requestAccessibilityPermission();
     void signIn(bool hasPresentingWindow);
+    void cancelSignIn();
     void signOut();
     void updateOnboardingState();
     /// The application has come to the front.

@@ -32,7 +32,7 @@ AppState::AppState(AppEnvironment environment)
     , m_firebaseBootstrap(std::make_unique<FirebaseBootstrap>(m_environment.configuration))
     , m_authService(std::make_unique<AuthService>(m_environment.configuration, m_environment.endpoints,
                                                   m_environment.http, m_environment.defaults,
-                                                  m_environment.now))
+                                                  m_environment.webAuthenticationSession, m_environment.now))
     , m_libraryStore(std::make_unique<LibraryStore>(m_environment.configuration, m_environment.endpoints,
                                                     *m_authService, m_environment.http, m_environment.now))
     , m_accessibilityService(std::make_unique<AccessibilityService>(
@@ -69,6 +69,11 @@ void AppState::observeState()
         else
             m_libraryStore->unbind();
         updateOnboardingState();
+    });
+    // The user comes back from the browser and should see what came of it.
+    connect(m_authService.get(), &AuthService::signInReturned, this, [this] {
+        if (!m_palettePresented)
+            handlePaletteInvocation(true);
     });
     connect(m_permissions.get(), &PermissionsService::accessibilityGrantedChanged, this,
             &AppState::updateOnboardingState);
@@ -128,6 +133,11 @@ void AppState::signIn(bool hasPresentingWindow)
     // A named coroutine would have to guard against this object dying meanwhile; the signals of the service
     // already lead to updateOnboardingState() when the user changes.
     detach(m_authService->signIn(hasPresentingWindow), "signing in");
+}
+
+void AppState::cancelSignIn()
+{
+    m_authService->cancelSignIn();
 }
 
 void AppState::signOut()

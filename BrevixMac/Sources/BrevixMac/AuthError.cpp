@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AuthService.h"
+#include "AuthError.h"
+
+#include "HttpErrorBody.h"
+
+#include "Desktop/WebAuthenticationSession.h"
+#include "Foundation/Text.h"
 
 namespace {
 
@@ -61,6 +66,26 @@ QString describe(AuthError::Kind kind, const QString &code, const QString &messa
     Q_UNREACHABLE();
 }
 
+QString describe(const WebAuthenticationError &error)
+{
+    if (error.code() == WebAuthenticationError::Code::canceledLogin)
+        return QStringLiteral("Google sign-in was canceled.");
+    const QString description = Text::trimmed(error.description());
+    const QString reason = Text::trimmed(error.failureReason());
+    if (reason.isEmpty() || reason == description)
+        return description;
+    return description + u'\n' + reason;
+}
+
+QString describe(const std::exception &error)
+{
+    if (const auto *authError = dynamic_cast<const AuthError *>(&error))
+        return authError->description();
+    if (const auto *browserError = dynamic_cast<const WebAuthenticationError *>(&error))
+        return describe(*browserError);
+    return Text::trimmed(QString::fromUtf8(error.what()));
+}
+
 } // namespace
 
 AuthError::AuthError(Kind kind, const QString &code, const QString &message)
@@ -74,4 +99,20 @@ AuthError::AuthError(Kind kind, const QString &code, const QString &message)
 QString AuthError::description() const
 {
     return describe(m_kind, m_code, m_message);
+}
+
+AuthError AuthError::fromResponse(const QByteArray &body, int statusCode)
+{
+    if (const auto message = HttpErrorBody::message(body))
+        return AuthError(Kind::apiError, *message, *message);
+    const QString code = u"HTTP_" + QString::number(statusCode);
+    const QString unexpected = QStringLiteral("The server returned an unexpected response.");
+    return AuthError(Kind::apiError, code, HttpErrorBody::text(body).value_or(unexpected));
+}
+
+QString formatAuthError(const std::exception &error)
+{
+    const QString description = describe(error);
+    // An empty text would be a failure that nobody sees.
+    return description.isEmpty() ? QStringLiteral("Brevix couldn't complete Google sign-in.") : description;
 }

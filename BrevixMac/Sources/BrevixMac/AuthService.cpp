@@ -2,82 +2,58 @@
 #include "AuthService.h"
 
 #include "DecimalInteger.h"
-#include "HttpErrorBody.h"
 
-#include "Foundation/Text.h"
 #include "Foundation/UserDefaults.h"
 
+#include <QCoroFuture>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPromise>
 
 #include <algorithm>
 
+// The session's life: restored, refreshed, forgotten. How it begins is in AuthServiceSignIn.cpp.
+
 namespace {
 
+using namespace std::chrono_literals;
+
 /// A token with less than this left is refreshed first, so that it does not expire on its way to the server.
-constexpr qint64 minimumLifetimeSeconds = 120;
-constexpr qint64 defaultLifetimeSeconds = 3600;
-constexpr qint64 longestLifetimeSeconds = 10LL * 365 * 24 * 3600; // what dates can safely add
+constexpr auto minimumLifetime = 120s;
+constexpr auto defaultLifetime = 3600s;
+constexpr auto longestLifetime = std::chrono::seconds(10LL * 365 * 24 * 3600); // what dates can safely add
 
-QString encodedQueryPart(const QString &text)
+std::chrono::seconds lifetime(const QString &expiresIn)
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(text, "!$'()*,;:@/"));
-}
-
-/// application/x-www-form-urlencoded, in ascending order.
-QByteArray formEncodedQuery(const QMap<QString, QString> &pairs)
-{
-    QStringList parts;
-    for (auto it = pairs.cbegin(); it != pairs.cend(); ++it)
-        parts.append(encodedQueryPart(it.key()) + u'=' + encodedQueryPart(it.value()));
-    std::sort(parts.begin(), parts.end());
-    return parts.join(u'&').toUtf8();
-}
-
-AuthError decodeErrorResponse(const QByteArray &body, int statusCode)
-{
-    if (const auto message = HttpErrorBody::message(body))
-        return AuthError(AuthError::Kind::apiError, *message, *message);
-    const QString code = u"HTTP_" + QString::number(statusCode);
-    const QString unexpected = QStringLiteral("The server returned an unexpected response.");
-    return AuthError(AuthError::Kind::apiError, code, HttpErrorBody::text(body).value_or(unexpected));
-}
-
-/// Throws when the answer lacks the text, since it is no answer then.
-QString requiredText(const QJsonObject &answer, QStringView key)
-{
-    const QJsonValue value = answer.value(key);
-    if (!value.isString())
-        throw AuthError(AuthError::Kind::unexpectedResponse);
-    return value.toString();
-}
-
-qint64 lifetimeSeconds(const QString &expiresIn)
-{
-    return std::min(decimalInteger(expiresIn).value_or(defaultLifetimeSeconds), longestLifetimeSeconds);
-}
-
-/// What the user reads about a failed sign-in.
-QString formatAuthError(const std::exception &error)
-{
-    if (const auto *authError = dynamic_cast<const AuthError *>(&error))
-        return authError->description();
-    const QString description = Text::trimmed(QString::fromUtf8(error.what()));
-    return description.isEmpty() ? QStringLiteral("Brevix couldn't complete Google sign-in.") : description;
+    const std::optional<qint64> seconds = decimalInteger(expiresIn);
+    return seconds ? std::min(std::chrono::seconds(*seconds), longestLifetime) : defaultLifetime;
 }
 
 } // namespace
 
 const QString AuthService::storageKey = QStringLiteral("brevix.oauthSession");
+const QString AuthService::issuerKey = QStringLiteral("brevix.oauthSessionIssuer");
 
 AuthService::AuthService(AppConfiguration configuration, CloudEndpoints endpoints, HttpClient &http,
-                         UserDefaults &defaults, std::function<QDateTime()> now)
+                         UserDefaults &defaults, WebAuthenticationSession &webAuthenticationSession,
+                         std::function<QDateTime()> now)
     : m_configuration(std::move(configuration))
     , m_endpoints(std::move(endpoints))
     , m_http(http)
     , m_defaults(defaults)
+    , m_webAuthenticationSession(webAuthenticationSession)
     , m_now(std::move(now))
 {
+    connect(&m_webAuthenticationSession, &WebAuthenticationSession::browserUnavailable, this,
+            &AuthService::onBrowserUnavailable);
+    connect(&m_webAuthenticationSession, &WebAuthenticationSession::callbackRejected, this,
+            &AuthService::onCallbackRejected);
+}
+
+AuthService::~AuthService()
+{
+    if (m_pendingAuthorization)
+        m_webAuthenticationSession.cancel();
 }
 
 void AuthService::start()
@@ -85,72 +61,94 @@ void AuthService::start()
     detach(restorePreviousSignInIfNeeded(), "restoring the session");
 }
 
-QCoro::Task<> AuthService::signIn(bool hasPresentingWindow)
-{
-    if (!m_configuration.firebase.isConfigured()) {
-        setAuthErrorMessage(QStringLiteral("BrevixMac is missing its native Firebase configuration."));
-        co_return;
-    }
-    if (!hasPresentingWindow) {
-        setAuthErrorMessage(QStringLiteral("Brevix could not find a window to present Google sign-in."));
-        co_return;
-    }
-    setIsAuthenticating(true);
-    setAuthErrorMessage(std::nullopt);
-    // No mechanism shows Google's page in a browser and takes its redirect yet.
-    setAuthErrorMessage(formatAuthError(AuthError(AuthError::Kind::failedToStartWebAuthenticationSession)));
-    setIsAuthenticating(false);
-}
-
 void AuthService::signOut()
 {
+    abandonSignIn();
     // A refresh that is under way would store the session anew.
-    m_tasks.restart();
-    m_defaults.remove(storageKey);
+    m_refreshTasks.restart();
+    m_refresh.reset();
+    removeStoredSession();
     publishCurrentUserIfNeeded(std::nullopt);
     setAuthErrorMessage(std::nullopt);
 }
 
 QCoro::Task<QString> AuthService::validFirebaseIDToken()
 {
-    const std::stop_token token = m_tasks.token();
+    const std::stop_token token = m_refreshTasks.token();
     std::optional<StoredAuthSession> session = loadStoredSession();
     if (!session)
         throw AuthError(AuthError::Kind::notSignedIn);
     if (!isFresh(*session)) {
-        const StoredAuthSession refreshed = co_await refreshFirebaseSession(*session);
+        const QFuture<StoredAuthSession> refresh = sharedRefresh(*session);
+        const StoredAuthSession refreshed = co_await refresh;
         if (token.stop_requested())
             throw CancelledError();
         session = refreshed;
-        persist(refreshed);
     }
     const QString idToken = session->firebaseIDToken;
     publishCurrentUserIfNeeded(session->user());
     co_return idToken;
 }
 
+void AuthService::noteRejectedToken(const QString &idToken)
+{
+    m_rejectedToken = idToken;
+}
+
 QCoro::Task<> AuthService::restorePreviousSignInIfNeeded()
 {
-    const std::stop_token token = m_tasks.token();
+    const std::stop_token token = m_refreshTasks.token();
     if (!loadStoredSession())
         co_return;
     QString failure;
     try {
         co_await validFirebaseIDToken();
         co_return;
+    } catch (const CancelledError &) {
+        co_return; // signed out, signed in anew, or quit: the session at hand is not the failed one
     } catch (const std::exception &error) {
         failure = formatAuthError(error);
     }
     if (token.stop_requested())
         co_return;
-    m_defaults.remove(storageKey);
+    removeStoredSession();
     publishCurrentUserIfNeeded(std::nullopt);
     setAuthErrorMessage(failure);
 }
 
-QCoro::Task<StoredAuthSession> AuthService::refreshFirebaseSession(StoredAuthSession previous)
+QFuture<StoredAuthSession> AuthService::sharedRefresh(const StoredAuthSession &session)
 {
-    const std::stop_token token = m_tasks.token();
+    if (!m_refresh) {
+        const auto promise = std::make_shared<QPromise<StoredAuthSession>>();
+        promise->start();
+        m_refresh = promise->future();
+        const QFuture<StoredAuthSession> future = *m_refresh; // the refresh may be over before the next line
+        detach(runRefresh(session, promise, m_refreshTasks.token()), "refreshing the session");
+        return future;
+    }
+    return *m_refresh;
+}
+
+QCoro::Task<> AuthService::runRefresh(StoredAuthSession session, RefreshPromise promise,
+                                      std::stop_token token)
+{
+    try {
+        const StoredAuthSession refreshed = co_await refreshFirebaseSession(session, token);
+        if (token.stop_requested())
+            throw CancelledError();
+        persist(refreshed);
+        promise->addResult(refreshed);
+    } catch (...) {
+        promise->setException(std::current_exception());
+    }
+    if (!token.stop_requested())
+        m_refresh.reset();
+    promise->finish();
+}
+
+QCoro::Task<StoredAuthSession> AuthService::refreshFirebaseSession(StoredAuthSession previous,
+                                                                   std::stop_token token)
+{
     const std::optional<QUrl> url = m_endpoints.secureToken(m_configuration.firebase.apiKey);
     if (!url)
         throw AuthError(AuthError::Kind::invalidRefreshURL);
@@ -158,27 +156,29 @@ QCoro::Task<StoredAuthSession> AuthService::refreshFirebaseSession(StoredAuthSes
     request.method = "POST";
     request.url = *url;
     request.headers = {{"Content-Type", "application/x-www-form-urlencoded"}};
-    request.body = formEncodedQuery({{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
-                                     {QStringLiteral("refresh_token"), previous.refreshToken}});
-    const QJsonObject answer = co_await performRequest(request);
+    request.body = GoogleAuthorization::formEncodedQuery(
+        {{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
+         {QStringLiteral("refresh_token"), previous.refreshToken}});
+    const QJsonObject answer = co_await performRequest(request, token);
     if (token.stop_requested())
         throw CancelledError();
 
+    const FirebaseRefreshResponse response = FirebaseRefreshResponse::fromJson(answer);
     StoredAuthSession session = previous;
-    session.uid = requiredText(answer, u"user_id");
-    session.firebaseIDToken = requiredText(answer, u"id_token");
-    session.refreshToken = requiredText(answer, u"refresh_token");
-    session.expiresAt = m_now().addSecs(lifetimeSeconds(requiredText(answer, u"expires_in")));
+    session.uid = response.userId;
+    session.firebaseIDToken = response.idToken;
+    session.refreshToken = response.refreshToken;
+    session.expiresAt = expiryOf(response.expiresIn);
     co_return session;
 }
 
-QCoro::Task<QJsonObject> AuthService::performRequest(HttpRequest request)
+QCoro::Task<QJsonObject> AuthService::performRequest(HttpRequest request, std::stop_token token)
 {
-    const HttpResponse response = co_await m_http.send(request, m_tasks.token());
+    const HttpResponse response = co_await m_http.send(request, token);
     if (!response.isHttp())
         throw AuthError(AuthError::Kind::invalidServerResponse);
     if (!response.isSuccess())
-        throw decodeErrorResponse(response.body, response.statusCode);
+        throw AuthError::fromResponse(response.body, response.statusCode);
     const QJsonDocument document = QJsonDocument::fromJson(response.body);
     if (!document.isObject())
         throw AuthError(AuthError::Kind::unexpectedResponse);
@@ -187,18 +187,46 @@ QCoro::Task<QJsonObject> AuthService::performRequest(HttpRequest request)
 
 bool AuthService::isFresh(const StoredAuthSession &session) const
 {
-    return session.expiresAt > m_now().addSecs(minimumLifetimeSeconds);
+    if (session.firebaseIDToken == m_rejectedToken)
+        return false;
+    // A clock that was set back would make an old token look young.
+    if (session.firebaseIDToken == m_timedToken && m_timedTokenDeadline.hasExpired())
+        return false;
+    return session.expiresAt > m_now().addSecs(minimumLifetime.count());
+}
+
+QDateTime AuthService::expiryOf(const QString &expiresIn) const
+{
+    return m_now().addSecs(lifetime(expiresIn).count());
 }
 
 void AuthService::persist(const StoredAuthSession &session)
 {
+    const QString issuer = m_endpoints.issuer();
+    if (m_defaults.text(issuerKey) != issuer) {
+        // At no moment may the file call a session of one issuer that of another.
+        m_defaults.remove(storageKey);
+        m_defaults.setText(issuerKey, issuer);
+    }
     m_defaults.setData(storageKey, session.toJson());
+    m_timedToken = session.firebaseIDToken;
+    m_timedTokenDeadline.setRemainingTime(std::chrono::seconds(m_now().secsTo(session.expiresAt)) -
+                                          minimumLifetime);
 }
 
 std::optional<StoredAuthSession> AuthService::loadStoredSession() const
 {
+    const std::optional<QString> issuer = m_defaults.text(issuerKey);
+    if (issuer && *issuer != m_endpoints.issuer())
+        return std::nullopt;
     const auto json = m_defaults.data(storageKey);
     return json ? StoredAuthSession::fromJson(*json) : std::nullopt;
+}
+
+void AuthService::removeStoredSession()
+{
+    m_defaults.remove(storageKey);
+    m_defaults.remove(issuerKey);
 }
 
 void AuthService::publishCurrentUserIfNeeded(const std::optional<BrevixUserSession> &user)
@@ -223,4 +251,12 @@ void AuthService::setAuthErrorMessage(const std::optional<QString> &message)
         return;
     m_authErrorMessage = message;
     Q_EMIT authErrorMessageChanged();
+}
+
+void AuthService::setPendingAuthorization(const std::optional<PendingAuthorization> &pending)
+{
+    if (m_pendingAuthorization == pending)
+        return;
+    m_pendingAuthorization = pending;
+    Q_EMIT pendingAuthorizationChanged();
 }

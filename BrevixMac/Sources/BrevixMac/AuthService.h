@@ -2,144 +2,143 @@
 #pragma once
 
 #include "AppConfiguration.h"
+#include "AuthAnswers.h"
+#include "AuthError.h"
 #include "CloudEndpoints.h"
+#include "GoogleAuthorization.h"
+#include "StoredAuthSession.h"
 
+#include "Desktop/WebAuthenticationSession.h"
 #include "Foundation/HttpClient.h"
 #include "Foundation/TaskScope.h"
 
-#include <QDateTime>
+#include <QDeadlineTimer>
+#include <QFuture>
 #include <QObject>
-#include <QUrl>
 
 #include <functional>
+#include <memory>
 #include <optional>
-#include <stdexcept>
 
 class UserDefaults;
+template <typename T>
+class QPromise;
 
-/// The published signed-in user. A value.
-struct BrevixUserSession
-{
-    QString uid;
-    std::optional<QString> email = {};
-    std::optional<QString> displayName = {};
-    std::optional<QUrl> photoURL = {};
-
-    bool operator==(const BrevixUserSession &) const = default;
-};
-
-/// The persisted session. Its JSON keys are the field names; the date is a number of seconds since 2001-01-01
-/// UTC.
-struct StoredAuthSession
-{
-    QString uid;
-    std::optional<QString> email = {};
-    std::optional<QString> displayName = {};
-    std::optional<QString> photoURLString = {};
-    QString firebaseIDToken;
-    QString refreshToken;
-    QDateTime expiresAt;
-
-    QByteArray toJson() const;
-    static std::optional<StoredAuthSession> fromJson(const QByteArray &json);
-    BrevixUserSession user() const;
-
-    bool operator==(const StoredAuthSession &) const = default;
-};
-
-/// A failed sign-in or token call; its description is for the user.
-class AuthError : public std::runtime_error
-{
-public:
-    enum class Kind {
-        oauthCallbackError,
-        apiError,
-        invalidAuthorizationURL,
-        invalidTokenExchangeURL,
-        invalidFirebaseExchangeURL,
-        invalidRefreshURL,
-        invalidCallbackURL,
-        missingCallbackURL,
-        missingAuthorizationCode,
-        stateMismatch,
-        failedToStartWebAuthenticationSession,
-        sessionUnavailable,
-        invalidServerResponse,
-        unexpectedResponse,
-        notSignedIn,
-    };
-
-    explicit AuthError(Kind kind)
-        : AuthError(kind, {}, {})
-    {
-    }
-    /// @p code only for apiError; @p message for apiError and oauthCallbackError.
-    AuthError(Kind kind, const QString &code, const QString &message);
-
-    Kind kind() const { return m_kind; }
-    QString code() const { return m_code; }
-    QString description() const;
-
-private:
-    Kind m_kind;
-    QString m_code;
-    QString m_message;
-};
-
-/// Keeps the Firebase session: restores it at start, hands out fresh ID tokens, signs out. Main thread only.
-/// validFirebaseIDToken() throws; every other failure becomes authErrorMessage().
+/// Signs in with Google and keeps the Firebase session: restores it at start, hands out fresh ID tokens,
+/// signs out. Main thread only. validFirebaseIDToken() throws; every other failure becomes
+/// authErrorMessage(). Neither tokens nor authorization codes are ever logged.
 class AuthService : public QObject
 {
     Q_OBJECT
 
 public:
     static const QString storageKey; ///< "brevix.oauthSession"
+    /// Who issued the stored session (CloudEndpoints::issuer()). A session without it counts as ours.
+    static const QString issuerKey;
 
-    /// @p http and @p defaults must outlive this object.
+    /// A sign-in page that waits for the user.
+    struct PendingAuthorization
+    {
+        QUrl url;
+        bool isBrowserMissing = false; ///< no browser could be opened: the user must open the address
+
+        bool operator==(const PendingAuthorization &) const = default;
+    };
+
+    /// @p http, @p defaults and @p webAuthenticationSession must outlive this object.
     AuthService(AppConfiguration configuration, CloudEndpoints endpoints, HttpClient &http,
-                UserDefaults &defaults, std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+                UserDefaults &defaults, WebAuthenticationSession &webAuthenticationSession,
+                std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc);
+    ~AuthService() override;
 
     const std::optional<BrevixUserSession> &currentUser() const { return m_currentUser; }
     bool isAuthenticating() const { return m_isAuthenticating; }
     const std::optional<QString> &authErrorMessage() const { return m_authErrorMessage; }
+    /// Present while a sign-in waits for the browser.
+    const std::optional<PendingAuthorization> &pendingAuthorization() const { return m_pendingAuthorization; }
 
     /// Restores a stored session in the background.
     void start();
 
-    /// Signs in over @p hasPresentingWindow's window. The browser half is not available yet: ends in a
-    /// message.
+    /// Signs in through the browser. Does nothing while a sign-in runs. @p hasPresentingWindow tells whether
+    /// the user has a window of ours before them.
     QCoro::Task<> signIn(bool hasPresentingWindow);
 
-    /// Forgets the session; a refresh under way ends as cancelled. The server is not told.
+    /// Ends a running sign-in, wherever it is, with a message. Does nothing without one.
+    void cancelSignIn();
+
+    /// Forgets the session; a sign-in or refresh under way ends as cancelled. The server is not told.
     void signOut();
 
-    /// A token good for more than 120 s, refreshed when needed. Throws AuthError, TransportError or
+    /// A token good for more than 120 s, refreshed when needed; callers at the same time share one refresh,
+    /// since the server may take each refresh token only once. Throws AuthError, TransportError or
     /// CancelledError.
     QCoro::Task<QString> validFirebaseIDToken();
+
+    /// Notes that a server has called @p idToken expired: the next validFirebaseIDToken() refreshes whatever
+    /// the clock says.
+    void noteRejectedToken(const QString &idToken);
 
 Q_SIGNALS:
     void currentUserChanged();
     void isAuthenticatingChanged();
     void authErrorMessageChanged();
+    void pendingAuthorizationChanged();
+    /// A sign-in that took the user to the browser is over, by success or failure but not by the user's
+    /// cancel: they should see the outcome.
+    void signInReturned();
 
 private:
+    using RefreshPromise = std::shared_ptr<QPromise<StoredAuthSession>>;
+
+    // Sign-in
+    QCoro::Task<StoredAuthSession> signInThroughBrowser(std::stop_token token);
+    QCoro::Task<GoogleTokenResponse> authorizeWithGoogle(std::stop_token token);
+    QCoro::Task<QUrl> callbackOf(GoogleAuthorization::Attempt attempt, QUrl page);
+    QCoro::Task<GoogleTokenResponse>
+    exchangeAuthorizationCodeForGoogleTokens(QString authorizationCode, GoogleAuthorization::Attempt attempt,
+                                             std::stop_token token);
+    QCoro::Task<StoredAuthSession> exchangeGoogleTokenForFirebaseSession(QString googleIDToken,
+                                                                         std::stop_token token);
+    void finishSignIn(const StoredAuthSession &session, const std::stop_token &token);
+    void failSignIn(const std::exception &error, const std::stop_token &token);
+    void abandonSignIn();
+    void onBrowserUnavailable();
+    void onCallbackRejected();
+
+    // Session
     QCoro::Task<> restorePreviousSignInIfNeeded();
-    QCoro::Task<StoredAuthSession> refreshFirebaseSession(StoredAuthSession previous);
-    QCoro::Task<QJsonObject> performRequest(HttpRequest request);
+    QFuture<StoredAuthSession> sharedRefresh(const StoredAuthSession &session);
+    QCoro::Task<> runRefresh(StoredAuthSession session, RefreshPromise promise, std::stop_token token);
+    QCoro::Task<StoredAuthSession> refreshFirebaseSession(StoredAuthSession previous, std::stop_token token);
+    QCoro::Task<QJsonObject> performRequest(HttpRequest request, std::stop_token token);
     bool isFresh(const StoredAuthSession &session) const;
+    QDateTime expiryOf(const QString &expiresIn) const;
     void persist(const StoredAuthSession &session);
     std::optional<StoredAuthSession> loadStoredSession() const;
+    void removeStoredSession();
+
     void publishCurrentUserIfNeeded(const std::optional<BrevixUserSession> &user);
     void setIsAuthenticating(bool isAuthenticating);
     void setAuthErrorMessage(const std::optional<QString> &message);
+    void setPendingAuthorization(const std::optional<PendingAuthorization> &pending);
 
     AppConfiguration m_configuration;
     CloudEndpoints m_endpoints;
     HttpClient &m_http;
     UserDefaults &m_defaults;
+    WebAuthenticationSession &m_webAuthenticationSession;
     std::function<QDateTime()> m_now;
     std::optional<BrevixUserSession> m_currentUser;
     bool m_isAuthenticating = false;
     std::optional<QString> m_authErrorMessage;
-    TaskScope m_tasks; // keep last: stops the coroutines before the other members die
+    std::optional<PendingAuthorization> m_pendingAuthorization;
+    std::optional<QFuture<StoredAuthSession>> m_refresh;
+    /// The token got last and when it must be refreshed by a clock that nobody can set back.
+    QString m_timedToken;
+    QDeadlineTimer m_timedTokenDeadline;
+    QString m_rejectedToken;
+    // Keep last: they stop the coroutines before the other members die.
+    TaskScope m_signInTasks;
+    TaskScope m_refreshTasks;
 };

@@ -8,6 +8,7 @@
 #include "MenuBarController.h"
 
 #include "Desktop/DesktopSession.h"
+#include "Desktop/WebAuthenticationSession.h"
 #include "Foundation/HttpClient.h"
 #include "Foundation/UserDefaults.h"
 #include "LocalCloud/LocalCloud.h"
@@ -98,6 +99,7 @@ struct BrevixMacApp::Parts
             .keyEvents = desktop.keyEvents(),
             .eventMonitor = desktop.eventMonitor(),
             .hotKeys = desktop.hotKeys(),
+            .webAuthenticationSession = desktop.webAuthenticationSession(),
             .bundleIdentifier = bundleIdentifier(),
             .processIdentifier = QCoreApplication::applicationPid(),
         });
@@ -147,6 +149,8 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
                      &MenuBarController::togglePickerWithFocus);
     QObject::connect(&instance, &InstanceService::showRequested, parts.appState.get(),
                      &AppState::handleHotkey);
+    QObject::connect(&instance, &InstanceService::openRequested, &parts.desktop.webAuthenticationSession(),
+                     &WebAuthenticationSession::openURL);
     if (parts.isFirstStart) // a new user must see that something has started
         QTimer::singleShot(0, parts.appState.get(),
                            [&parts] { parts.appState->handlePaletteInvocation(true); });

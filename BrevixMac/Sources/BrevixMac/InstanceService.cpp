@@ -9,9 +9,33 @@ namespace {
 
 const QString serviceName = QStringLiteral("app.brevix.Brevix");
 const QString objectPath = QStringLiteral("/app/brevix/Brevix");
+const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
 constexpr int answerTimeout = 2000; // milliseconds
 
+InstanceService::Answer send(const QString &interface, const QString &method, const QVariantList &arguments)
+{
+    using Answer = InstanceService::Answer;
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return Answer::noBus;
+    QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath, interface, method);
+    call.setArguments(arguments);
+    call.setAutoStartService(false);
+    const QDBusMessage reply = bus.call(call, QDBus::Block, answerTimeout);
+    if (reply.type() != QDBusMessage::ErrorMessage)
+        return Answer::done;
+    const bool isAbsent = reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
+                          reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+    return isAbsent ? Answer::notRunning : Answer::failed;
+}
+
 } // namespace
+
+InstanceService::InstanceService(QObject *parent)
+    : QObject(parent)
+{
+    new FreedesktopApplication(this); // an adaptor belongs to its object
+}
 
 bool InstanceService::claim()
 {
@@ -20,21 +44,40 @@ bool InstanceService::claim()
         return true;
     // The object first: whoever sees the name must be able to call it.
     bus.registerObject(objectPath, this,
-                       QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportNonScriptableSlots);
+                       QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportNonScriptableSlots |
+                           QDBusConnection::ExportAdaptors);
     return bus.registerService(serviceName);
 }
 
 InstanceService::Answer InstanceService::ask(const QString &method)
 {
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return Answer::noBus;
-    QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, method);
-    call.setAutoStartService(false);
-    const QDBusMessage reply = bus.call(call, QDBus::Block, answerTimeout);
-    if (reply.type() != QDBusMessage::ErrorMessage)
-        return Answer::done;
-    const bool isAbsent = reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
-                          reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
-    return isAbsent ? Answer::notRunning : Answer::failed;
+    return send(serviceName, method, {});
+}
+
+InstanceService::Answer InstanceService::open(const QString &address)
+{
+    return send(applicationInterface, QStringLiteral("Open"), {QStringList{address}, QVariantMap()});
+}
+
+FreedesktopApplication::FreedesktopApplication(InstanceService *instance)
+    : QDBusAbstractAdaptor(instance)
+    , m_instance(*instance)
+{
+}
+
+void FreedesktopApplication::Activate(const QVariantMap &)
+{
+    m_instance.Show();
+}
+
+void FreedesktopApplication::Open(const QStringList &uris, const QVariantMap &)
+{
+    for (const QString &uri : uris)
+        Q_EMIT m_instance.openRequested(uri);
+}
+
+void FreedesktopApplication::ActivateAction(const QString &name, const QVariantList &, const QVariantMap &)
+{
+    if (name == u"toggle")
+        m_instance.Toggle();
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDBusAbstractAdaptor>
 #include <QObject>
+#include <QStringList>
+#include <QVariantMap>
 
 /// The one running instance of a session, as other processes reach it over D-Bus. Main thread only.
 class InstanceService : public QObject
@@ -13,7 +16,7 @@ public:
     /// What asking the running instance came to.
     enum class Answer { done, notRunning, noBus, failed };
 
-    using QObject::QObject;
+    explicit InstanceService(QObject *parent = nullptr);
 
     /// Makes this process the session's instance. False when another one is; true without a session bus,
     /// where nobody can tell.
@@ -23,6 +26,9 @@ public:
     /// else.
     static Answer ask(const QString &method);
 
+    /// Has the running instance open @p address; otherwise as ask().
+    static Answer open(const QString &address);
+
 public Q_SLOTS:
     // Reached over D-Bus by these names.
     void Toggle() { Q_EMIT toggleRequested(); }
@@ -31,4 +37,25 @@ public Q_SLOTS:
 Q_SIGNALS:
     void toggleRequested();
     void showRequested();
+    /// The desktop asks to open @p address, from whomever it comes.
+    void openRequested(const QString &address);
+};
+
+/// The same instance by the interface that desktops know applications by.
+class FreedesktopApplication : public QDBusAbstractAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+public:
+    explicit FreedesktopApplication(InstanceService *instance);
+
+public Q_SLOTS:
+    // Reached over D-Bus by these names.
+    void Activate(const QVariantMap &platformData);
+    void Open(const QStringList &uris, const QVariantMap &platformData);
+    void ActivateAction(const QString &name, const QVariantList &parameters, const QVariantMap &platformData);
+
+private:
+    InstanceService &m_instance;
 };

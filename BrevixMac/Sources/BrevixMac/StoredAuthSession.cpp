@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AuthService.h"
+#include "StoredAuthSession.h"
 
 #include "JsonDate.h"
 

@@ -42,14 +42,16 @@ struct CommandLine
         parser.addPositionalArgument(
             QStringLiteral("command"),
             QStringLiteral("toggle: open or close the picker of the running Brevix; "
-                           "bind it to a key where the global shortcut is not available."),
-            QStringLiteral("[toggle]"));
+                           "bind it to a key where the global shortcut is not available.\n"
+                           "open-url ADDRESS: hand the last address of the sign-in page to the running "
+                           "Brevix; the desktop does this by itself."),
+            QStringLiteral("[toggle | open-url ADDRESS]"));
     }
 };
 
-int toggle()
+int exitCodeFor(InstanceService::Answer answer)
 {
-    switch (InstanceService::ask(QStringLiteral("Toggle"))) {
+    switch (answer) {
     case InstanceService::Answer::done:
         return 0;
     case InstanceService::Answer::notRunning:
@@ -109,7 +111,11 @@ int main(int argc, char **argv)
     const QStringList commands = line.parser.positionalArguments();
     if (commands == QStringList{QStringLiteral("toggle")}) {
         const QCoreApplication application(argc, argv);
-        return toggle();
+        return exitCodeFor(InstanceService::ask(QStringLiteral("Toggle")));
+    }
+    if (commands.size() == 2 && commands.first() == u"open-url") {
+        const QCoreApplication application(argc, argv);
+        return exitCodeFor(InstanceService::open(commands.last()));
     }
     if (!commands.isEmpty())
         return fail(QStringLiteral("unknown command \"%1\"\nTry: brevix --help").arg(commands.join(u' ')),

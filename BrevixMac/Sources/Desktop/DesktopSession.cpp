@@ -2,6 +2,7 @@
 #include "DesktopSession.h"
 
 #include "Desktop/AtSpi/AtSpiAccessibilityTree.h"
+#include "Desktop/Freedesktop/BrowserAuthenticationSession.h"
 #include "Desktop/Freedesktop/TrayStatusItem.h"
 #include "Desktop/NullDesktop.h"
 #include "Desktop/X11/X11EventMonitor.h"
@@ -70,6 +71,7 @@ void DesktopSession::useX11()
     m_pasteboard = std::make_unique<X11Pasteboard>(*m_x11, keyEvents.get());
     m_eventMonitor = std::make_unique<X11EventMonitor>(*m_x11);
     m_statusItem = std::make_unique<TrayStatusItem>(m_xembedHost.get());
+    m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
     m_accessibilityTree = std::move(tree);
     m_workspace = std::move(workspace);
     m_keyEvents = std::move(keyEvents);
@@ -81,6 +83,7 @@ void DesktopSession::useBusOnly()
 {
     m_accessibilityTree = std::make_unique<AtSpiAccessibilityTree>();
     m_statusItem = std::make_unique<TrayStatusItem>(nullptr);
+    m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
 }
 
 void DesktopSession::useNothing()
@@ -92,4 +95,5 @@ void DesktopSession::useNothing()
     fill<EventMonitor, NullEventMonitor>(m_eventMonitor);
     fill<HotKeys, NullHotKeys>(m_hotKeys);
     fill<StatusItem, NullStatusItem>(m_statusItem);
+    fill<WebAuthenticationSession, NullWebAuthenticationSession>(m_webAuthenticationSession);
 }

@@ -9,6 +9,7 @@ class HotKeys;
 class KeyEvents;
 class Pasteboard;
 class StatusItem;
+class WebAuthenticationSession;
 class Workspace;
 class X11Connection;
 class X11SelectionOwner;
@@ -32,6 +33,7 @@ public:
     EventMonitor &eventMonitor() { return *m_eventMonitor; }
     HotKeys &hotKeys() { return *m_hotKeys; }
     StatusItem &statusItem() { return *m_statusItem; }
+    WebAuthenticationSession &webAuthenticationSession() { return *m_webAuthenticationSession; }
 
 private:
     void useX11();
@@ -48,4 +50,5 @@ private:
     std::unique_ptr<EventMonitor> m_eventMonitor;
     std::unique_ptr<HotKeys> m_hotKeys;
     std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<WebAuthenticationSession> m_webAuthenticationSession;
 };

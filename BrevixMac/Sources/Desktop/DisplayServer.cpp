@@ -1,17 +1,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/DisplayServer.h"
 
+#include <QStringList>
 #include <QtGlobal>
 
 #include <xcb/xcb.h>
 
 #include <memory>
+#include <utility>
 
 namespace {
 
 bool isSet(const char *variable)
 {
     return !qEnvironmentVariableIsEmpty(variable);
+}
+
+QStringList &ownVariables()
+{
+    static QStringList names;
+    return names;
+}
+
+void setOwn(const char *variable, const char *value)
+{
+    qputenv(variable, value);
+    ownVariables().append(QString::fromLatin1(variable));
 }
 
 bool isX11Reachable()
@@ -40,11 +54,19 @@ std::optional<QString> problem()
 void choosePlatform()
 {
     if (!isSet("QT_QPA_PLATFORM") && isSet("DISPLAY"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+        setOwn("QT_QPA_PLATFORM", "xcb");
     // Nothing here draws with OpenGL, and its libraries are the largest part of a Qt program's start and
     // memory.
     if (!isSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+        setOwn("QT_XCB_GL_INTEGRATION", "none");
+}
+
+QProcessEnvironment environmentForPrograms()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString &name : std::as_const(ownVariables()))
+        environment.remove(name);
+    return environment;
 }
 
 } // namespace DisplayServer

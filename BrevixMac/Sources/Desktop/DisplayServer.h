@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QProcessEnvironment>
 #include <QString>
 
 #include <optional>
@@ -13,5 +14,8 @@ std::optional<QString> problem();
 
 /// Sets Qt's platform to the one whose mechanisms this session supports, unless the user chose one.
 void choosePlatform();
+
+/// The environment without what choosePlatform() has set, which other programs must not inherit from us.
+QProcessEnvironment environmentForPrograms();
 
 } // namespace DisplayServer

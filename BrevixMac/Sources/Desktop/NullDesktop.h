@@ -7,6 +7,7 @@
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Pasteboard.h"
 #include "Desktop/StatusItem.h"
+#include "Desktop/WebAuthenticationSession.h"
 #include "Desktop/Workspace.h"
 
 /// Mechanisms for a session that offers none: nothing is there, nothing is allowed, every wish is refused at
@@ -93,4 +94,14 @@ public:
     void install() override {}
     bool isShown() const override { return false; }
     std::optional<QRect> geometry() const override { return std::nullopt; }
+};
+
+class NullWebAuthenticationSession final : public WebAuthenticationSession
+{
+    Q_OBJECT
+
+public:
+    bool start(Request, Completion) override { return false; }
+    void cancel() override {}
+    void openURL(const QString &) override {}
 };

@@ -169,6 +169,7 @@ void PickerDesk::start()
                                                   .keyEvents = keyEvents,
                                                   .eventMonitor = eventMonitor,
                                                   .hotKeys = hotKeys,
+                                                  .webAuthenticationSession = webAuthenticationSession,
                                                   .bundleIdentifier = QStringLiteral("app.brevix.Brevix"),
                                                   .processIdentifier = 1});
     const auto isSynced = [this] {

@@ -66,6 +66,7 @@ public:
     InMemoryKeyEvents keyEvents;
     InMemoryEventMonitor eventMonitor;
     InMemoryHotKeys hotKeys;
+    InMemoryWebAuthenticationSession webAuthenticationSession;
     InMemoryStatusItem statusItem;
     std::unique_ptr<UserDefaults> defaults;
     HttpClient http;

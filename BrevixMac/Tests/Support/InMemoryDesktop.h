@@ -7,6 +7,7 @@
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Pasteboard.h"
 #include "Desktop/StatusItem.h"
+#include "Desktop/WebAuthenticationSession.h"
 #include "Desktop/Workspace.h"
 
 #include "Foundation/TaskScope.h"
@@ -15,6 +16,7 @@
 
 #include <chrono>
 #include <functional>
+#include <utility>
 
 /// A stateful desktop in memory, for what real ones cannot be made to do on demand. Each seam keeps its state
 /// in public members that a test arranges and inspects.
@@ -343,4 +345,64 @@ public:
     void install() override { installed = true; }
     bool isShown() const override { return installed && shown; }
     std::optional<QRect> geometry() const override { return isShown() ? place : std::nullopt; }
+};
+
+class InMemoryWebAuthenticationSession : public WebAuthenticationSession
+{
+public:
+    bool refusesToStart = false;
+    bool hasNoBrowser = false;
+    int starts = 0;
+    int cancellations = 0;
+    std::optional<Request> running;
+
+    bool start(Request request, Completion completion) override
+    {
+        if (refusesToStart || running)
+            return false;
+        ++starts;
+        running = std::move(request);
+        m_completion = std::move(completion);
+        if (hasNoBrowser)
+            QMetaObject::invokeMethod(this, &WebAuthenticationSession::browserUnavailable,
+                                      Qt::QueuedConnection);
+        return true;
+    }
+
+    void cancel() override
+    {
+        if (!running)
+            return;
+        ++cancellations;
+        end({.error = WebAuthenticationError(WebAuthenticationError::Code::canceledLogin)});
+    }
+
+    void openURL(const QString &address) override
+    {
+        const QUrl url(address);
+        if (!running)
+            return;
+        if (running->isAnswer(url))
+            end({.callbackURL = url});
+        else
+            Q_EMIT callbackRejected();
+    }
+
+    /// Ends the session with @p result, whatever that is.
+    void end(const Result &result)
+    {
+        running.reset();
+        const Completion completion = std::exchange(m_completion, nullptr);
+        completion(result);
+    }
+
+    /// Loses track of the session: it never ends.
+    void forget()
+    {
+        running.reset();
+        m_completion = nullptr;
+    }
+
+private:
+    Completion m_completion;
 };

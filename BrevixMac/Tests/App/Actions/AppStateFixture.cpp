@@ -49,6 +49,7 @@ AppState &AppStateFixture::start()
                                                       .keyEvents = keyEvents,
                                                       .eventMonitor = eventMonitor,
                                                       .hotKeys = hotKeys,
+                                                      .webAuthenticationSession = webAuthenticationSession,
                                                       .bundleIdentifier = bundleIdentifier,
                                                       .processIdentifier = ownPid,
                                                       .now = [this] { return time; }});

@@ -72,6 +72,7 @@ protected:
     InMemoryKeyEvents keyEvents;
     InMemoryEventMonitor eventMonitor;
     InMemoryHotKeys hotKeys;
+    InMemoryWebAuthenticationSession webAuthenticationSession;
 
     const QString editorField = QStringLiteral("/editor/field");
     const QString browserField = QStringLiteral("/browser/field");

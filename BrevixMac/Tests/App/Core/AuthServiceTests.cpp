@@ -5,6 +5,7 @@
 #include "Samples.h"
 
 #include "Foundation/UserDefaults.h"
+#include "Support/InMemoryDesktop.h"
 #include "Support/Waiting.h"
 
 #include <QJsonDocument>
@@ -70,7 +71,7 @@ protected:
     std::unique_ptr<AuthService> makeService(const AppConfiguration &configuration = configured())
     {
         return std::make_unique<AuthService>(configuration, CloudEndpoints::local(server.origin()), http,
-                                             defaults, [this] { return now; });
+                                             defaults, browser, [this] { return now; });
     }
 
     static QString tokenOrError(AuthService &service) { return await(askForToken(service)); }
@@ -79,6 +80,7 @@ protected:
     UserDefaults defaults{folder.filePath(u"preferences.plist"_s)};
     HttpClient http;
     FaultyServer server;
+    InMemoryWebAuthenticationSession browser;
     QDateTime now = utc(9);
 };
 
@@ -352,6 +354,7 @@ TEST_F(AuthServiceTest, signInRefusesToStartWithoutConfigurationOrWindow)
 
 TEST_F(AuthServiceTest, signInWithoutABrowserSessionEndsInItsMessage)
 {
+    browser.refusesToStart = true;
     const auto service = makeService();
     QList<bool> seen;
     QObject::connect(service.get(), &AuthService::isAuthenticatingChanged, service.get(),
@@ -365,6 +368,7 @@ TEST_F(AuthServiceTest, signInWithoutABrowserSessionEndsInItsMessage)
 TEST_F(AuthServiceTest, anUnusableEndpointSaysSo)
 {
     store(session(0));
-    AuthService service(configured(), CloudEndpoints::local(QUrl()), http, defaults, [this] { return now; });
+    AuthService service(configured(), CloudEndpoints::local(QUrl()), http, defaults, browser,
+                        [this] { return now; });
     EXPECT_EQ(tokenOrError(service), u"error: Brevix couldn't refresh the Firebase session."_s);
 }

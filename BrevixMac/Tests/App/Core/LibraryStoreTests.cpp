@@ -7,6 +7,7 @@
 #include "Samples.h"
 
 #include "Foundation/UserDefaults.h"
+#include "Support/InMemoryDesktop.h"
 #include "Support/Waiting.h"
 
 #include <QJsonArray>
@@ -90,7 +91,8 @@ protected:
     QDateTime now = utc(9);
     AppConfiguration configuration = AppConfiguration::fallback();
     CloudEndpoints endpoints = CloudEndpoints::local(server.origin());
-    AuthService auth{configuration, endpoints, http, defaults, [this] { return now; }};
+    InMemoryWebAuthenticationSession browser;
+    AuthService auth{configuration, endpoints, http, defaults, browser, [this] { return now; }};
     std::unique_ptr<LibraryStore> store =
         std::make_unique<LibraryStore>(configuration, endpoints, auth, http, [this] { return now; });
 };
