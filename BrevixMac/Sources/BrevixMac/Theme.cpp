@@ -25,7 +25,7 @@ struct ColorPair
 
 constexpr QRgb withAlpha(QRgb color, qreal opacity)
 {
-    return (color & 0xffffffu) | (static_cast<QRgb>(opacity * 255 + 0.5) << 24);
+    return (color & 0xffffffu) | (static_cast<QRgb>(qRound(opacity * 255)) << 24);
 }
 
 // The tertiary inks are dark enough to be read on every background: 4.5 to 1.

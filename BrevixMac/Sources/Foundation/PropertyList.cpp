@@ -147,10 +147,11 @@ plist_t fromVariant(const QVariant &value);
 
 plist_t fromDate(const QDateTime &date)
 {
-    const qint64 seconds = date.isValid() ? epoch().secsTo(date) : std::numeric_limits<qint64>::max();
-    if (seconds < std::numeric_limits<int32_t>::min() || seconds > std::numeric_limits<int32_t>::max())
+    if (!date.isValid())
         return nullptr;
-    return plist_new_date(static_cast<int32_t>(seconds), 0);
+    constexpr qint64 earliest = std::numeric_limits<int32_t>::min();
+    constexpr qint64 latest = std::numeric_limits<int32_t>::max();
+    return plist_new_date(static_cast<int32_t>(qBound(earliest, epoch().secsTo(date), latest)), 0);
 }
 
 plist_t fromList(const QVariantList &list)
@@ -202,15 +203,34 @@ plist_t fromVariant(const QVariant &value)
     }
 }
 
+/// The root of a property list in any of its formats; null when it is damaged.
+Node parse(const QByteArray &bytes)
+{
+    plist_t node = nullptr;
+    plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &node);
+    return Node(node);
+}
+
+/// @p root as XML.
+QByteArray toXml(const Node &root)
+{
+    char *rawXml = nullptr;
+    uint32_t size = 0;
+    plist_to_xml(root.get(), &rawXml, &size);
+    const CString xml(rawXml);
+    return QByteArray(xml.get(), static_cast<qsizetype>(size));
+}
+
 } // namespace
 
 std::optional<QVariantMap> PropertyList::parseDictionary(const QByteArray &bytes)
 {
     if (bytes.isEmpty() || bytes.size() > maximumSize)
         return std::nullopt;
-    plist_t rawRoot = nullptr;
-    plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &rawRoot);
-    const Node root(rawRoot);
+    Node root = parse(bytes);
+    // A binary list can hold keys with U+0000 in them, on which the library ends the program. XML cannot.
+    if (root && bytes.startsWith("bplist"))
+        root = parse(toXml(root));
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
         return std::nullopt;
     const QVariant dictionary = toVariant(root.get(), 0);
@@ -227,10 +247,5 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString &path)
 
 QByteArray PropertyList::serialize(const QVariantMap &dictionary)
 {
-    const Node root(fromDictionary(dictionary));
-    char *rawXml = nullptr;
-    uint32_t size = 0;
-    plist_to_xml(root.get(), &rawXml, &size);
-    const CString xml(rawXml);
-    return QByteArray(xml.get(), static_cast<qsizetype>(size));
+    return toXml(Node(fromDictionary(dictionary)));
 }

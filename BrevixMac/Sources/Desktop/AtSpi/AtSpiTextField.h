@@ -22,7 +22,7 @@ struct AtSpiText
 namespace AtSpiTextField {
 
 /// Longest text that is read or written; beyond it a field has no value here.
-inline constexpr qsizetype longestText = 4 * 1024 * 1024;
+inline constexpr qsizetype longestText = qsizetype(4) * 1024 * 1024;
 
 /// Whether an insertion through EditableText is known to arrive in objects like this one.
 bool isWritable(const AtSpiDescription &description);

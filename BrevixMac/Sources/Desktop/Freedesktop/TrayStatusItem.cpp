@@ -41,7 +41,7 @@ QPoint positionNear(QPoint told)
 
 } // namespace
 
-TrayStatusItem::TrayStatusItem(X11SelectionOwner *xembedHost, QDBusConnection bus)
+TrayStatusItem::TrayStatusItem(X11SelectionOwner *xembedHost, const QDBusConnection &bus)
     : m_bus(bus)
     , m_xembedHost(xembedHost)
     , m_item(bus)

@@ -22,7 +22,7 @@ class TrayStatusItem final : public StatusItem
 public:
     /// @p xembedHost follows the X11 tray's selection and must outlive this object; null without X11.
     explicit TrayStatusItem(X11SelectionOwner *xembedHost,
-                            QDBusConnection bus = QDBusConnection::sessionBus());
+                            const QDBusConnection &bus = QDBusConnection::sessionBus());
     ~TrayStatusItem() override;
 
     void setImage(const QIcon &image) override;

@@ -55,8 +55,8 @@ Q_SIGNALS:
 private:
     struct Transfer
     {
-        xcb_window_t requestor;
-        xcb_atom_t property;
+        xcb_window_t requestor = XCB_WINDOW_NONE;
+        xcb_atom_t property = XCB_ATOM_NONE;
         X11PasteboardEntry entry;
         qsizetype sent = 0;
         quint32 earlierEventMask = 0;

@@ -26,7 +26,7 @@ public:
     struct Limits
     {
         std::chrono::milliseconds time{500};
-        qint64 bytes = 64 * 1024 * 1024;
+        qint64 bytes = qint64(64) * 1024 * 1024;
     };
 
     /// What was read, or nothing when the limits were not kept. No content means that nobody owns the
