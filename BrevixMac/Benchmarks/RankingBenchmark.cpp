@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LibraryStore.h"
+#include "LibraryDocuments.h"
 #include "PromptSearchRanker.h"
 #include "SkillSearchRanker.h"
 
@@ -123,7 +123,7 @@ void parseAnswer(benchmark::State &state)
         const QJsonArray answer = QJsonDocument::fromJson(body).object().value(u"documents").toArray();
         QList<PromptItem> prompts;
         for (const QJsonValue &document : answer)
-            prompts.append(LibraryStore::makePrompt(document.toObject()));
+            prompts.append(LibraryDocuments::makePrompt(document.toObject()));
         benchmark::DoNotOptimize(prompts.data());
     }
     state.SetBytesProcessed(state.iterations() * body.size());

@@ -2,7 +2,7 @@
 #include "FuzzTarget.h"
 
 #include "BrevixMac/FirestoreFieldValue.h"
-#include "BrevixMac/LibraryStore.h"
+#include "BrevixMac/LibraryDocuments.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -17,9 +17,9 @@ void readForeignBytes(const QByteArray &bytes)
     documents.append(json.object());
     for (const QJsonValue &value : std::as_const(documents)) {
         const QJsonObject document = value.toObject();
-        const PromptItem prompt = LibraryStore::makePrompt(document);
-        const SkillItem skill = LibraryStore::makeSkill(document);
-        const PromptCategory category = LibraryStore::makeCategory(document);
+        const PromptItem prompt = LibraryDocuments::makePrompt(document);
+        const SkillItem skill = LibraryDocuments::makeSkill(document);
+        const PromptCategory category = LibraryDocuments::makeCategory(document);
         require(!prompt.id.isEmpty() && !skill.id.isEmpty() && !category.id.isEmpty(),
                 "every record has an identifier, also from a document without a name");
         FirestoreCodec::encodedPath({prompt.id, prompt.title, prompt.categoryID});

@@ -9,9 +9,11 @@
 #include "HotkeyService.h"
 #include "InsertionService.h"
 #include "LibraryStore.h"
+#include "Outcome.h"
 #include "PermissionsService.h"
 #include "PickerResults.h"
 #include "PreferenceStore.h"
+#include "PromptOptimizationService.h"
 #include "RecentUsageStore.h"
 #include "ShareConfirmation.h"
 
@@ -112,6 +114,7 @@ public:
     HotkeyService &hotkeyService() { return *m_hotkeyService; }
     AuthService &authService() { return *m_authService; }
     LibraryStore &libraryStore() { return *m_libraryStore; }
+    PromptOptimizationService &promptOptimizationService() { return *m_promptOptimizationService; }
     AccessibilityService &accessibilityService() { return *m_accessibilityService; }
     InsertionService &insertionService() { return *m_insertionService; }
 
@@ -135,6 +138,22 @@ public:
     void performSkillCopy(const SkillItem &skill);
     void copyFailedInsertion();
     void ensurePromptSelection();
+
+    // What the editors ask for. Each ends with a value or with a text for the user; when the user signs out
+    // or this object dies meanwhile, with a problem that no view is left to show.
+    QCoro::Task<Outcome<PromptCategory>> createCategory(QString name, QString colorHex);
+    QCoro::Task<Outcome<PromptItem>> createPrompt(QString title, QString text, QString categoryID);
+    QCoro::Task<Outcome<SkillItem>> createSkill(QString title, QString text,
+                                                std::optional<QString> sourceFilename);
+    QCoro::Task<Outcome<QString>> optimize(QString prompt);
+
+    // Sharing: the link ends up on the clipboard; lastInsertionResult() and shareConfirmation() tell. Of two
+    // that run at the same time the later to finish is shown.
+    QCoro::Task<> share(PromptItem prompt);
+    QCoro::Task<> share(SkillItem skill);
+    QCoro::Task<> share(PromptCategory category);
+    /// Closes the banner if it still shows @p confirmation; in any case when none is named.
+    void dismissShareConfirmation(const std::optional<ShareConfirmation> &confirmation);
 
     // Derived values.
     CategoriesByID categoriesByID() const;
@@ -191,6 +210,9 @@ private:
     /// Resolves the target, inserts, stores the result.
     QCoro::Task<InsertionResult> insertIntoCurrentTarget(RenderedPrompt rendered, std::stop_token token);
     void finishCopy(const QString &text);
+    QCoro::Task<> performShare(QString title, QCoro::Task<QUrl> link, std::stop_token token);
+    void finishShare(const QString &title, const QUrl &url);
+    void failShare(const QString &message);
     void recordUse(const PromptItem &prompt);
     void runPendingAction(const RenderedPrompt &rendered);
     void clearOutcome();
@@ -238,6 +260,7 @@ private:
     std::unique_ptr<FirebaseBootstrap> m_firebaseBootstrap;
     std::unique_ptr<AuthService> m_authService;
     std::unique_ptr<LibraryStore> m_libraryStore;
+    std::unique_ptr<PromptOptimizationService> m_promptOptimizationService;
     std::unique_ptr<AccessibilityService> m_accessibilityService;
     std::unique_ptr<InsertionService> m_insertionService;
 

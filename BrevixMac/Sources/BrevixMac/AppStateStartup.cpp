@@ -35,6 +35,8 @@ AppState::AppState(AppEnvironment environment)
                                                   m_environment.webAuthenticationSession, m_environment.now))
     , m_libraryStore(std::make_unique<LibraryStore>(m_environment.configuration, m_environment.endpoints,
                                                     *m_authService, m_environment.http, m_environment.now))
+    , m_promptOptimizationService(std::make_unique<PromptOptimizationService>(
+          m_environment.configuration, m_environment.endpoints, *m_authService, m_environment.http))
     , m_accessibilityService(std::make_unique<AccessibilityService>(
           m_environment.accessibilityTree, m_environment.workspace, m_environment.now))
     , m_insertionService(std::make_unique<InsertionService>(
@@ -64,10 +66,12 @@ void AppState::observeState()
     connect(m_authService.get(), &AuthService::currentUserChanged, this, [this] {
         const std::optional<BrevixUserSession> user = m_authService->currentUser();
         m_preferences->setLastSignedInUserID(user ? std::optional(user->uid) : std::nullopt);
-        if (user)
+        if (user) {
             m_libraryStore->bind(user->uid);
-        else
+        } else {
             m_libraryStore->unbind();
+            m_promptOptimizationService->cancel();
+        }
         updateOnboardingState();
     });
     // The user comes back from the browser and should see what came of it.

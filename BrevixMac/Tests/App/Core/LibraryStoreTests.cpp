@@ -4,6 +4,7 @@
 #include "AuthService.h"
 #include "FaultyServer.h"
 #include "FirestoreFieldValue.h"
+#include "LibraryDocuments.h"
 #include "Samples.h"
 
 #include "Foundation/UserDefaults.h"
@@ -345,22 +346,22 @@ TEST_F(LibraryStoreTest, listsAreSortedByOrderThenTextWithoutRegardToCase)
 TEST(LibraryStoreRecords, documentsWithoutFieldsTakeTheDefaults)
 {
     const QJsonObject bare{{u"name"_s, u"a/b/id"_s}};
-    EXPECT_EQ(LibraryStore::makeCategory(bare), makeCategory(u"id"_s, u"Untitled Category"_s));
-    EXPECT_EQ(LibraryStore::makePrompt(bare),
+    EXPECT_EQ(LibraryDocuments::makeCategory(bare), makeCategory(u"id"_s, u"Untitled Category"_s));
+    EXPECT_EQ(LibraryDocuments::makePrompt(bare),
               makePrompt(u"id"_s, u"Untitled Prompt"_s, QString(), QString()));
-    EXPECT_EQ(LibraryStore::makeSkill(bare), makeSkill(u"id"_s, u"Untitled Skill"_s, QString()));
+    EXPECT_EQ(LibraryDocuments::makeSkill(bare), makeSkill(u"id"_s, u"Untitled Skill"_s, QString()));
 }
 
 TEST(LibraryStoreRecords, fieldsAreReadUnderTheirStoredNames)
 {
     const QJsonObject time = Value::timestamp(utc(9)).restValue();
     const PromptCategory category =
-        LibraryStore::makeCategory(document(u"c"_s, {{u"name"_s, string(u"N"_s)},
+        LibraryDocuments::makeCategory(document(u"c"_s, {{u"name"_s, string(u"N"_s)},
                                                      {u"color"_s, string(u"#fff"_s)},
                                                      {u"order"_s, integer(u"4"_s)},
                                                      {u"createdAt"_s, time}}));
     EXPECT_EQ(category, (PromptCategory{u"c"_s, u"N"_s, u"#fff"_s, 4, utc(9)}));
-    const PromptItem prompt = LibraryStore::makePrompt(document(u"p"_s, {{u"title"_s, string(u"T"_s)},
+    const PromptItem prompt = LibraryDocuments::makePrompt(document(u"p"_s, {{u"title"_s, string(u"T"_s)},
                                                                          {u"text"_s, string(u"X"_s)},
                                                                          {u"categoryId"_s, string(u"c"_s)},
                                                                          {u"categoryID"_s, string(u"no"_s)},
@@ -368,7 +369,7 @@ TEST(LibraryStoreRecords, fieldsAreReadUnderTheirStoredNames)
                                                                          {u"createdAt"_s, time}}));
     EXPECT_EQ(prompt, (PromptItem{u"p"_s, u"T"_s, u"X"_s, u"c"_s, -4, utc(9)}));
     const SkillItem skill =
-        LibraryStore::makeSkill(document(u"s"_s, {{u"title"_s, string(u"T"_s)},
+        LibraryDocuments::makeSkill(document(u"s"_s, {{u"title"_s, string(u"T"_s)},
                                                   {u"name"_s, string(u"no"_s)},
                                                   {u"text"_s, string(u"X"_s)},
                                                   {u"content"_s, string(u"no"_s)},
@@ -379,7 +380,7 @@ TEST(LibraryStoreRecords, fieldsAreReadUnderTheirStoredNames)
 
 TEST(LibraryStoreRecords, skillsAcceptTheOlderFieldNames)
 {
-    const SkillItem skill = LibraryStore::makeSkill(
+    const SkillItem skill = LibraryDocuments::makeSkill(
         document(u"s"_s, {{u"name"_s, string(u"Old"_s)}, {u"content"_s, string(u"Body"_s)}}));
     EXPECT_EQ(skill, makeSkill(u"s"_s, u"Old"_s, u"Body"_s));
 }

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "CloudEndpoints.h"
+#include "FirestoreFieldValue.h"
+
+#include "Foundation/HttpClient.h"
+
+#include <QJsonObject>
+#include <QStringList>
+
+/// Reads and writes documents of one project's default database. Main thread only. Throws FirestoreRESTError,
+/// TransportError, or CancelledError as soon as the stop token asks; nothing is tried twice.
+class FirestoreClient
+{
+public:
+    using Fields = FirestoreFieldValue::Map;
+
+    /// @p http must outlive this object.
+    FirestoreClient(QString projectID, CloudEndpoints endpoints, HttpClient &http);
+
+    /// The documents of a collection's first page, 500 at most. No page token is followed.
+    QCoro::Task<QList<QJsonObject>> fetchDocuments(QStringList collectionSegments, QString firebaseIDToken,
+                                                   std::stop_token token);
+
+    /// Adds a document, whose identifier the server chooses, and gives it as the server holds it.
+    QCoro::Task<QJsonObject> createDocument(QStringList collectionSegments, Fields fields,
+                                            QString firebaseIDToken, std::stop_token token);
+
+    /// Creates or wholly replaces one document.
+    QCoro::Task<> setDocument(QStringList documentSegments, Fields fields, QString firebaseIDToken,
+                              std::stop_token token);
+
+private:
+    /// @p segments as a request with the user's token. Throws when no address comes out.
+    HttpRequest request(const QByteArray &method, const QStringList &segments, const QString &firebaseIDToken,
+                        const QString &query = {}) const;
+    HttpRequest writeRequest(const QByteArray &method, const QStringList &segments, const Fields &fields,
+                             const QString &firebaseIDToken) const;
+    /// The body of a successful answer.
+    QCoro::Task<QByteArray> send(HttpRequest request, std::stop_token token);
+
+    QString m_projectID;
+    CloudEndpoints m_endpoints;
+    HttpClient &m_http;
+};
