@@ -50,7 +50,9 @@ LocalCloud::Options localCloudOptions()
             .port = 0,
             .projectID = configuration.firebase.projectID,
             .apiKey = configuration.firebase.apiKey,
-            .libraryAppID = configuration.logicalLibraryAppID};
+            .libraryAppID = configuration.logicalLibraryAppID,
+            .clientID = configuration.firebase.clientID,
+            .redirectScheme = configuration.firebase.reversedClientID};
 }
 
 StoredAuthSession storedSession(const LocalCloud::Session &session)

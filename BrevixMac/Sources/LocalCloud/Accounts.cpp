@@ -7,6 +7,7 @@
 #include <QCryptographicHash>
 #include <QSqlQuery>
 
+#include <algorithm>
 #include <utility>
 
 namespace Cloud {
@@ -14,6 +15,10 @@ namespace Cloud {
 namespace {
 
 constexpr qsizetype refreshTokenSize = 32;
+constexpr qsizetype sessionNameSize = 12;
+constexpr qsizetype identifierSize = 28;
+constexpr qsizetype longestName = 100;
+constexpr qsizetype longestEmail = 254; // RFC 5321
 
 /// How long a replaced token is remembered, to tell a reused one from an unknown one.
 constexpr std::chrono::hours replacedTokenMemory{24 * 30};
@@ -21,6 +26,25 @@ constexpr std::chrono::hours replacedTokenMemory{24 * 30};
 qint64 micros(Timestamp time)
 {
     return time.time_since_epoch().count();
+}
+
+const QString accountColumns =
+    QStringLiteral("SELECT uid, email, display_name, created, last_sign_in FROM users ");
+
+/// Of a row of accountColumns.
+Account accountAt(const QSqlQuery &query)
+{
+    const auto time = [&](int column) {
+        return Timestamp(std::chrono::microseconds(query.value(column).toLongLong()));
+    };
+    return {query.value(0).toString(), query.value(1).toString(), query.value(2).toString(), time(3),
+            query.value(4).isNull() ? time(3) : time(4)};
+}
+
+bool isPrintable(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar character) { return character.isPrint() || character.isSurrogate(); });
 }
 
 QByteArray hashOf(const QByteArray &token)
@@ -43,6 +67,17 @@ Accounts::Accounts(Database &database, Clock clock)
 {
 }
 
+QString Accounts::problemOf(const QString &name, const QString &email)
+{
+    if (name.isEmpty() || name.size() > longestName || !isPrintable(name))
+        return QStringLiteral("Please give a name of at most %1 characters.").arg(longestName);
+    const qsizetype at = email.lastIndexOf(u'@');
+    if (at <= 0 || at == email.size() - 1 || email.size() > longestEmail || email.contains(u' ') ||
+        !isPrintable(email))
+        return QStringLiteral("Please give an e-mail address, such as name@example.org.");
+    return {};
+}
+
 void Accounts::put(const Account &account)
 {
     m_database.run(QStringLiteral("INSERT INTO users(uid, email, display_name, created) VALUES(?, ?, ?, ?)"
@@ -53,11 +88,40 @@ void Accounts::put(const Account &account)
 
 std::optional<Account> Accounts::find(const QString &uid) const
 {
+    QSqlQuery query = m_database.run(accountColumns + QStringLiteral("WHERE uid = ?"), {uid});
+    return query.next() ? std::optional(accountAt(query)) : std::nullopt;
+}
+
+std::optional<Account> Accounts::findByEmail(const QString &email) const
+{
     QSqlQuery query =
-        m_database.run(QStringLiteral("SELECT uid, email, display_name FROM users WHERE uid = ?"), {uid});
-    if (!query.next())
-        return std::nullopt;
-    return Account{query.value(0).toString(), query.value(1).toString(), query.value(2).toString()};
+        m_database.run(accountColumns + QStringLiteral("WHERE email = ? COLLATE NOCASE"), {email});
+    return query.next() ? std::optional(accountAt(query)) : std::nullopt;
+}
+
+QList<Account> Accounts::list() const
+{
+    QSqlQuery query = m_database.run(accountColumns + QStringLiteral("ORDER BY created, uid"));
+    QList<Account> accounts;
+    while (query.next())
+        accounts.append(accountAt(query));
+    return accounts;
+}
+
+Account Accounts::create(const QString &name, const QString &email)
+{
+    const Timestamp now = m_clock();
+    const Account account{randomIdentifier(identifierSize), email, name, now, now};
+    put(account);
+    return account;
+}
+
+QByteArray Accounts::signIn(const Account &account)
+{
+    const QString session = QString::fromLatin1(base64Url(secureRandomBytes(sessionNameSize)));
+    m_database.run(QStringLiteral("UPDATE users SET last_sign_in = ? WHERE uid = ?"),
+                   {micros(m_clock()), account.uid});
+    return openSession(account, session);
 }
 
 QByteArray Accounts::openSession(const Account &account, const QString &session)

@@ -4,6 +4,7 @@
 #include "Timestamp.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -18,6 +19,8 @@ struct Account
     QString uid;
     QString email;
     QString displayName;
+    Timestamp createdAt{};
+    Timestamp lastSignInAt{}; ///< the creation time until somebody signs in
 };
 
 /// The users and their refresh tokens, of which only hashes are kept. Belongs to the database's thread;
@@ -34,8 +37,23 @@ public:
 
     Accounts(Database &database, Clock clock);
 
+    /// Why an account cannot have this name and address, for the person who typed them; empty when it can.
+    static QString problemOf(const QString &name, const QString &email);
+
     void put(const Account &account);
     std::optional<Account> find(const QString &uid) const;
+
+    /// The case of ASCII letters makes no difference.
+    std::optional<Account> findByEmail(const QString &email) const;
+
+    /// Everybody, oldest account first.
+    QList<Account> list() const;
+
+    /// A new account with an identifier of its own. The address must not be taken.
+    Account create(const QString &name, const QString &email);
+
+    /// Opens one more session of @p account and gives its refresh token.
+    QByteArray signIn(const Account &account);
 
     /// A fresh session of @p account in place of the former one called @p session.
     QByteArray openSession(const Account &account, const QString &session);

@@ -16,8 +16,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(logDatabase, "brevix.localcloud.database")
 
-constexpr int schemaVersion = 1;
-
 /// Small caches: the whole library is a few hundred kilobytes and is read every 45 seconds.
 const QStringList settings{
     QStringLiteral("PRAGMA journal_mode=WAL"),       QStringLiteral("PRAGMA synchronous=NORMAL"),
@@ -26,15 +24,26 @@ const QStringList settings{
     QStringLiteral("PRAGMA cell_size_check=ON"),
 };
 
-const QStringList tables{
-    QStringLiteral("CREATE TABLE settings(key TEXT PRIMARY KEY, value TEXT NOT NULL)"),
-    QStringLiteral("CREATE TABLE documents(collection TEXT NOT NULL, id TEXT NOT NULL, fields BLOB NOT NULL,"
-                   " created INTEGER NOT NULL, updated INTEGER NOT NULL, PRIMARY KEY(collection, id))"),
-    QStringLiteral("CREATE TABLE users(uid TEXT PRIMARY KEY, email TEXT NOT NULL, display_name TEXT NOT NULL,"
-                   " created INTEGER NOT NULL)"),
-    QStringLiteral("CREATE TABLE refresh_tokens(hash BLOB PRIMARY KEY,"
-                   " uid TEXT NOT NULL REFERENCES users(uid) ON DELETE CASCADE, family TEXT NOT NULL,"
-                   " created INTEGER NOT NULL, replaced INTEGER)"),
+/// What turns each version of the tables into the next; the first makes them.
+const QList<QStringList> migrations{
+    {
+        QStringLiteral("CREATE TABLE settings(key TEXT PRIMARY KEY, value TEXT NOT NULL)"),
+        QStringLiteral(
+            "CREATE TABLE documents(collection TEXT NOT NULL, id TEXT NOT NULL, fields BLOB NOT NULL,"
+            " created INTEGER NOT NULL, updated INTEGER NOT NULL, PRIMARY KEY(collection, id))"),
+        QStringLiteral(
+            "CREATE TABLE users(uid TEXT PRIMARY KEY, email TEXT NOT NULL, display_name TEXT NOT NULL,"
+            " created INTEGER NOT NULL)"),
+        QStringLiteral("CREATE TABLE refresh_tokens(hash BLOB PRIMARY KEY,"
+                       " uid TEXT NOT NULL REFERENCES users(uid) ON DELETE CASCADE, family TEXT NOT NULL,"
+                       " created INTEGER NOT NULL, replaced INTEGER)"),
+    },
+    {
+        QStringLiteral("ALTER TABLE users ADD COLUMN password TEXT"),
+        QStringLiteral("ALTER TABLE users ADD COLUMN last_sign_in INTEGER"),
+        QStringLiteral("CREATE UNIQUE INDEX users_email ON users(email COLLATE NOCASE)"),
+        QStringLiteral("ALTER TABLE documents ADD COLUMN owner TEXT"),
+    },
 };
 
 /// SQLite's primary result codes SQLITE_CORRUPT and SQLITE_NOTADB.
@@ -168,12 +177,14 @@ void Database::migrate()
     QSqlQuery query = run(QStringLiteral("PRAGMA user_version"));
     const int version = query.next() ? query.value(0).toInt() : 0;
     query.finish();
+    const int schemaVersion = int(migrations.size());
     if (version > schemaVersion)
         throw StorageError(QStringLiteral("it was written by a newer version of this program"));
     if (version == schemaVersion)
         return;
-    for (const QString &table : tables)
-        run(table);
+    for (int step = version; step < schemaVersion; ++step)
+        for (const QString &statement : migrations[step])
+            run(statement);
     run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion));
     transaction.commit();
 }

@@ -68,7 +68,7 @@ LocalCloud::Session toSession(const Service::Session &session)
 class ServerThread final : public QThread
 {
 public:
-    ServerThread(Router::Site site, DataFolder folder, qintptr listeningSocket, SharedText &errorString)
+    ServerThread(Site site, DataFolder folder, qintptr listeningSocket, SharedText &errorString)
         : m_site(std::move(site))
         , m_folder(std::move(folder))
         , m_listeningSocket(listeningSocket)
@@ -109,7 +109,7 @@ protected:
     }
 
 private:
-    const Router::Site m_site;
+    const Site m_site;
     const DataFolder m_folder;
     const qintptr m_listeningSocket;
     SharedText &m_errorString;
@@ -161,7 +161,8 @@ bool LocalCloud::start()
         return false;
     }
     m_parts->port = opener.serverPort();
-    const Router::Site site{m_parts->port, options.projectID, options.libraryAppID, options.apiKey};
+    const Site site{m_parts->port,  options.projectID, options.libraryAppID,
+                    options.apiKey, options.clientID,  options.redirectScheme};
     m_parts->thread = std::make_unique<ServerThread>(site, std::move(folder), socket, m_parts->errorString);
     m_parts->thread->start();
     return true;

@@ -22,6 +22,8 @@ public:
         QString projectID;  ///< the only project it serves
         QString apiKey;     ///< the key its token endpoint expects
         QString libraryAppID;
+        QString clientID;       ///< the OAuth client that may sign people in
+        QString redirectScheme; ///< of the addresses at which that client takes the answer
     };
 
     /// A signed-in session of the local user, as the token endpoints would hand it out.

@@ -2,8 +2,8 @@
 #include "Router.h"
 
 #include "Answers.h"
-#include "Database.h"
-#include "IdTokens.h"
+#include "StarterLibrary.h"
+#include "State.h"
 
 #include <QLoggingCategory>
 
@@ -20,6 +20,11 @@ const QStringList servicePrefixes{QStringLiteral("firestore.googleapis.com"),
                                   QStringLiteral("securetoken.googleapis.com"),
                                   QStringLiteral("identitytoolkit.googleapis.com")};
 
+const QStringList authorizationPath{QStringLiteral("o"), QStringLiteral("oauth2"), QStringLiteral("v2"),
+                                    QStringLiteral("auth")};
+const QStringList tokenPath{QStringLiteral("token")};
+const QString accountsPrefix = QStringLiteral("accounts:");
+
 Response noSuchRoute()
 {
     return notFound(QStringLiteral("There is nothing at this address."));
@@ -32,12 +37,16 @@ bool isDataMethod(const QByteArray &method)
 
 } // namespace
 
-Router::Router(Site site, Documents &documents, Accounts &accounts, const IdTokens &idTokens)
+Router::Router(Site site, State &state)
     : m_site(std::move(site))
     , m_gate(m_site.port)
-    , m_idTokens(idTokens)
-    , m_firestore(documents)
-    , m_secureToken(accounts, idTokens, m_site.apiKey, m_site.projectID)
+    , m_state(state)
+    , m_firestore(state.documents)
+    , m_authorization(state.accounts, state.codes, {m_site.clientID, m_site.redirectScheme}, state.forms,
+                      [this](const Account &account) { welcome(account); })
+    , m_tokenExchange(state.accounts, state.codes, state.providerTokens, m_site.clientID)
+    , m_identityToolkit(state.accounts, state.idTokens, state.providerTokens, m_site.apiKey)
+    , m_secureToken(state.accounts, state.idTokens, m_site.apiKey, m_site.projectID)
 {
 }
 
@@ -60,6 +69,10 @@ Response Router::route(const Request &request)
         return invalidArgument(QStringLiteral("The address is not valid."));
     if (!pieces->isEmpty() && servicePrefixes.contains(pieces->constFirst()))
         pieces->removeFirst();
+    if (*pieces == authorizationPath)
+        return m_authorization.handle(request);
+    if (*pieces == tokenPath && request.method == "POST")
+        return m_tokenExchange.exchange(request);
     if (pieces->size() < 2 || pieces->takeFirst() != QLatin1String("v1"))
         return noSuchRoute();
     const QString service = pieces->constFirst();
@@ -67,8 +80,8 @@ Response Router::route(const Request &request)
         return data(request, *pieces);
     if (service == QLatin1String("token") && pieces->size() == 1 && request.method == "POST")
         return m_secureToken.refresh(request);
-    if (service.startsWith(QLatin1String("accounts:")) && request.method == "POST")
-        return unimplemented();
+    if (service.startsWith(accountsPrefix) && pieces->size() == 1 && request.method == "POST")
+        return m_identityToolkit.handle(service.sliced(accountsPrefix.size()), request);
     return noSuchRoute();
 }
 
@@ -97,7 +110,13 @@ std::optional<QString> Router::userOf(const Request &request) const
     const QByteArray authorization = request.header("authorization");
     if (request.headerCount("authorization") != 1 || authorization.left(7).toLower() != "bearer ")
         return std::nullopt;
-    return m_idTokens.userOf(authorization.sliced(7).trimmed());
+    return m_state.idTokens.userOf(authorization.sliced(7).trimmed());
+}
+
+/// A new account has something to try, like a new installation.
+void Router::welcome(const Account &account)
+{
+    seedStarterLibrary(m_state.database, m_site.libraryAppID, account.uid, m_state.clock());
 }
 
 /// A user's own documents, and what anybody has shared.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SecureRandom.h"
 
+#include <QMessageAuthenticationCode>
 #include <QRandomGenerator>
 
 namespace Cloud {
@@ -11,6 +12,20 @@ QByteArray secureRandomBytes(qsizetype count)
     for (char &byte : bytes)
         byte = char(QRandomGenerator::system()->generate() & 0xff);
     return bytes;
+}
+
+QString randomIdentifier(qsizetype size)
+{
+    static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    QString identifier(size, Qt::Uninitialized);
+    for (QChar &character : identifier)
+        character = QLatin1Char(alphabet[QRandomGenerator::system()->bounded(int(sizeof alphabet - 1))]);
+    return identifier;
+}
+
+QByteArray derivedKey(const QByteArray &key, const QByteArray &purpose)
+{
+    return QMessageAuthenticationCode::hash(purpose, key, QCryptographicHash::Sha256);
 }
 
 QByteArray base64Url(const QByteArray &bytes)

@@ -16,13 +16,9 @@ Q_LOGGING_CATEGORY(logService, "brevix.localcloud")
 
 }
 
-Service::Service(Router::Site site, const QString &databasePath, QByteArray signingKey, Clock clock)
-    : m_clock(clock)
-    , m_database(databasePath)
-    , m_documents(m_database)
-    , m_accounts(m_database, clock)
-    , m_idTokens(std::move(signingKey), site.projectID, clock)
-    , m_router(site, m_documents, m_accounts, m_idTokens)
+Service::Service(Site site, const QString &databasePath, const QByteArray &signingKey, Clock clock)
+    : m_state(site, databasePath, signingKey, std::move(clock))
+    , m_router(site, m_state)
 {
     openLibrary(site.libraryAppID);
 }
@@ -41,9 +37,9 @@ Service::Session Service::issueLocalSession()
     if (!m_isUsable)
         return session;
     try {
-        session.refreshToken = m_accounts.openSession(user, QStringLiteral("local"));
-        session.expiresAt = m_clock() + IdTokens::lifetime;
-        session.idToken = m_idTokens.issue(user);
+        session.refreshToken = m_state.accounts.openSession(user, QStringLiteral("local"));
+        session.expiresAt = m_state.clock() + IdTokens::lifetime;
+        session.idToken = m_state.idTokens.issue(user);
     } catch (const StorageError &error) {
         m_errorString = QString::fromUtf8(error.what());
         qCWarning(logService) << "The local user could not be signed in:" << m_errorString;
@@ -53,12 +49,13 @@ Service::Session Service::issueLocalSession()
 
 void Service::openLibrary(const QString &libraryAppID)
 {
-    m_isUsable = m_database.open();
-    m_errorString = m_isUsable ? m_database.damageReport() : m_database.errorString();
+    m_isUsable = m_state.database.open();
+    m_errorString = m_isUsable ? m_state.database.damageReport() : m_state.database.errorString();
     if (!m_isUsable)
         return;
     try {
-        seedStarterLibrary(m_database, libraryAppID, m_clock());
+        m_state.accounts.put(Accounts::localUser());
+        seedStarterLibrary(m_state.database, libraryAppID, Accounts::localUser().uid, m_state.clock());
     } catch (const StorageError &error) {
         m_isUsable = false;
         m_errorString = QString::fromUtf8(error.what());

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Accounts.h"
-#include "Database.h"
-#include "Documents.h"
-#include "IdTokens.h"
 #include "Router.h"
+#include "State.h"
 
 namespace Cloud {
 
@@ -16,7 +13,7 @@ class Service
 public:
     /// Opens the database at @p databasePath and seeds it. When that fails, errorString() says why and every
     /// request is answered with 503.
-    Service(Router::Site site, const QString &databasePath, QByteArray signingKey, Clock clock = &systemTime);
+    Service(Site site, const QString &databasePath, const QByteArray &signingKey, Clock clock = &systemTime);
 
     Response handle(const Request &request);
 
@@ -38,11 +35,7 @@ public:
 private:
     void openLibrary(const QString &libraryAppID);
 
-    Clock m_clock;
-    Database m_database;
-    Documents m_documents;
-    Accounts m_accounts;
-    IdTokens m_idTokens;
+    State m_state;
     Router m_router;
     QString m_errorString;
     bool m_isUsable = false;

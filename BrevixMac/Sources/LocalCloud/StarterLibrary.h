@@ -9,9 +9,9 @@ namespace Cloud {
 
 class Database;
 
-/// Gives the local user something to start with: the categories, prompts and skills of the built-in starter
-/// library. Happens once in the life of a database, so that what the user deletes stays deleted. Throws
+/// Gives the user @p uid something to start with: the categories, prompts and skills of the built-in starter
+/// library. Happens once in the life of an account, so that what the user deletes stays deleted. Throws
 /// StorageError.
-void seedStarterLibrary(Database &database, const QString &libraryAppID, Timestamp now);
+void seedStarterLibrary(Database &database, const QString &libraryAppID, const QString &uid, Timestamp now);
 
 } // namespace Cloud

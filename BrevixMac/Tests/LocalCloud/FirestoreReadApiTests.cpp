@@ -261,10 +261,9 @@ TEST_F(FirestoreReading, whatIsNotDoneYetSaysSo)
         EXPECT_EQ(response.status, 501) << method.constData();
         EXPECT_EQ(errorOf(response).value(u"status").toString(), QStringLiteral("UNIMPLEMENTED"));
     }
-    Request signIn =
-        getWithoutToken("/identitytoolkit.googleapis.com/v1/accounts:signInWithIdp", "key=the-key");
-    signIn.method = "POST";
-    EXPECT_EQ(status(signIn), 501);
+    Request signUp = getWithoutToken("/identitytoolkit.googleapis.com/v1/accounts:signUp", "key=the-key");
+    signUp.method = "POST";
+    EXPECT_EQ(status(signUp), 501);
 }
 
 TEST_F(FirestoreReading, unknownAddressesAndMethodsAreNotFound)

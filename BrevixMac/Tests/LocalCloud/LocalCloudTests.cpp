@@ -14,6 +14,7 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrlQuery>
 
 #include <gtest/gtest.h>
 
@@ -34,8 +35,13 @@ class LocalCloudTest : public testing::Test
 protected:
     LocalCloud::Options options(quint16 port = 0) const
     {
-        return {folder.filePath(QStringLiteral("cloud")), port, QStringLiteral("demo"),
-                QStringLiteral("the-key"), QStringLiteral("brevix-app")};
+        return {.dataFolder = folder.filePath(QStringLiteral("cloud")),
+                .port = port,
+                .projectID = QStringLiteral("demo"),
+                .apiKey = QStringLiteral("the-key"),
+                .libraryAppID = QStringLiteral("brevix-app"),
+                .clientID = QStringLiteral("the-client"),
+                .redirectScheme = QStringLiteral("app.brevix.test")};
     }
 
     void start()
@@ -69,11 +75,19 @@ protected:
         return finished(network.get(request(library + collection + QStringLiteral("?pageSize=500"))));
     }
 
-    Reply refresh(const QString &token)
+    /// For a post without a token, as browsers and sign-ins send them.
+    QNetworkRequest formRequest(const QString &path) const
     {
-        QNetworkRequest post = request(QStringLiteral("/v1/token?key=the-key"));
+        QNetworkRequest post(QUrl(cloud->origin().toString() + path));
         post.setHeader(QNetworkRequest::ContentTypeHeader,
                        QStringLiteral("application/x-www-form-urlencoded"));
+        post.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+        return post;
+    }
+
+    Reply refresh(const QString &token)
+    {
+        const QNetworkRequest post = formRequest(QStringLiteral("/v1/token?key=the-key"));
         return finished(network.post(post, "grant_type=refresh_token&refresh_token=" + token.toLatin1()));
     }
 
@@ -147,6 +161,49 @@ TEST_F(LocalCloudTest, sessionsLastAcrossARestart)
     ASSERT_TRUE(cloud->start());
     EXPECT_EQ(list(QStringLiteral("prompts")).status, 200);
     EXPECT_EQ(refresh(former.refreshToken).status, 200);
+}
+
+TEST_F(LocalCloudTest, browserIsLedThroughTheSignInAndTheCodeBecomesASession)
+{
+    start();
+    const QString address = QStringLiteral(
+        "/o/oauth2/v2/auth?client_id=the-client&redirect_uri=app.brevix.test%3A/"
+        "oauthredirect&response_type=code"
+        "&scope=openid%20email%20profile&state=s&code_challenge=E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"
+        "&code_challenge_method=S256");
+    const Reply page = finished(network.get(request(address)));
+    ASSERT_EQ(page.status, 200) << page.body.constData();
+    const QByteArray marker = "name=\"request\" value=\"";
+    const QByteArray rest = page.body.mid(page.body.indexOf(marker) + marker.size());
+    const QByteArray form = "account=local-user&request=" + rest.left(rest.indexOf('"'));
+
+    QNetworkRequest submission = formRequest(QStringLiteral("/o/oauth2/v2/auth"));
+    submission.setRawHeader("Origin", cloud->origin().toString().toLatin1());
+    submission.setRawHeader("Sec-Fetch-Site", "same-origin");
+    QNetworkReply *redirect = network.post(submission, form);
+    ASSERT_TRUE(waitUntil([redirect] { return redirect->isFinished(); }));
+    const QUrl target(QString::fromLatin1(redirect->rawHeader("Location")));
+    EXPECT_EQ(finished(redirect).status, 303);
+    EXPECT_EQ(target.scheme(), QStringLiteral("app.brevix.test"));
+    const QByteArray code = QUrlQuery(target).queryItemValue(QStringLiteral("code")).toLatin1();
+
+    const QByteArray exchange =
+        "grant_type=authorization_code&client_id=the-client&redirect_uri=app.brevix.test%3A/oauthredirect"
+        "&code_verifier=dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk&code=" +
+        code;
+    const Reply tokens = finished(network.post(formRequest(QStringLiteral("/token")), exchange));
+    ASSERT_EQ(tokens.status, 200) << tokens.body.constData();
+    EXPECT_EQ(finished(network.post(formRequest(QStringLiteral("/token")), exchange)).status, 400);
+
+    const QByteArray signIn =
+        "{\"postBody\":\"id_token=" + tokens.json.value(u"id_token").toString().toLatin1() +
+        "&providerId=google.com\",\"requestUri\":\"http://localhost\"}";
+    const Reply signedIn = finished(network.post(
+        formRequest(QStringLiteral("/identitytoolkit.googleapis.com/v1/accounts:signInWithIdp?key=the-key")),
+        signIn));
+    ASSERT_EQ(signedIn.status, 200) << signedIn.body.constData();
+    session.idToken = signedIn.json.value(u"idToken").toString();
+    EXPECT_EQ(list(QStringLiteral("prompts")).status, 200);
 }
 
 TEST_F(LocalCloudTest, foreignHostsAndOriginsAreRefused)

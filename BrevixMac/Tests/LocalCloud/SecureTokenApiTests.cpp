@@ -79,9 +79,7 @@ TEST_F(SecureToken, refreshSurvivesARestart)
 {
     const QByteArray token = session.refreshToken;
     service.reset();
-    service = std::make_unique<Service>(
-        Router::Site{port, QStringLiteral("demo"), QStringLiteral("brevix-app"), QStringLiteral("the-key")},
-        databasePath(), signingKey, [this] { return now; });
+    service = std::make_unique<Service>(demoSite(), databasePath(), signingKey, [this] { return now; });
     EXPECT_FALSE(refreshed(token).isEmpty());
 }
 

@@ -3,24 +3,25 @@
 
 using namespace Cloud;
 
-namespace {
-
-Router::Site demoSite(quint16 port)
-{
-    return {port, QStringLiteral("demo"), QStringLiteral("brevix-app"), QStringLiteral("the-key")};
-}
-
-} // namespace
-
 ServiceFixture::ServiceFixture()
 {
     restart();
 }
 
+Site ServiceFixture::demoSite()
+{
+    return {.port = port,
+            .projectID = QStringLiteral("demo"),
+            .libraryAppID = QStringLiteral("brevix-app"),
+            .apiKey = QStringLiteral("the-key"),
+            .clientID = QStringLiteral("the-client"),
+            .redirectScheme = QStringLiteral("app.brevix.test")};
+}
+
 void ServiceFixture::restart()
 {
     service.reset();
-    service = std::make_unique<Service>(demoSite(port), databasePath(), signingKey, [this] { return now; });
+    service = std::make_unique<Service>(demoSite(), databasePath(), signingKey, [this] { return now; });
     session = service->issueLocalSession();
 }
 
@@ -40,12 +41,19 @@ Request ServiceFixture::getWithoutToken(const QByteArray &path, const QByteArray
     return request;
 }
 
-Request ServiceFixture::refreshRequest(const QByteArray &refreshToken) const
+Request ServiceFixture::formPost(const QByteArray &path, const QByteArray &body) const
 {
-    Request request = getWithoutToken("/v1/token", "key=the-key");
+    Request request = getWithoutToken(path);
     request.method = "POST";
     request.headers.emplaceBack("content-type", "application/x-www-form-urlencoded");
-    request.body = "grant_type=refresh_token&refresh_token=" + refreshToken;
+    request.body = body;
+    return request;
+}
+
+Request ServiceFixture::refreshRequest(const QByteArray &refreshToken) const
+{
+    Request request = formPost("/v1/token", "grant_type=refresh_token&refresh_token=" + refreshToken);
+    request.query = "key=the-key";
     return request;
 }
 

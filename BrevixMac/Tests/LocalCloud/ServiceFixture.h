@@ -18,12 +18,16 @@ protected:
 
     ServiceFixture();
 
+    static Cloud::Site demoSite();
+
     /// Stops the server and starts it again on the same files.
     void restart();
 
     /// A GET with a good Host header, signed in as the local user.
     Cloud::Request get(const QByteArray &path, const QByteArray &query = {}) const;
     Cloud::Request getWithoutToken(const QByteArray &path, const QByteArray &query = {}) const;
+    /// A POST of @p body, a form, without a token.
+    Cloud::Request formPost(const QByteArray &path, const QByteArray &body) const;
     Cloud::Request refreshRequest(const QByteArray &refreshToken) const;
 
     /// "/v1/projects/demo/databases/(default)/documents/" and @p path.

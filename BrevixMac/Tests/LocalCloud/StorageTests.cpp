@@ -113,9 +113,7 @@ TEST_F(StorageTest, databaseOfANewerVersionIsLeftAlone)
 TEST_F(StorageTest, pathThatCannotHoldADatabaseIsReported)
 {
     expectWarning(QStringLiteral("cannot be used"));
-    Service broken(
-        Router::Site{port, QStringLiteral("demo"), QStringLiteral("brevix-app"), QStringLiteral("k")},
-        folder.filePath(QStringLiteral("missing/library.sqlite")), signingKey);
+    Service broken(demoSite(), folder.filePath(QStringLiteral("missing/library.sqlite")), signingKey);
     EXPECT_FALSE(broken.isUsable());
     EXPECT_FALSE(broken.errorString().isEmpty());
     EXPECT_EQ(broken.handle(get(libraryPath("prompts"))).status, 503);
