@@ -130,7 +130,7 @@ QByteArray Accounts::openSession(const Account &account, const QString &session)
     put(account);
     m_database.run(QStringLiteral("DELETE FROM refresh_tokens WHERE uid = ? AND family = ?"),
                    {account.uid, session});
-    const QByteArray token = issueToken(account.uid, session);
+    QByteArray token = issueToken(account.uid, session);
     transaction.commit();
     return token;
 }

@@ -76,7 +76,7 @@ void X11Keyboard::readKeys(X11Connection &connection)
         const int groupCount = keys.data->groupInfo & 0x0f;
         Key key{.code = code, .unshifted = {}};
         for (int group = 0; group < groupCount; ++group)
-            key.unshifted.append(symbols[group * keys.data->width]);
+            key.unshifted.append(symbols[ptrdiff_t(group) * keys.data->width]);
         if (groupCount > 0)
             m_keys.append(std::move(key));
     }
@@ -92,7 +92,7 @@ void X11Keyboard::readModifiers(X11Connection &connection)
     const XcbPointer<xcb_query_keymap_reply_t> keymap(xcb_query_keymap_reply(xcb, keymapCookie, nullptr));
     if (!mapping || !keymap)
         return;
-    const int width = mapping->keycodes_per_modifier;
+    const ptrdiff_t width = mapping->keycodes_per_modifier;
     const auto *codes = xcb_get_modifier_mapping_keycodes(mapping.get());
     for (int modifier = XCB_MAP_INDEX_SHIFT; modifier <= XCB_MAP_INDEX_5; ++modifier) {
         QList<xcb_keycode_t> keys(codes + modifier * width, codes + (modifier + 1) * width);

@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds quietAfterReading = 200ms;
 constexpr auto quietAfterStrangersReading = 2s;
 constexpr auto restoreCap = 8s;
 // The selection of the terminal in front; the keys come 180 ms later.
-constexpr X11PasteboardReader::Limits primaryLimits{.time = 100ms, .bytes = 4 * 1024 * 1024};
+constexpr X11PasteboardReader::Limits primaryLimits{.time = 100ms, .bytes = qint64(4) * 1024 * 1024};
 // A snapshot can be large, and what is not pasted over soon is not worth the memory.
 constexpr auto snapshotLife = 30s;
 constexpr auto handOverTime = 300ms;

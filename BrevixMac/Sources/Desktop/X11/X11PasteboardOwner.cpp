@@ -15,7 +15,7 @@ Q_LOGGING_CATEGORY(log, "brevix.pasteboard", QtInfoMsg)
 
 using namespace std::chrono_literals;
 
-constexpr qsizetype incrementSize = 256 * 1024;
+constexpr qsizetype incrementSize = qsizetype(256) * 1024;
 // A requestor that has not taken an increment for so long has died, hangs or has lost interest.
 constexpr std::chrono::milliseconds transferPatience = 5s;
 constexpr auto formerContentLife = 30s;

@@ -14,6 +14,9 @@ Q_LOGGING_CATEGORY(log, "brevix.pasteboard", QtInfoMsg)
 // An answer that comes after its reading was given up must not pass for the answer to a later request.
 constexpr quint32 propertyCount = 16;
 
+// Longest list of offered types that is read.
+constexpr qint64 longestTypeList = qint64(256) * 1024;
+
 QByteArray propertyName(quint32 number)
 {
     return QByteArrayLiteral("_BREVIX_SELECTION_") + QByteArray::number(number % propertyCount);
@@ -106,7 +109,7 @@ QFuture<X11PasteboardReader::Result> X11PasteboardReader::read(Limits limits)
         return m_promise->future();
     m_promise.emplace();
     m_promise->start();
-    const QFuture<Result> future = m_promise->future();
+    QFuture<Result> future = m_promise->future();
     m_limits = limits;
     m_clock.start();
     m_deadline.start(limits.time);
@@ -188,7 +191,7 @@ void X11PasteboardReader::onSelectionNotify(const xcb_selection_notify_event_t &
 void X11PasteboardReader::onTargets(bool isAnswered)
 {
     if (isAnswered) {
-        const Property property = takeProperty(m_connection, m_window, m_property, 256 * 1024);
+        const Property property = takeProperty(m_connection, m_window, m_property, longestTypeList);
         if (property.format == 32) {
             const auto *atoms = reinterpret_cast<const xcb_atom_t *>(property.bytes.constData());
             m_offered =
@@ -252,13 +255,11 @@ void X11PasteboardReader::onPropertyChanged(const xcb_property_notify_event_t &e
 {
     if (event.window != m_window || event.state != XCB_PROPERTY_NEW_VALUE)
         return;
-    if (event.atom != m_property)
-        xcb_delete_property(m_connection.connection(), m_window,
-                            event.atom); // late: drained, so that its owner ends
+    const bool isLate = event.atom != m_property || m_step == Step::idle;
+    if (isLate) // drained, so that its owner ends
+        xcb_delete_property(m_connection.connection(), m_window, event.atom);
     else if (m_step == Step::increments)
         onIncrement();
-    else if (m_step == Step::idle)
-        xcb_delete_property(m_connection.connection(), m_window, event.atom);
 }
 
 void X11PasteboardReader::onIncrement()

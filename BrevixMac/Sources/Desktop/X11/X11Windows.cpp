@@ -238,6 +238,7 @@ std::vector<qint64> X11Windows::processIdentifiers(const std::vector<xcb_window_
     const xcb_atom_t pidAtom = m_connection.atom(QByteArrayLiteral("_NET_WM_PID"));
     const xcb_atom_t machineAtom = m_connection.atom(QByteArrayLiteral("WM_CLIENT_MACHINE"));
     std::vector<Question> questions;
+    questions.reserve(windows.size());
     for (const xcb_window_t window : windows) {
         questions.push_back(
             {.claimed = askProperty(xcb, window, pidAtom, XCB_ATOM_CARDINAL),

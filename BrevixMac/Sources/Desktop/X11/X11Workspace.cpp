@@ -212,14 +212,14 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication() const
 
 std::optional<RunningApplication> X11Workspace::application(qint64 processIdentifier) const
 {
-    const auto front = frontmostApplication();
+    auto front = frontmostApplication();
     if (front && front->processIdentifier == processIdentifier)
         return front;
     if (!Processes::isRunning(processIdentifier, 0))
         return std::nullopt;
     const xcb_window_t window =
         m_connection.isValid() ? m_windows.topmostWindow(processIdentifier) : noWindow;
-    if (const auto shown = describe(window))
+    if (auto shown = describe(window))
         return shown;
     X11WindowFacts windowless;
     windowless.processIdentifier = processIdentifier;
