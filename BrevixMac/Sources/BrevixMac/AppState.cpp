@@ -470,6 +470,17 @@ QList<PickerResultSection> AppState::resultSections() const
                                          m_libraryStore->syncState());
 }
 
+QList<PromptCategory> AppState::libraryCategories() const
+{
+    return uniqueByID(m_libraryStore->categories());
+}
+
+QList<PickerResult> AppState::libraryResults(const QString &query, const LibraryFilter &filter) const
+{
+    return PickerResults::libraryResults(query, filter, m_libraryPrompts, m_librarySkills, categoriesByID(),
+                                         unique(m_recents->recentIDs()), unique(m_recents->recentSkillIDs()));
+}
+
 PickerTargetStatus AppState::targetStatus() const
 {
     const bool isSecure = m_focusedTarget && AccessibilityService::isSecureField(*m_focusedTarget);

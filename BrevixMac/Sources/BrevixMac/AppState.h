@@ -166,6 +166,9 @@ public:
     QList<PromptItem> recentPromptItems() const;
     std::optional<PromptItem> selectedPrompt() const;
     QList<PickerResultSection> resultSections() const;
+    /// The library's categories, each identifier once.
+    QList<PromptCategory> libraryCategories() const;
+    QList<PickerResult> libraryResults(const QString &query, const LibraryFilter &filter) const;
     PickerTargetStatus targetStatus() const;
     QString hotkeyLabel() const;
 

@@ -23,7 +23,7 @@ CompactVariableForm::CompactVariableForm(AppState &appState, QWidget *parent)
     , m_appState(appState)
     , m_promptTitle(
           new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide, this))
-    , m_fields(new VariableFields(appState, VariableFields::Placeholder::value))
+    , m_fields(new VariableFields(VariableFields::Placeholder::value))
     , m_back(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Back"), this))
     , m_continue(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Continue"), this))
 {
@@ -54,6 +54,9 @@ CompactVariableForm::CompactVariableForm(AppState &appState, QWidget *parent)
 
     connect(m_back, &QPushButton::clicked, this, [this] { m_appState.cancelVariableAction(); });
     connect(m_continue, &QPushButton::clicked, this, &CompactVariableForm::confirm);
+    connect(m_fields, &VariableFields::valueEdited, &appState, &AppState::setVariableValue);
+    connect(&appState, &AppState::variableValuesChanged, this,
+            [this] { m_fields->setValues(m_appState.variableValues()); });
     connect(m_fields, &VariableFields::confirmed, this, &CompactVariableForm::confirm);
     connect(m_fields, &VariableFields::fieldFocused, scroll,
             [scroll](QWidget *field) { scroll->ensureWidgetVisible(field, 0, 24); });
@@ -66,7 +69,7 @@ void CompactVariableForm::begin()
     if (!prompt)
         return;
     m_promptTitle->setText(prompt->title.simplified());
-    m_fields->setPrompt(*prompt);
+    m_fields->setPrompt(*prompt, m_appState.variableValues());
     setTabOrder(m_fields->fields().last(), m_back);
     setTabOrder(m_back, m_continue);
     refreshButtons();

@@ -97,6 +97,12 @@ void EmptyState::describe(const QString &symbol, const QString &title, const QSt
     m_detail->setText(detail);
 }
 
+void EmptyState::setButtonsShown(bool isShown)
+{
+    m_newPrompt->setVisible(isShown);
+    m_newSkill->setVisible(isShown);
+}
+
 QString EmptyState::title() const
 {
     return m_title->text();

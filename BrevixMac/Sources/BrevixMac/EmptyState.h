@@ -17,6 +17,9 @@ public:
     /// An empty @p title takes no room.
     void describe(const QString &symbol, const QString &title, const QString &detail);
 
+    /// Hides the buttons where the screen has others for the same.
+    void setButtonsShown(bool isShown);
+
     QString title() const;
     QString detail() const;
     ThemedButton &newPromptButton() const { return *m_newPrompt; }

@@ -98,6 +98,10 @@ void MenuBarController::install(AppState &appState)
     Theme::shared().followDesktop();
     m_panel = std::make_unique<MenuBarPickerPanel>(appState);
     connect(m_panel.get(), &MenuBarPickerPanel::didHide, this, &MenuBarController::panelDidHide);
+    connect(&Theme::shared(), &Theme::changed, this, [this] {
+        if (isPickerVisible())
+            position();
+    });
     connect(&m_panel->view(), &MenuBarPickerView::quitRequested, this, &MenuBarController::quitRequested);
     connect(&appState.hotkeyService(), &HotkeyService::registrationChanged, this,
             &MenuBarController::updateStatusItem);
@@ -114,6 +118,8 @@ void MenuBarController::install(AppState &appState)
 void MenuBarController::prepareFirstShow()
 {
     // What the first show would otherwise pay for: the native window, styles, fonts and the layout.
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        m_panel->fitInto(screen->availableSize());
     m_panel->setCompositing(m_workspace.isCompositing());
     m_panel->winId();
     m_panel->ensurePolished();
@@ -211,6 +217,7 @@ void MenuBarController::position()
     const QRect visible = screen->availableGeometry();
     // Without a place of its own the panel opens below the middle of the screen's upper edge.
     const QRect anchor = button.value_or(QRect(visible.center().x(), visible.top(), 1, 0));
+    m_panel->fitInto(visible.size());
     m_panel->move(panelPosition(anchor, m_panel->size(), visible));
 }
 

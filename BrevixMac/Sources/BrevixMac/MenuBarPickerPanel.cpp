@@ -11,7 +11,11 @@
 #include <QPainterPath>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
+
+constexpr int screenMargin = 8;
 
 QRegion roundedRegion(const QRect &frame)
 {
@@ -40,10 +44,32 @@ MenuBarPickerPanel::MenuBarPickerPanel(AppState &appState)
 
 void MenuBarPickerPanel::setCompositing(bool isCompositing)
 {
-    if (isCompositing)
+    m_isCompositing = isCompositing;
+    roundCorners();
+}
+
+void MenuBarPickerPanel::roundCorners()
+{
+    if (m_isCompositing)
         clearMask();
     else
         setMask(roundedRegion(rect()));
+}
+
+void MenuBarPickerPanel::fitInto(const QSize &available)
+{
+    const Theme &theme = Theme::shared();
+    const auto fitted = [&](int designed, int room) {
+        return std::max(designed, std::min(theme.scaled(designed), room - 2 * screenMargin));
+    };
+    setFixedSize(fitted(Theme::panelWidth, available.width()),
+                 fitted(Theme::panelHeight, available.height()));
+}
+
+void MenuBarPickerPanel::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    roundCorners();
 }
 
 void MenuBarPickerPanel::paintEvent(QPaintEvent *)

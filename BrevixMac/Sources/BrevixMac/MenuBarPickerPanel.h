@@ -21,14 +21,21 @@ public:
     /// Rounds the corners by blending where a compositor runs (@p isCompositing), by a window mask elsewhere.
     void setCompositing(bool isCompositing);
 
+    /// Takes the size of the design, grown with the desktop's font as far as @p available allows.
+    void fitInto(const QSize &available);
+
 Q_SIGNALS:
     void didHide();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void roundCorners();
+
     MenuBarPickerView *m_view;
+    bool m_isCompositing = true;
 };

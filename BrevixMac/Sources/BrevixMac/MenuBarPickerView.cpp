@@ -4,8 +4,11 @@
 #include "AppState.h"
 #include "CompactVariableForm.h"
 #include "HintBubble.h"
+#include "LibraryPage.h"
 #include "PickerSearchPage.h"
 #include "PromptTemplateParser.h"
+#include "ShareConfirmationBannerView.h"
+#include "ShareRequests.h"
 #include "Theme.h"
 #include "VariableFillView.h"
 
@@ -18,18 +21,23 @@
 MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     : QWidget(parent)
     , m_appState(appState)
+    , m_sharing(new ShareRequests(appState, this))
     , m_pages(new QStackedWidget(this))
-    , m_searchPage(new PickerSearchPage(appState))
+    , m_searchPage(new PickerSearchPage(appState, *m_sharing))
+    , m_libraryPage(new LibraryPage(appState, *m_sharing))
     , m_fillView(new VariableFillView(appState))
     , m_hint(new HintBubble(this))
+    , m_banner(new ShareConfirmationBannerView(appState, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
     m_pages->addWidget(m_searchPage);
+    m_pages->addWidget(m_libraryPage);
     m_pages->addWidget(m_fillView);
     setAccessibleName(QStringLiteral("Brevix"));
     observeSearchPage();
+    observeLibraryPage();
     connect(&appState, &AppState::activeVariablePromptChanged, this, &MenuBarPickerView::showActiveForm);
 }
 
@@ -44,12 +52,21 @@ void MenuBarPickerView::observeSearchPage()
     connect(m_searchPage, &PickerSearchPage::paletteRequested, this, &MenuBarPickerView::paletteRequested);
 }
 
+void MenuBarPickerView::observeLibraryPage()
+{
+    connect(m_libraryPage, &LibraryPage::backRequested, this, [this] { setRoute(PickerPanelRoute::picker); });
+    connect(m_libraryPage, &LibraryPage::newPromptRequested, this,
+            [this] { setRoute(PickerPanelRoute::newPrompt); });
+    connect(m_libraryPage, &LibraryPage::newSkillRequested, this, &MenuBarPickerView::newSkillRequested);
+}
+
 QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const
 {
     switch (route) {
     case PickerPanelRoute::picker:
         return m_searchPage;
     case PickerPanelRoute::library:
+        return m_libraryPage;
     case PickerPanelRoute::settings:
     case PickerPanelRoute::newPrompt:
         return nullptr; // their pages arrive one by one; until then nothing leads here
@@ -65,8 +82,26 @@ void MenuBarPickerView::setRoute(PickerPanelRoute route)
     if (route == PickerPanelRoute::newPrompt)
         m_editorReturnRoute = m_route;
     m_route = route;
+    if (page == m_searchPage)
+        m_searchPage->refresh();
     m_pages->setCurrentWidget(page);
+    focusPage();
     Q_EMIT routeChanged();
+}
+
+void MenuBarPickerView::focusPage()
+{
+    switch (m_route) {
+    case PickerPanelRoute::picker:
+        m_searchPage->focusSearch();
+        break;
+    case PickerPanelRoute::library:
+        m_libraryPage->focusSearch();
+        break;
+    case PickerPanelRoute::settings:
+    case PickerPanelRoute::newPrompt:
+        break; // these put the focus themselves
+    }
 }
 
 void MenuBarPickerView::closeEditor()
@@ -88,22 +123,27 @@ void MenuBarPickerView::appear()
     // After the panel has become the active window.
     QTimer::singleShot(0, this, [this] {
         if (!m_appState.activeVariablePrompt())
-            m_searchPage->focusSearch();
+            focusPage();
     });
 }
 
 void MenuBarPickerView::showActiveForm()
 {
     const auto &prompt = m_appState.activeVariablePrompt();
-    const qsizetype count = prompt ? PromptTemplateParser::variables(prompt->text).size() : 0;
-    const bool isFull = count > CompactVariableForm::mostVariables;
     const bool wasShown = m_pages->currentWidget() == m_fillView || m_searchPage->isFormShown();
-    m_searchPage->setFormShown(prompt && !isFull);
-    m_pages->setCurrentWidget(isFull ? static_cast<QWidget *>(m_fillView) : m_searchPage);
-    if (isFull)
+    // The short form stands in the place of the quick picker's list; other screens have no such place.
+    const bool isShort =
+        m_route == PickerPanelRoute::picker && prompt &&
+        PromptTemplateParser::variables(prompt->text).size() <= CompactVariableForm::mostVariables;
+    m_searchPage->setFormShown(isShort);
+    if (prompt && !isShort) {
+        m_pages->setCurrentWidget(m_fillView);
         m_fillView->begin();
-    else if (!prompt && wasShown)
-        m_searchPage->focusSearch();
+        return;
+    }
+    m_pages->setCurrentWidget(pageOf(m_route));
+    if (!prompt && wasShown)
+        focusPage();
 }
 
 bool MenuBarPickerView::event(QEvent *event)
@@ -123,6 +163,8 @@ void MenuBarPickerView::keyPressEvent(QKeyEvent *event)
     }
     if (m_appState.activeVariablePrompt())
         m_appState.cancelVariableAction();
-    else
+    else if (m_route == PickerPanelRoute::picker)
         Q_EMIT closeRequested();
+    else if (m_route != PickerPanelRoute::library || !m_libraryPage->goBack())
+        setRoute(PickerPanelRoute::picker);
 }

@@ -7,8 +7,11 @@
 
 class AppState;
 class HintBubble;
+class LibraryPage;
 class PickerSearchPage;
 class QStackedWidget;
+class ShareRequests;
+class ShareConfirmationBannerView;
 class VariableFillView;
 
 /// The content of the picker panel: one page per route, and over all of them the form that fills a prompt's
@@ -34,6 +37,8 @@ public:
     QSize sizeHint() const override;
 
     PickerSearchPage &searchPage() const { return *m_searchPage; }
+    LibraryPage &libraryPage() const { return *m_libraryPage; }
+    ShareConfirmationBannerView &banner() const { return *m_banner; }
     VariableFillView &variableFillView() const { return *m_fillView; }
 
 Q_SIGNALS:
@@ -51,15 +56,20 @@ protected:
 
 private:
     void observeSearchPage();
+    void observeLibraryPage();
+    void focusPage();
     QWidget *pageOf(PickerPanelRoute route) const;
     void closeEditor();
     void showActiveForm();
 
     AppState &m_appState;
+    ShareRequests *m_sharing;
     QStackedWidget *m_pages;
     PickerSearchPage *m_searchPage;
+    LibraryPage *m_libraryPage;
     VariableFillView *m_fillView;
     HintBubble *m_hint;
+    ShareConfirmationBannerView *m_banner;
     PickerPanelRoute m_route = PickerPanelRoute::picker;
     PickerPanelRoute m_editorReturnRoute = PickerPanelRoute::picker;
 };

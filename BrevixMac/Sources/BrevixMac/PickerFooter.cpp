@@ -42,7 +42,7 @@ PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     m_plus->setFaceSymbol(QStringLiteral("plus"));
     m_plus->setFace(ThemedButton::Face::symbolOnly);
     m_plus->setToolTip(QStringLiteral("New prompt or skill"));
-    markUnavailable(m_library);
+    m_library->setToolTip(m_library->text());
     markUnavailable(m_settings);
 
     auto *row = new QHBoxLayout(this);

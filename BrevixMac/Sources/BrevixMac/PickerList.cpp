@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PickerList.h"
 
-#include "PickerRowActions.h"
 #include "PickerRowDelegate.h"
 #include "Theme.h"
 #include "ThinScrollBar.h"
@@ -18,12 +17,13 @@ constexpr int designHeadingHeight = 32;
 
 } // namespace
 
-PickerList::PickerList(QWidget *parent)
+PickerList::PickerList(PickerRowActions::Wording wording, QWidget *parent, PickerRowDelegate *delegate)
     : QListView(parent)
     , m_items(new PickerListModel(this))
-    , m_delegate(new PickerRowDelegate(this))
-    , m_actions(new PickerRowActions(viewport()))
+    , m_delegate(delegate ? delegate : new PickerRowDelegate)
+    , m_actions(new PickerRowActions(wording, viewport()))
 {
+    m_delegate->setParent(this);
     setModel(m_items);
     setItemDelegate(m_delegate);
     setFrameShape(QFrame::NoFrame);
@@ -35,11 +35,16 @@ PickerList::PickerList(QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBar(new ThinScrollBar(this));
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    setViewportMargins(Theme::margin, 0, Theme::margin - ThinScrollBar::extent, 0);
+    setSideMargins(Theme::margin, Theme::margin);
     setAccessibleName(QStringLiteral("Prompts and skills"));
     viewport()->setAutoFillBackground(false);
     m_actions->hide();
     connect(&Theme::shared(), &Theme::changed, this, &PickerList::onThemeChanged);
+}
+
+void PickerList::setSideMargins(int left, int right)
+{
+    setViewportMargins(left, 0, right - ThinScrollBar::extent, 0);
 }
 
 void PickerList::onThemeChanged()
@@ -56,7 +61,7 @@ const PickerResult *PickerList::selectedResult() const
 
 void PickerList::selectResult(const QString &id)
 {
-    const int row = m_items->rowOf(id);
+    const int row = m_items->rowOf(id, m_section);
     selectRow(row >= 0 ? row : m_items->nextItemRow(-1, 1));
 }
 
@@ -95,16 +100,18 @@ void PickerList::moveSelection(Move move)
         selectRow(row);
 }
 
-void PickerList::describeActions(const PickerTargetStatus &status, bool isInserting)
+void PickerList::describeActions(const PickerRowActions::Circumstances &circumstances)
 {
     if (const PickerResult *result = selectedResult())
-        m_actions->describe(*result, status, isInserting);
+        m_actions->describe(*result, circumstances);
     placeActions();
 }
 
 void PickerList::currentChanged(const QModelIndex &current, const QModelIndex &previous)
 {
     QListView::currentChanged(current, previous);
+    if (current.isValid())
+        m_section = m_items->sectionOf(current.row());
     Q_EMIT selectedResultChanged();
 }
 

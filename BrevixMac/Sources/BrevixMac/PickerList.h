@@ -2,14 +2,14 @@
 #pragma once
 
 #include "PickerListModel.h"
+#include "PickerRowActions.h"
 
 #include <QListView>
 
-class PickerRowActions;
 class PickerRowDelegate;
 
-/// The list of the quick picker. Exactly one item is selected while there are any, and that row carries the
-/// actions. Never takes the focus itself: the search field moves its selection.
+/// A list of prompts and skills under a search field. Exactly one item is selected while there are any, and
+/// that row carries the actions. Never takes the focus itself: the search field moves its selection.
 class PickerList final : public QListView
 {
     Q_OBJECT
@@ -17,7 +17,12 @@ class PickerList final : public QListView
 public:
     enum class Move { previous, next, pageUp, pageDown, first, last };
 
-    explicit PickerList(QWidget *parent = nullptr);
+    /// @p delegate draws the rows; the list takes it over. Without one it is a PickerRowDelegate.
+    explicit PickerList(PickerRowActions::Wording wording, QWidget *parent = nullptr,
+                        PickerRowDelegate *delegate = nullptr);
+
+    /// Free pixels left and right of the rows; the scroll bar lies in those on the right.
+    void setSideMargins(int left, int right);
 
     PickerListModel &items() const { return *m_items; }
     PickerRowActions &actions() const { return *m_actions; }
@@ -25,14 +30,15 @@ public:
     /// The selected item; null when the list is empty.
     const PickerResult *selectedResult() const;
 
-    /// Selects the item with this PickerResult::id(), or the first one when it is not in the list.
+    /// Selects the item with this PickerResult::id(), or the first one when it is not in the list. Where
+    /// several sections have it, the section that was selected last is preferred.
     void selectResult(const QString &id);
 
     /// Moves over headings and stops at the ends.
     void moveSelection(Move move);
 
     /// Says what the actions of the selected row offer now.
-    void describeActions(const PickerTargetStatus &status, bool isInserting);
+    void describeActions(const PickerRowActions::Circumstances &circumstances);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -56,4 +62,5 @@ private:
     PickerListModel *m_items;
     PickerRowDelegate *m_delegate;
     PickerRowActions *m_actions;
+    QString m_section; ///< of the row that was selected last
 };

@@ -2,6 +2,7 @@
 #include "PickerListModel.h"
 
 #include "PromptTemplateParser.h"
+#include "ThemePainting.h"
 
 namespace {
 
@@ -26,8 +27,9 @@ bool PickerListModel::setSections(const QList<PickerResultSection> &sections,
     m_categoriesByID = categoriesByID;
     m_rows.clear();
     for (qsizetype section = 0; section < m_sections.size(); ++section) {
-        m_rows.append(
-            Row{.section = section, .position = headingPosition, .preview = {}, .hasVariables = {}});
+        if (!m_sections.at(section).title.isEmpty())
+            m_rows.append(
+                Row{.section = section, .position = headingPosition, .preview = {}, .hasVariables = {}});
         for (qsizetype position = 0; position < m_sections.at(section).results.size(); ++position)
             m_rows.append(Row{.section = section, .position = position, .preview = {}, .hasVariables = {}});
     }
@@ -57,7 +59,7 @@ QVariant PickerListModel::headingData(const Row &row, int role) const
     case Qt::DisplayRole:
         return section.title;
     case Qt::AccessibleTextRole:
-        return QString(section.title + u", " + section.subtitle);
+        return section.subtitle.isEmpty() ? section.title : QString(section.title + u", " + section.subtitle);
     case subtitleRole:
         return section.subtitle;
     default:
@@ -72,7 +74,7 @@ QVariant PickerListModel::itemData(const Row &row, int role) const
     case Qt::DisplayRole:
         return oneLine(result.title());
     case Qt::AccessibleTextRole:
-        return QString(oneLine(result.title()) + u", " + itemData(row, previewRole).toString());
+        return spokenText(row);
     case previewRole:
         if (!row.preview)
             row.preview = oneLine(result.text());
@@ -85,22 +87,40 @@ QVariant PickerListModel::itemData(const Row &row, int role) const
                 result.prompt() && !PromptTemplateParser::variables(result.prompt()->text).isEmpty();
         return *row.hasVariables;
     case chipRole:
-        return result.skill() ? QStringLiteral("Skill Instruction") : QString();
+        return result.skill() ? m_skillChip : QString();
+    case categoryRole: {
+        const PromptCategory *known = category(result);
+        return known ? oneLine(known->name) : QString();
+    }
     default:
         return {};
     }
+}
+
+QString PickerListModel::spokenText(const Row &row) const
+{
+    QStringList parts{itemData(row, Qt::DisplayRole).toString(), itemData(row, chipRole).toString(),
+                      itemData(row, categoryRole).toString()};
+    if (itemData(row, hasVariablesRole).toBool())
+        parts.append(QStringLiteral("Contains variables"));
+    parts.append(itemData(row, previewRole).toString());
+    parts.removeAll(QString());
+    return parts.join(u", ");
+}
+
+const PromptCategory *PickerListModel::category(const PickerResult &result) const
+{
+    const auto found = result.prompt() ? m_categoriesByID.constFind(result.prompt()->categoryID)
+                                       : m_categoriesByID.constEnd();
+    return found == m_categoriesByID.constEnd() ? nullptr : &*found;
 }
 
 QColor PickerListModel::dotColor(const PickerResult &result) const
 {
     if (!result.prompt())
         return QColor::fromRgb(skillColor);
-    const auto category = m_categoriesByID.constFind(result.prompt()->categoryID);
-    if (category == m_categoriesByID.constEnd() || !category->colorHex)
-        return {};
-    const QString digits = category->colorHex->trimmed();
-    const QColor color(digits.startsWith(u'#') ? digits : u'#' + digits);
-    return color.isValid() ? QColor(color.rgb()) : QColor();
+    const PromptCategory *known = category(result);
+    return known ? ThemePainting::categoryColor(*known) : QColor();
 }
 
 Qt::ItemFlags PickerListModel::flags(const QModelIndex &index) const
@@ -117,14 +137,23 @@ const PickerResult *PickerListModel::result(int row) const
     return &resultOf(m_rows.at(row));
 }
 
-int PickerListModel::rowOf(const QString &id) const
+int PickerListModel::rowOf(const QString &id, const QString &sectionID) const
 {
+    int first = -1;
     for (int row = 0; row < m_rows.size(); ++row) {
         const PickerResult *candidate = result(row);
-        if (candidate && candidate->id() == id)
+        if (!candidate || candidate->id() != id)
+            continue;
+        if (sectionID.isEmpty() || sectionOf(row) == sectionID)
             return row;
+        first = first < 0 ? row : first;
     }
-    return -1;
+    return first;
+}
+
+QString PickerListModel::sectionOf(int row) const
+{
+    return row < 0 || row >= m_rows.size() ? QString() : m_sections.at(m_rows.at(row).section).id;
 }
 
 int PickerListModel::nextItemRow(int row, int step) const

@@ -2,7 +2,7 @@
 #include "PickerRowActions.h"
 
 #include "PickerRowDelegate.h"
-#include "ScreenTexts.h"
+#include "ShareRequests.h"
 #include "ThemedButton.h"
 
 #include <QHBoxLayout>
@@ -12,13 +12,15 @@
 namespace {
 
 constexpr int leastTitleWidth = 150;
+constexpr int leastPlainTitleWidth = 130; // its lists are narrower
 constexpr int rightPadding = 6;
 
 } // namespace
 
-PickerRowActions::PickerRowActions(QWidget *parent)
+PickerRowActions::PickerRowActions(Wording wording, QWidget *parent)
     : QWidget(parent)
-    , m_insert(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Insert Prompt"), this))
+    , m_wording(wording)
+    , m_insert(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Insert"), this))
     , m_copy(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Copy"), this))
     , m_share(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Share"), this))
 {
@@ -26,7 +28,6 @@ PickerRowActions::PickerRowActions(QWidget *parent)
     m_copy->setFaceSymbol(QStringLiteral("doc.on.doc"));
     m_share->setFaceSymbol(QStringLiteral("square.and.arrow.up"));
     m_share->setFace(ThemedButton::Face::symbolOnly);
-    m_share->setEnabled(false);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(0);
@@ -35,23 +36,43 @@ PickerRowActions::PickerRowActions(QWidget *parent)
     row->addWidget(m_share);
     connect(m_insert, &QPushButton::clicked, this, &PickerRowActions::insertRequested);
     connect(m_copy, &QPushButton::clicked, this, &PickerRowActions::copyRequested);
+    connect(m_share, &QPushButton::clicked, this, &PickerRowActions::shareRequested);
 }
 
-void PickerRowActions::describe(const PickerResult &result, const PickerTargetStatus &status,
-                                bool isInserting)
+void PickerRowActions::describe(const PickerResult &result, const Circumstances &circumstances)
 {
     const bool isSkill = result.skill() != nullptr;
-    m_insert->setLabel(isSkill ? QStringLiteral("Insert Skill") : QStringLiteral("Insert Prompt"));
-    m_insert->setEnabled(status.ready && !isInserting);
-    m_insert->setBusy(isInserting);
-    m_insert->setToolTip(status.ready ? QString(u"Insert into " + status.appName) : status.title);
+    describeInsert(isSkill, circumstances);
+    describeCopy(isSkill, circumstances.target.ready);
+    describeShare(isSkill, circumstances.isSharing);
+}
+
+void PickerRowActions::describeInsert(bool isSkill, const Circumstances &circumstances)
+{
+    const PickerTargetStatus &target = circumstances.target;
+    m_insert->setLabel(m_wording == Wording::plain ? QStringLiteral("Insert")
+                       : isSkill                   ? QStringLiteral("Insert Skill")
+                                                   : QStringLiteral("Insert Prompt"));
+    m_insert->setEnabled(target.ready && !circumstances.isInserting);
+    m_insert->setBusy(circumstances.isInserting);
+    m_insert->setToolTip(target.ready ? QString(u"Insert into " + target.appName) : target.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());
-    m_copy->setLabel(isSkill        ? QStringLiteral("Copy Skill")
-                     : status.ready ? QStringLiteral("Copy")
-                                    : QStringLiteral("Copy Instead"));
+}
+
+void PickerRowActions::describeCopy(bool isSkill, bool isReady)
+{
+    m_copy->setLabel(isSkill && m_wording == Wording::namesTheKind ? QStringLiteral("Copy Skill")
+                     : isReady                                     ? QStringLiteral("Copy")
+                                                                   : QStringLiteral("Copy Instead"));
     m_copy->setToolTip(m_copy->text());
-    m_share->setToolTip((isSkill ? QStringLiteral("Share Skill") : QStringLiteral("Share Prompt")) + u". " +
-                        ScreenTexts::notAvailableYet());
+}
+
+void PickerRowActions::describeShare(bool isSkill, bool isSharing)
+{
+    m_share->setLabel(isSharing ? QStringLiteral("Sharing") : QStringLiteral("Share"));
+    m_share->setBusy(isSharing);
+    m_share->setEnabled(!isSharing && ShareRequests::isAvailable());
+    m_share->setToolTip(isSkill ? QStringLiteral("Share Skill") : QStringLiteral("Share Prompt"));
     m_share->setAccessibleDescription(m_share->toolTip());
 }
 
@@ -61,7 +82,8 @@ int PickerRowActions::fit(int rowWidth)
     constexpr std::array<std::pair<Face, Face>, 3> choices{
         {{Face::full, Face::full}, {Face::full, Face::symbolOnly}, {Face::symbolOnly, Face::symbolOnly}}};
     const Theme &theme = Theme::shared();
-    const int room = rowWidth - PickerRowDelegate::textLeft() - theme.scaled(leastTitleWidth);
+    const int titleWidth = m_wording == Wording::plain ? leastPlainTitleWidth : leastTitleWidth;
+    const int room = rowWidth - PickerRowDelegate::textLeft() - theme.scaled(titleWidth);
     int width = 0;
     for (const auto &[insertFace, copyFace] : choices) {
         m_insert->setFace(insertFace);

@@ -14,10 +14,21 @@ class PickerRowActions final : public QWidget
     Q_OBJECT
 
 public:
-    explicit PickerRowActions(QWidget *parent = nullptr);
+    /// Whether the labels name the kind of item: "Insert Prompt", or only "Insert".
+    enum class Wording { namesTheKind, plain };
 
-    /// What the buttons say and whether inserting is possible.
-    void describe(const PickerResult &result, const PickerTargetStatus &status, bool isInserting);
+    explicit PickerRowActions(Wording wording, QWidget *parent = nullptr);
+
+    /// What is going on around the row.
+    struct Circumstances
+    {
+        PickerTargetStatus target = {};
+        bool isInserting = false;
+        bool isSharing = false; ///< this very item
+    };
+
+    /// What the buttons say and which of them can be used.
+    void describe(const PickerResult &result, const Circumstances &circumstances);
 
     /// Chooses the widest faces that leave a title its room in a row of @p rowWidth; returns the width it
     /// takes.
@@ -30,8 +41,14 @@ public:
 Q_SIGNALS:
     void insertRequested();
     void copyRequested();
+    void shareRequested();
 
 private:
+    void describeInsert(bool isSkill, const Circumstances &circumstances);
+    void describeCopy(bool isSkill, bool isReady);
+    void describeShare(bool isSkill, bool isSharing);
+
+    Wording m_wording;
     ThemedButton *m_insert;
     ThemedButton *m_copy;
     ThemedButton *m_share;

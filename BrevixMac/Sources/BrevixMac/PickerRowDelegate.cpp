@@ -30,19 +30,6 @@ int lineHeight(Theme::Type type)
     return QFontMetrics(Theme::shared().font(type)).height();
 }
 
-// Draws elided text; returns the width it took.
-int drawText(QPainter &painter, const QRect &line, Theme::Type type, Theme::Color ink, const QString &text)
-{
-    const Theme &theme = Theme::shared();
-    const QFont font = theme.font(type);
-    const QFontMetricsF metrics(font);
-    const QString shown = metrics.elidedText(text, Qt::ElideRight, line.width());
-    painter.setFont(font);
-    painter.setPen(theme.color(ink));
-    painter.drawText(line, singleLine, shown);
-    return std::min(static_cast<int>(std::ceil(metrics.horizontalAdvance(shown))), line.width());
-}
-
 void drawChip(QPainter &painter, const QPoint &left, const QString &label)
 {
     const Theme &theme = Theme::shared();
@@ -67,6 +54,19 @@ int chipWidth(const QString &label)
 }
 
 } // namespace
+
+int PickerRowDelegate::drawText(QPainter &painter, const QRect &line, Theme::Type type, Theme::Color ink,
+                                const QString &text)
+{
+    const Theme &theme = Theme::shared();
+    const QFont font = theme.font(type);
+    const QFontMetricsF metrics(font);
+    const QString shown = metrics.elidedText(text, Qt::ElideRight, line.width());
+    painter.setFont(font);
+    painter.setPen(theme.color(ink));
+    painter.drawText(line, singleLine, shown);
+    return std::min(static_cast<int>(std::ceil(metrics.horizontalAdvance(shown))), line.width());
+}
 
 int PickerRowDelegate::textLeft()
 {
@@ -131,27 +131,33 @@ void PickerRowDelegate::paintItem(QPainter &painter, const QStyleOptionViewItem 
     const int gap = theme.scaled(lineGap);
     const int top = text.top() + (text.height() - titleHeight - gap - previewHeight) / 2;
     paintTitle(painter, QRect(text.left(), top, text.width(), titleHeight), index);
-    drawText(painter, QRect(text.left(), top + titleHeight + gap, text.width(), previewHeight),
-             Theme::Type::preview, Theme::Color::secondary,
+    paintDetail(painter, QRect(text.left(), top + titleHeight + gap, text.width(), previewHeight), index);
+}
+
+void PickerRowDelegate::paintDetail(QPainter &painter, const QRect &line, const QModelIndex &index) const
+{
+    drawText(painter, line, Theme::Type::preview, Theme::Color::secondary,
              index.data(PickerListModel::previewRole).toString());
 }
 
-void PickerRowDelegate::paintTitle(QPainter &painter, const QRect &line, const QModelIndex &index)
+void PickerRowDelegate::paintTitle(QPainter &painter, const QRect &line, const QModelIndex &index) const
 {
     const Theme &theme = Theme::shared();
     const bool hasVariables = index.data(PickerListModel::hasVariablesRole).toBool();
-    const QString chip = index.data(PickerListModel::chipRole).toString();
+    const QString chip = hasVariables ? variablesLabel() : index.data(PickerListModel::chipRole).toString();
     const int mark = theme.scaled(markSize);
     const int gap = theme.scaled(markGap);
     // A chip that would leave the title less than half of the line gives way.
-    const bool showsChip = chipWidth(chip) * 2 <= line.width();
+    const bool showsChip = !chip.isEmpty() && chipWidth(chip) * 2 <= line.width();
     const int reserved = (hasVariables ? mark + gap : 0) + (showsChip ? chipWidth(chip) : 0);
     const int titleWidth = drawText(painter, line.adjusted(0, 0, -reserved, 0), Theme::Type::rowTitle,
                                     Theme::Color::text, index.data(Qt::DisplayRole).toString());
-    const int after = line.left() + titleWidth + gap;
-    if (hasVariables)
+    int after = line.left() + titleWidth + gap;
+    if (hasVariables) {
         Symbols::paint(painter, QStringLiteral("slider.horizontal.3"), theme.color(Theme::Color::tertiary),
                        QRectF(after, line.top(), mark, line.height()), mark);
-    if (!chip.isEmpty() && showsChip)
+        after += mark + gap;
+    }
+    if (showsChip)
         drawChip(painter, QPoint(after, line.center().y() + 1), chip);
 }

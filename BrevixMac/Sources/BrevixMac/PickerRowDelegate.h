@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Theme.h"
+
 #include <QAbstractItemDelegate>
 
 /// Draws the headings and rows of a PickerListModel. Text is drawn as it stands and elided, never wrapped.
-class PickerRowDelegate final : public QAbstractItemDelegate
+class PickerRowDelegate : public QAbstractItemDelegate
 {
     Q_OBJECT
 
@@ -21,10 +23,21 @@ public:
     /// Where the text of a row starts, in pixels from its left edge.
     static int textLeft();
 
+protected:
+    /// What stands after the title of a prompt with variables, beside the mark; nothing by default.
+    virtual QString variablesLabel() const { return {}; }
+
+    /// The line under the title.
+    virtual void paintDetail(QPainter &painter, const QRect &line, const QModelIndex &index) const;
+
+    /// Draws elided text; returns the width it took.
+    static int drawText(QPainter &painter, const QRect &line, Theme::Type type, Theme::Color ink,
+                        const QString &text);
+
 private:
     static void paintHeading(QPainter &painter, const QRect &frame, const QModelIndex &index);
     void paintItem(QPainter &painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
-    static void paintTitle(QPainter &painter, const QRect &line, const QModelIndex &index);
+    void paintTitle(QPainter &painter, const QRect &line, const QModelIndex &index) const;
 
     int m_actionsWidth = 0;
 };

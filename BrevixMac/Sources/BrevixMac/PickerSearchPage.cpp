@@ -13,11 +13,12 @@
 #include "PickerRowActions.h"
 #include "ResultLine.h"
 #include "ScreenTexts.h"
+#include "SearchListKeys.h"
+#include "ShareRequests.h"
 #include "StatusCard.h"
 #include "TextField.h"
 #include "ThemedButton.h"
 
-#include <QKeyEvent>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -27,37 +28,16 @@ namespace {
 constexpr int halo = Theme::haloWidth;
 constexpr int searchHeight = 44;
 
-std::optional<PickerList::Move> moveOf(const QKeyEvent &key)
-{
-    const bool withControl = key.modifiers() == Qt::ControlModifier;
-    switch (key.key()) {
-    case Qt::Key_Up:
-        return PickerList::Move::previous;
-    case Qt::Key_Down:
-        return PickerList::Move::next;
-    case Qt::Key_PageUp:
-        return PickerList::Move::pageUp;
-    case Qt::Key_PageDown:
-        return PickerList::Move::pageDown;
-    // Without Control these two move the caret in the search text.
-    case Qt::Key_Home:
-        return withControl ? std::optional(PickerList::Move::first) : std::nullopt;
-    case Qt::Key_End:
-        return withControl ? std::optional(PickerList::Move::last) : std::nullopt;
-    default:
-        return std::nullopt;
-    }
-}
-
 } // namespace
 
-PickerSearchPage::PickerSearchPage(AppState &appState, QWidget *parent)
+PickerSearchPage::PickerSearchPage(AppState &appState, ShareRequests &sharing, QWidget *parent)
     : QWidget(parent)
     , m_appState(appState)
+    , m_sharing(sharing)
     , m_header(new PickerHeader(appState, this))
     , m_notices(new PickerNotices(appState, this))
     , m_search(new TextField(this))
-    , m_list(new PickerList(this))
+    , m_list(new PickerList(PickerRowActions::Wording::namesTheKind, this))
     , m_empty(new EmptyState(this))
     , m_form(new CompactVariableForm(appState, this))
     , m_stack(new QStackedWidget(this))
@@ -69,7 +49,6 @@ PickerSearchPage::PickerSearchPage(AppState &appState, QWidget *parent)
     m_search->setDesignHeight(searchHeight);
     m_search->setPlaceholderText(QStringLiteral("Search prompts or skills..."));
     m_search->setAccessibleName(QStringLiteral("Search prompts or skills"));
-    m_search->installEventFilter(this);
     m_stack->addWidget(m_list);
     m_stack->addWidget(m_empty);
     m_stack->addWidget(m_form);
@@ -163,9 +142,14 @@ void PickerSearchPage::observe()
     observeControls();
     connect(m_search, &QLineEdit::textEdited, &m_appState, &AppState::setQuery);
     connect(m_list, &PickerList::selectedResultChanged, this, &PickerSearchPage::publishSelection);
+    const auto *keys = new SearchListKeys(*m_search, *m_list, this);
+    connect(keys, &SearchListKeys::insertRequested, this, &PickerSearchPage::insertSelected);
+    connect(keys, &SearchListKeys::copyRequested, this, &PickerSearchPage::copySelected);
     connect(m_list, &PickerList::insertRequested, this, &PickerSearchPage::insertSelected);
     connect(&m_list->actions(), &PickerRowActions::insertRequested, this, &PickerSearchPage::insertSelected);
     connect(&m_list->actions(), &PickerRowActions::copyRequested, this, &PickerSearchPage::copySelected);
+    connect(&m_list->actions(), &PickerRowActions::shareRequested, this, &PickerSearchPage::shareSelected);
+    connect(&m_sharing, &ShareRequests::changed, this, &PickerSearchPage::refreshActions);
 
     connect(&m_appState, &AppState::queryChanged, this, [this] {
         if (m_search->text() != m_appState.query())
@@ -247,7 +231,10 @@ void PickerSearchPage::publishSelection()
 
 void PickerSearchPage::refreshActions()
 {
-    m_list->describeActions(m_appState.targetStatus(), m_appState.isInserting());
+    const PickerResult *selected = m_list->selectedResult();
+    m_list->describeActions({.target = m_appState.targetStatus(),
+                             .isInserting = m_appState.isInserting(),
+                             .isSharing = selected && m_sharing.isSharing(selected->id())});
 }
 
 void PickerSearchPage::showListOrEmptyState()
@@ -292,28 +279,6 @@ void PickerSearchPage::focusSearch()
     m_search->setFocus();
 }
 
-bool PickerSearchPage::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_search && event->type() == QEvent::KeyPress)
-        return handleSearchKey(*static_cast<QKeyEvent *>(event));
-    return QWidget::eventFilter(watched, event);
-}
-
-bool PickerSearchPage::handleSearchKey(const QKeyEvent &key)
-{
-    if (const auto move = moveOf(key)) {
-        m_list->moveSelection(*move);
-        return true;
-    }
-    if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter)
-        return false;
-    if (key.modifiers().testFlag(Qt::ControlModifier))
-        copySelected();
-    else
-        insertSelected();
-    return true;
-}
-
 void PickerSearchPage::insertSelected()
 {
     const PickerResult *selected = m_list->selectedResult();
@@ -342,4 +307,10 @@ void PickerSearchPage::copySelected()
         m_appState.beginAction(*result.prompt(), PendingVariableAction::copy);
     else
         m_appState.performSkillCopy(*result.skill());
+}
+
+void PickerSearchPage::shareSelected()
+{
+    if (const PickerResult *selected = m_list->selectedResult())
+        m_sharing.share(PickerResult(*selected));
 }

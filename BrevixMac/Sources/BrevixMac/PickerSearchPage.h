@@ -13,6 +13,7 @@ class PickerList;
 class PickerNotices;
 class QStackedWidget;
 class ResultLine;
+class ShareRequests;
 class TextField;
 class ThemedButton;
 
@@ -23,8 +24,8 @@ class PickerSearchPage final : public QWidget
     Q_OBJECT
 
 public:
-    /// @p appState must outlive this widget.
-    explicit PickerSearchPage(AppState &appState, QWidget *parent = nullptr);
+    /// Both must outlive this widget.
+    PickerSearchPage(AppState &appState, ShareRequests &sharing, QWidget *parent = nullptr);
 
     /// Reads everything again and keeps something selected.
     void refresh();
@@ -53,16 +54,12 @@ Q_SIGNALS:
     void newSkillRequested();
     void paletteRequested();
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void layOut();
     void observe();
     void observeControls();
     void addPlusMenu();
     void setTabOrders();
-    bool handleSearchKey(const QKeyEvent &key);
     void refreshList();
     void refreshActions();
     void showListOrEmptyState();
@@ -70,8 +67,10 @@ private:
     void publishSelection();
     void insertSelected();
     void copySelected();
+    void shareSelected();
 
     AppState &m_appState;
+    ShareRequests &m_sharing;
     PickerHeader *m_header;
     PickerNotices *m_notices;
     TextField *m_search;

@@ -25,6 +25,11 @@ ResultLine::ResultLine(AppState &appState, QWidget *parent)
     refresh();
 }
 
+void ResultLine::setSideMargin(int margin)
+{
+    layout()->setContentsMargins(margin, 6, margin, 10);
+}
+
 void ResultLine::showHint(const QString &title, const QString &detail)
 {
     m_showsHint = true;

@@ -24,6 +24,9 @@ public:
 
     void refresh();
 
+    /// Free pixels left and right of the card.
+    void setSideMargin(int margin);
+
     StatusCard &card() const { return *m_card; }
     ThemedButton &recoveryButton() const { return *m_recovery; }
 

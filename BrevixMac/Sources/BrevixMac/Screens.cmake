@@ -11,6 +11,9 @@ add_library(BrevixMac STATIC
     BrandGlyph.cpp BrandGlyph.h
     ContentScrollArea.cpp ContentScrollArea.h
     HintBubble.cpp HintBubble.h
+    PageHeader.cpp PageHeader.h
+    SidebarList.cpp SidebarList.h
+    SidebarModel.cpp SidebarModel.h
     InPanelMenu.cpp InPanelMenu.h
     StatusCard.cpp StatusCard.h
     TextField.cpp TextField.h
@@ -34,10 +37,15 @@ add_library(BrevixMac STATIC
     EmptyState.cpp EmptyState.h
     ResultLine.cpp ResultLine.h
     PickerFooter.cpp PickerFooter.h
+    SearchListKeys.cpp SearchListKeys.h
+    ShareConfirmationBannerView.cpp ShareConfirmationBannerView.h
+    ShareRequests.cpp ShareRequests.h
+    LibraryPage.cpp LibraryPage.h
     # Variable forms
     CompactVariableForm.cpp CompactVariableForm.h
     PreviewText.cpp PreviewText.h
     VariableFields.cpp VariableFields.h
+    VariableForm.cpp VariableForm.h
     VariableFillView.cpp VariableFillView.h
     # Resources
     Resources/Symbols.qrc

@@ -17,6 +17,12 @@ TextLabel::TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWid
     onThemeChanged();
 }
 
+void TextLabel::setElideMode(Qt::TextElideMode mode)
+{
+    m_elideMode = mode;
+    update();
+}
+
 void TextLabel::setInk(Theme::Color ink)
 {
     if (ink == m_ink)
@@ -60,5 +66,5 @@ void TextLabel::paintEvent(QPaintEvent *event)
     painter.setPen(palette().color(QPalette::WindowText));
     const QRect line = contentsRect();
     painter.drawText(line, static_cast<int>(alignment() | Qt::TextSingleLine),
-                     fontMetrics().elidedText(text(), Qt::ElideRight, line.width()));
+                     fontMetrics().elidedText(text(), m_elideMode, line.width()));
 }

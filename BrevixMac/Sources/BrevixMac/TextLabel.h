@@ -15,6 +15,9 @@ public:
 
     TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWidget *parent = nullptr);
 
+    /// Which end gives way when the text is too long: the right one when not said otherwise.
+    void setElideMode(Qt::TextElideMode mode);
+
     void setInk(Theme::Color ink);
     Theme::Color ink() const { return m_ink; }
 
@@ -30,4 +33,5 @@ private:
     Theme::Type m_type;
     Theme::Color m_ink;
     Overflow m_overflow;
+    Qt::TextElideMode m_elideMode = Qt::ElideRight;
 };

@@ -38,6 +38,8 @@ constexpr ColorPair pair(Theme::Color token)
         return {0xffffffff, 0xff26262e};
     case Theme::Color::sunken:
         return {0xfff1f1f5, 0xff15151a};
+    case Theme::Color::sidebar:
+        return {0xfff5f5f9, 0xff18181d};
     case Theme::Color::line:
         return {withAlpha(0x17171c, 0.09), withAlpha(0xffffff, 0.09)};
     case Theme::Color::hover:
@@ -54,6 +56,8 @@ constexpr ColorPair pair(Theme::Color token)
         return {0xff6f3fe6, 0xffaa8cff};
     case Theme::Color::accentPressed:
         return {0xff6234d6, 0xff8b66f2};
+    case Theme::Color::accentInk:
+        return {0xff6a3ce0, 0xffa78bff};
     case Theme::Color::onAccent:
         return {0xffffffff, 0xff16121f};
     case Theme::Color::accentSoft:
@@ -103,6 +107,10 @@ constexpr TypeSpec spec(Theme::Type type)
         return {12.5, QFont::DemiBold};
     case Theme::Type::chip:
         return {10.5, QFont::DemiBold};
+    case Theme::Type::sidebar:
+        return {13, QFont::Medium};
+    case Theme::Type::sidebarSelected:
+        return {13, QFont::DemiBold};
     }
     return {14, QFont::Normal};
 }

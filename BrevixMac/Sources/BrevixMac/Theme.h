@@ -23,6 +23,7 @@ public:
         surface, ///< the panel
         raised,  ///< cards and in-panel menus
         sunken,  ///< fields, quiet buttons, tags
+        sidebar, ///< the column of filters
         line,    ///< hairlines and borders
         hover,   ///< a row or plain button under the pointer
         text,
@@ -31,6 +32,7 @@ public:
         accent,    ///< the one primary action, focus, selection
         accentHover,
         accentPressed,
+        accentInk, ///< text and symbols in the accent
         onAccent,
         accentSoft, ///< translucent: selected rows, focus halo, variable marks
         success,
@@ -51,7 +53,9 @@ public:
         sectionTitle,
         count,
         button,
-        chip
+        chip,
+        sidebar,
+        sidebarSelected
     };
 
     // Design sizes in logical pixels at the normal font size.

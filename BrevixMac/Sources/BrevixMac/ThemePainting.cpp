@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ThemePainting.h"
 
+#include "Models.h"
+
 #include <QPainter>
 #include <QWidget>
 
@@ -44,6 +46,15 @@ void ThemePainting::focusRingAround(QPainter &painter, const QRectF &frame, qrea
     constexpr qreal halo = Theme::haloWidth;
     strokeRounded(painter, frame.adjusted(-halo, -halo, halo, halo), radius + halo,
                   Theme::shared().color(Theme::Color::accent), Theme::focusBorder);
+}
+
+QColor ThemePainting::categoryColor(const PromptCategory &category)
+{
+    const QString digits = category.colorHex.value_or(QString()).trimmed();
+    if (digits.isEmpty())
+        return {};
+    const QColor color(digits.startsWith(u'#') ? digits : u'#' + digits);
+    return color.isValid() ? QColor(color.rgb()) : QColor();
 }
 
 void ThemePainting::progressRing(QPainter &painter, const QRectF &area, const QColor &color, qreal phase)

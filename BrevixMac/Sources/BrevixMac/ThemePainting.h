@@ -7,6 +7,7 @@
 
 class QPainter;
 class QWidget;
+struct PromptCategory;
 
 /// Shapes that several controls share. A control that can have the focus draws its frame haloWidth inside its
 /// widget rectangle, so that the halo has room and nothing moves when the focus comes.
@@ -26,6 +27,9 @@ void focusRing(QPainter &painter, const QRectF &frame, qreal radius);
 
 /// The same for a control that is filled with the accent itself: a ring with a gap around it.
 void focusRingAround(QPainter &painter, const QRectF &frame, qreal radius);
+
+/// The colour a category was given; invalid when it has none or one that cannot be read.
+QColor categoryColor(const PromptCategory &category);
 
 /// An arc of a turning progress ring; @p phase counts turns.
 void progressRing(QPainter &painter, const QRectF &area, const QColor &color, qreal phase);

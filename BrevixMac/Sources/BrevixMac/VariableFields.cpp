@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "VariableFields.h"
 
-#include "AppState.h"
 #include "PromptTemplateParser.h"
 #include "TextField.h"
 #include "TextLabel.h"
@@ -16,18 +15,16 @@ constexpr int fieldGap = 6;
 
 } // namespace
 
-VariableFields::VariableFields(AppState &appState, Placeholder placeholder, QWidget *parent)
+VariableFields::VariableFields(Placeholder placeholder, QWidget *parent)
     : QWidget(parent)
-    , m_appState(appState)
     , m_placeholder(placeholder)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    connect(&appState, &AppState::variableValuesChanged, this, &VariableFields::showValues);
 }
 
-void VariableFields::setPrompt(const PromptItem &prompt)
+void VariableFields::setPrompt(const PromptItem &prompt, const VariableValues &values)
 {
     m_fields.clear();
     while (QLayoutItem *item = layout()->takeAt(0)) {
@@ -39,7 +36,7 @@ void VariableFields::setPrompt(const PromptItem &prompt)
         addField(variable);
     for (qsizetype index = 1; index < m_fields.size(); ++index)
         setTabOrder(m_fields.at(index - 1), m_fields.at(index));
-    showValues();
+    setValues(values);
 }
 
 void VariableFields::addField(const VariableToken &variable)
@@ -64,14 +61,14 @@ void VariableFields::addField(const VariableToken &variable)
     field->show();
     m_fields.append(field);
     connect(field, &QLineEdit::textEdited, this,
-            [this, name = variable.name](const QString &value) { m_appState.setVariableValue(name, value); });
+            [this, name = variable.name](const QString &value) { Q_EMIT valueEdited(name, value); });
     connect(field, &QLineEdit::returnPressed, this, &VariableFields::confirmed);
 }
 
-void VariableFields::showValues()
+void VariableFields::setValues(const VariableValues &values)
 {
     for (qsizetype index = 0; index < m_fields.size(); ++index) {
-        const QString value = m_appState.variableValues().value(m_variables.at(index).name);
+        const QString value = values.value(m_variables.at(index).name);
         // Writing an equal text would move the caret.
         if (m_fields.at(index)->text() != value)
             m_fields.at(index)->setText(value);

@@ -5,11 +5,10 @@
 
 #include <QWidget>
 
-class AppState;
 class TextField;
 
-/// One labelled text field per variable of a prompt, bound to AppState::variableValues(). Every form that
-/// fills variables is made of it.
+/// One labelled text field per variable of a prompt. Every form that fills variables is made of it. Keeps no
+/// value: it shows those it is given and reports each edit.
 class VariableFields final : public QWidget
 {
     Q_OBJECT
@@ -18,17 +17,20 @@ public:
     /// What stands in an empty field: "Value", or "Value for " and the variable's name.
     enum class Placeholder { value, valueForName };
 
-    /// @p appState must outlive this widget.
-    VariableFields(AppState &appState, Placeholder placeholder, QWidget *parent = nullptr);
+    explicit VariableFields(Placeholder placeholder, QWidget *parent = nullptr);
 
-    /// Makes the fields of @p prompt anew; the values come from AppState.
-    void setPrompt(const PromptItem &prompt);
+    /// Makes the fields of @p prompt anew, filled with @p values.
+    void setPrompt(const PromptItem &prompt, const VariableValues &values);
+
+    /// A variable without an entry shows an empty field.
+    void setValues(const VariableValues &values);
 
     const QList<TextField *> &fields() const { return m_fields; }
 
     void focusFirst();
 
 Q_SIGNALS:
+    void valueEdited(const QString &name, const QString &value);
     /// Return was pressed in a field.
     void confirmed();
     /// A field has got the focus: it should be in view.
@@ -39,9 +41,7 @@ protected:
 
 private:
     void addField(const VariableToken &variable);
-    void showValues();
 
-    AppState &m_appState;
     Placeholder m_placeholder;
     QList<VariableToken> m_variables;
     QList<TextField *> m_fields;

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Draws every state of the picker into PNG files, light and dark, at one and two times the size:
-//   QT_QPA_PLATFORM=offscreen gallery FOLDER
+//   QT_QPA_PLATFORM=offscreen gallery FOLDER [WORD]
+// With a word, only the states whose names contain it.
+#include "LibraryPage.h"
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PickerDesk.h"
 #include "PickerFooter.h"
 #include "PickerSearchPage.h"
+#include "SidebarList.h"
 #include "TextField.h"
 #include "Theme.h"
 #include "ThemedButton.h"
@@ -25,6 +28,7 @@
 namespace {
 
 QDir outputFolder;
+QString wantedWord;
 
 /// A picker on screen over a desk of its own.
 struct Stage
@@ -78,6 +82,8 @@ using Arrange = std::function<void(Stage &)>;
 
 void picture(const QString &name, const Arrange &before, const Arrange &after)
 {
+    if (!name.contains(wantedWord))
+        return;
     Stage stage;
     before(stage);
     stage.open();
@@ -142,6 +148,64 @@ void longLibrary(Stage &stage)
                          QStringLiteral("Prüfe jede Seite auf ausreichende Kontrastverhältnisse."));
 }
 
+LibraryPage &openLibrary(Stage &stage)
+{
+    stage.panel().view().setRoute(PickerPanelRoute::library);
+    stage.settle();
+    return stage.panel().view().libraryPage();
+}
+
+void fillInLibrary(Stage &stage)
+{
+    LibraryPage &library = openLibrary(stage);
+    QTest::keyClick(&library.searchField(), Qt::Key_Return, Qt::ControlModifier);
+    const auto &fields = library.form().fields().fields();
+    QTest::keyClicks(fields.at(0), QStringLiteral("Maria"));
+    QTest::keyClick(fields.at(0), Qt::Key_Tab);
+    QTest::keyClicks(fields.at(1), QStringLiteral("pricing page"));
+}
+
+void drawLibrary()
+{
+    const auto open = [](Stage &stage) { openLibrary(stage); };
+    picture(QStringLiteral("library"), sample, open);
+    picture(QStringLiteral("library-category"), sample, [](Stage &stage) {
+        openLibrary(stage).setFilter(LibraryFilter::category(QStringLiteral("engineering")));
+    });
+    picture(QStringLiteral("library-sidebar-focus"), sample, [](Stage &stage) {
+        LibraryPage &library = openLibrary(stage);
+        library.setFilter(LibraryFilter::category(QStringLiteral("hiring")));
+        library.sidebar().setFocus();
+    });
+    picture(QStringLiteral("library-search"), sample, [](Stage &stage) {
+        QTest::keyClicks(&openLibrary(stage).searchField(), QStringLiteral("follow"));
+        QTest::keyClick(&stage.panel().view().libraryPage().searchField(), Qt::Key_Down);
+    });
+    picture(QStringLiteral("library-nothing-found"), sample, [](Stage &stage) {
+        QTest::keyClicks(&openLibrary(stage).searchField(), QStringLiteral("zzzz"));
+    });
+    picture(QStringLiteral("library-empty"), nothing, open);
+    picture(QStringLiteral("library-fill"), sample, fillInLibrary);
+    picture(
+        QStringLiteral("library-no-target"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.tree.focusedPath.reset();
+            stage.desk.workspace.frontmost.reset();
+        },
+        [](Stage &stage) { QTest::keyClick(&openLibrary(stage).searchField(), Qt::Key_Return); });
+    picture(QStringLiteral("library-copied"), sample, [](Stage &stage) {
+        LibraryPage &library = openLibrary(stage);
+        QTest::keyClick(&library.searchField(), Qt::Key_End, Qt::ControlModifier);
+        QTest::keyClick(&library.searchField(), Qt::Key_Return, Qt::ControlModifier);
+    });
+    picture(QStringLiteral("library-long-texts"), longLibrary, open);
+    Theme::shared().forceFontScale(2);
+    picture(QStringLiteral("library-200"), longLibrary, open);
+    picture(QStringLiteral("library-fill-200"), sample, fillInLibrary);
+    Theme::shared().forceFontScale(std::nullopt);
+}
+
 void drawAll()
 {
     picture(QStringLiteral("picker"), sample, [](Stage &stage) { stage.type(QStringLiteral("follow")); });
@@ -195,6 +259,7 @@ void drawAll()
         QTest::keyClick(&stage.page().searchField(), Qt::Key_Tab);
     });
     picture(QStringLiteral("long-texts"), longLibrary, nothing);
+    drawLibrary();
     Theme::shared().forceFontScale(2);
     picture(QStringLiteral("long-texts-200"), longLibrary, nothing);
     picture(QStringLiteral("fill-200"), sample, fillThree);
@@ -214,11 +279,12 @@ void drawAll()
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
-        std::fprintf(stderr, "usage: gallery FOLDER\n");
+    if (argc < 2 || argc > 3 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::fprintf(stderr, "usage: gallery FOLDER [WORD]\n");
         return 64;
     }
     outputFolder.setPath(QString::fromLocal8Bit(argv[1]));
+    wantedWord = QString::fromLocal8Bit(argc > 2 ? argv[2] : "");
     for (const Theme::Scheme scheme : {Theme::Scheme::light, Theme::Scheme::dark}) {
         Theme::shared().forceScheme(scheme);
         drawAll();

@@ -5,6 +5,7 @@
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PickerDesk.h"
+#include "PickerFooter.h"
 #include "PickerList.h"
 #include "PickerSearchPage.h"
 #include "TextField.h"

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "VariableForm.h"
+
+#include "ContentScrollArea.h"
+#include "PageHeader.h"
+#include "PreviewText.h"
+#include "TextField.h"
+#include "TextLabel.h"
+#include "ThemePainting.h"
+#include "ThemedButton.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace {
+
+constexpr int halo = Theme::haloWidth;
+constexpr int leastFieldsHeight = 130;
+constexpr int footerHeight = 65;
+
+/// The sunken box around the preview, with the focus ring of the text inside it.
+class PreviewBox final : public QWidget
+{
+public:
+    PreviewBox(QWidget *text, QWidget *parent)
+        : QWidget(parent)
+        , m_text(text)
+    {
+        auto *layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(text);
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+        text->installEventFilter(this);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        const Theme &theme = Theme::shared();
+        const int radius = theme.scaled(Theme::fieldRadius);
+        const QRectF frame = ThemePainting::controlFrame(*this);
+        QPainter painter(this);
+        ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
+        if (m_text->hasFocus())
+            ThemePainting::focusRing(painter, frame, radius);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+            update();
+        return QWidget::eventFilter(watched, event);
+    }
+
+private:
+    QWidget *m_text;
+};
+
+/// Draws the hairline above the buttons.
+class ButtonBar final : public QWidget
+{
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter(this).fillRect(QRect(0, 0, width(), 1), Theme::shared().color(Theme::Color::line));
+    }
+};
+
+} // namespace
+
+VariableForm::VariableForm(const Wording &wording, QWidget *parent)
+    : QWidget(parent)
+    , m_header(new PageHeader(wording.title, this))
+    , m_fields(new VariableFields(wording.placeholder))
+    , m_preview(new PreviewText(this))
+    , m_cancel(new ThemedButton(ThemedButton::Kind::quiet, wording.cancel, this))
+    , m_confirm(new ThemedButton(ThemedButton::Kind::primary, wording.confirm, this))
+    , m_notices(new QVBoxLayout)
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_header);
+    column->addSpacing(14);
+    column->addLayout(makeBody(), 1);
+    column->addSpacing(8);
+    column->addLayout(m_notices);
+    column->addWidget(makeFooter());
+
+    connect(m_header, &PageHeader::backRequested, this, &VariableForm::cancelled);
+    connect(m_cancel, &QPushButton::clicked, this, &VariableForm::cancelled);
+    connect(m_confirm, &QPushButton::clicked, this, &VariableForm::confirm);
+    connect(m_fields, &VariableFields::valueEdited, this, &VariableForm::valueEdited);
+    connect(m_fields, &VariableFields::confirmed, this, &VariableForm::confirm);
+}
+
+QVBoxLayout *VariableForm::makeBody()
+{
+    auto *scroll = new ContentScrollArea(m_fields, leastFieldsHeight, Theme::margin - halo, this);
+    connect(m_fields, &VariableFields::fieldFocused, scroll,
+            [scroll](QWidget *field) { scroll->ensureWidgetVisible(field, 0, 24); });
+    auto *previewTitle =
+        new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
+    previewTitle->setText(QStringLiteral("Preview"));
+    previewTitle->setContentsMargins(halo, 0, 0, 0);
+    auto *previewColumn = new QVBoxLayout;
+    previewColumn->setContentsMargins(0, 0, Theme::margin - halo, 0);
+    previewColumn->setSpacing(3);
+    previewColumn->addWidget(previewTitle);
+    previewColumn->addWidget(new PreviewBox(m_preview, this));
+
+    auto *body = new QVBoxLayout;
+    body->setContentsMargins(Theme::margin - halo, 0, 0, 0);
+    body->setSpacing(0);
+    body->addWidget(scroll);
+    body->addSpacing(14);
+    body->addLayout(previewColumn);
+    body->addStretch(1);
+    return body;
+}
+
+QWidget *VariableForm::makeFooter()
+{
+    auto *footer = new ButtonBar(this);
+    m_cancel->setDesignHeight(34);
+    m_confirm->setDesignHeight(34);
+    m_confirm->setTrailingSymbol(QStringLiteral("return"));
+    auto *row = new QHBoxLayout(footer);
+    row->setContentsMargins(Theme::margin - halo, 9, Theme::margin - halo, 10);
+    row->setSpacing(10 - 2 * halo);
+    row->addStretch(1);
+    row->addWidget(m_cancel);
+    row->addWidget(m_confirm);
+    row->addStrut(footerHeight - 19);
+    return footer;
+}
+
+void VariableForm::addNotice(QWidget *notice)
+{
+    m_notices->addWidget(notice);
+}
+
+void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
+{
+    m_prompt = prompt;
+    m_header->setSubtitle(prompt.title.simplified());
+    m_fields->setPrompt(prompt, values);
+    m_preview->setPrompt(prompt, values);
+    if (!m_fields->fields().isEmpty()) {
+        setTabOrder(&m_header->backButton(), m_fields->fields().first());
+        setTabOrder(m_fields->fields().last(), m_preview);
+    }
+    setTabOrder(m_preview, m_cancel);
+    setTabOrder(m_cancel, m_confirm);
+    m_fields->focusFirst();
+}
+
+void VariableForm::setValues(const VariableValues &values)
+{
+    m_fields->setValues(values);
+    m_preview->setPrompt(m_prompt, values);
+}
+
+void VariableForm::setBusy(bool isBusy)
+{
+    m_confirm->setBusy(isBusy);
+    m_confirm->setEnabled(!isBusy);
+}
+
+void VariableForm::confirm()
+{
+    if (m_confirm->isEnabled())
+        Q_EMIT confirmed();
+}
+
+void VariableForm::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        confirm();
+    else
+        QWidget::keyPressEvent(event);
+}
