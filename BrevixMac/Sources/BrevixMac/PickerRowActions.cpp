@@ -2,7 +2,6 @@
 #include "PickerRowActions.h"
 
 #include "PickerRowDelegate.h"
-#include "ShareRequests.h"
 #include "ThemedButton.h"
 
 #include <QHBoxLayout>
@@ -71,7 +70,7 @@ void PickerRowActions::describeShare(bool isSkill, bool isSharing)
 {
     m_share->setLabel(isSharing ? QStringLiteral("Sharing") : QStringLiteral("Share"));
     m_share->setBusy(isSharing);
-    m_share->setEnabled(!isSharing && ShareRequests::isAvailable());
+    m_share->setEnabled(!isSharing);
     m_share->setToolTip(isSkill ? QStringLiteral("Share Skill") : QStringLiteral("Share Prompt"));
     m_share->setAccessibleDescription(m_share->toolTip());
 }

@@ -24,14 +24,6 @@ constexpr int radius = 24;
 constexpr int symbolSize = 20;
 constexpr int slideDistance = 14;
 
-// Until the coordinator can take it back.
-template <typename State>
-void dismissIn(State &state, const std::optional<ShareConfirmation> &confirmation)
-{
-    if constexpr (requires { state.dismissShareConfirmation(confirmation); })
-        state.dismissShareConfirmation(confirmation);
-}
-
 QRectF drawnFrame(const QWidget &banner)
 {
     return QRectF(banner.rect()).adjusted(shadow, shadow, -shadow, -shadow);
@@ -145,12 +137,12 @@ QCoro::Task<> ShareConfirmationBannerView::dismissLater(ShareConfirmation confir
 {
     const bool isOver = co_await sleepFor(lifetime, token);
     if (isOver && !token.stop_requested())
-        dismissIn(m_appState, confirmation);
+        m_appState.dismissShareConfirmation(confirmation);
 }
 
 void ShareConfirmationBannerView::dismiss()
 {
-    dismissIn(m_appState, m_confirmation);
+    m_appState.dismissShareConfirmation(m_confirmation);
 }
 
 void ShareConfirmationBannerView::slideIn()

@@ -3,31 +3,6 @@
 
 #include "AppState.h"
 
-namespace {
-
-// Until the coordinator can share.
-template <typename State, typename Item>
-QCoro::Task<> requestOf(State &state, Item item)
-{
-    if constexpr (requires { state.share(item); })
-        return state.share(item);
-    else
-        return []() -> QCoro::Task<> { co_return; }();
-}
-
-template <typename State>
-constexpr bool canShare = requires(State &state, PromptItem item)
-{
-    state.share(item);
-};
-
-} // namespace
-
-bool ShareRequests::isAvailable()
-{
-    return canShare<AppState>;
-}
-
 ShareRequests::ShareRequests(AppState &appState, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
@@ -47,9 +22,9 @@ void ShareRequests::share(const PickerResult &result)
     m_underWay.insert(id);
     Q_EMIT changed();
     if (result.prompt())
-        detach(run(id, requestOf(m_appState, *result.prompt()), m_tasks.token()), "sharing a prompt");
+        detach(run(id, m_appState.share(*result.prompt()), m_tasks.token()), "sharing a prompt");
     else
-        detach(run(id, requestOf(m_appState, *result.skill()), m_tasks.token()), "sharing a skill");
+        detach(run(id, m_appState.share(*result.skill()), m_tasks.token()), "sharing a skill");
 }
 
 void ShareRequests::share(const PromptCategory &category)
@@ -59,7 +34,7 @@ void ShareRequests::share(const PromptCategory &category)
         return;
     m_underWay.insert(id);
     Q_EMIT changed();
-    detach(run(id, requestOf(m_appState, category), m_tasks.token()), "sharing a category");
+    detach(run(id, m_appState.share(category), m_tasks.token()), "sharing a category");
 }
 
 QCoro::Task<> ShareRequests::run(QString id, QCoro::Task<> request, std::stop_token token)

@@ -20,9 +20,6 @@ public:
     /// @p appState must outlive this object.
     explicit ShareRequests(AppState &appState, QObject *parent = nullptr);
 
-    /// Whether the coordinator can share at all.
-    static bool isAvailable();
-
     /// @p id is a PickerResult::id() or idOf() a category.
     bool isSharing(const QString &id) const { return m_underWay.contains(id); }
 

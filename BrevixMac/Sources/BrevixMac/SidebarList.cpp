@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SidebarList.h"
 
-#include "ShareRequests.h"
 #include "Symbols.h"
 #include "ThemePainting.h"
 #include "ThemedButton.h"
@@ -176,7 +175,7 @@ void SidebarList::refreshSharing(const std::function<bool(const QString &)> &isS
     const bool isUnderWay = isSharing(selectedID());
     m_share->setLabel(isUnderWay ? QStringLiteral("Sharing") : QStringLiteral("Share Category"));
     m_share->setBusy(isUnderWay);
-    m_share->setEnabled(!isUnderWay && ShareRequests::isAvailable());
+    m_share->setEnabled(!isUnderWay);
     m_share->setToolTip(m_share->text());
 }
 

@@ -35,6 +35,11 @@ AppConfiguration configuration()
 
 } // namespace
 
+QString LibraryServer::refusal()
+{
+    return QStringLiteral("You may not do that.");
+}
+
 LibraryServer::LibraryServer()
 {
     if (!listen(QHostAddress::LocalHost))
@@ -84,20 +89,44 @@ void LibraryServer::clear()
     m_skills = {};
 }
 
-void LibraryServer::answer(QTcpSocket *socket) const
+void LibraryServer::answer(QTcpSocket *socket)
 {
     const QByteArray request = socket->peek(socket->bytesAvailable());
     if (!request.contains("\r\n\r\n"))
         return;
     socket->readAll();
+    if (!request.startsWith("GET ")) {
+        if (writes == Writes::held)
+            m_held.append(socket);
+        else if (writes == Writes::refused)
+            reply(socket, "403 Forbidden",
+                  {{QStringLiteral("error"), QJsonObject{{QStringLiteral("message"), refusal()}}}});
+        else
+            reply(socket, "200 OK", {});
+        return;
+    }
     const QByteArray path = request.split(' ').value(1);
     const QJsonArray documents = path.contains("/categories") ? m_categories
                                  : path.contains("/prompts")  ? m_prompts
                                  : path.contains("/skills")   ? m_skills
                                                               : QJsonArray();
-    const QByteArray body = QJsonDocument(QJsonObject{{QStringLiteral("documents"), documents}}).toJson();
-    socket->write("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
+    reply(socket, "200 OK", {{QStringLiteral("documents"), documents}});
+}
+
+void LibraryServer::reply(QTcpSocket *socket, const QByteArray &status, const QJsonObject &object)
+{
+    const QByteArray body = QJsonDocument(object).toJson();
+    socket->write("HTTP/1.1 " + status + "\r\nContent-Type: application/json\r\nContent-Length: " +
                   QByteArray::number(body.size()) + "\r\n\r\n" + body);
+}
+
+void LibraryServer::releaseWrites()
+{
+    writes = Writes::accepted;
+    for (const QPointer<QTcpSocket> &socket : std::exchange(m_held, {})) {
+        if (socket)
+            reply(socket, "200 OK", {});
+    }
 }
 
 PickerDesk::PickerDesk()

@@ -8,7 +8,9 @@
 #include "Support/InMemoryDesktop.h"
 
 #include <QJsonArray>
+#include <QPointer>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -27,12 +29,27 @@ public:
     void addSkill(const QString &id, const QString &title, const QString &text);
     void clear();
 
+    /// What becomes of requests that write something.
+    enum class Writes { accepted, held, refused };
+    Writes writes = Writes::accepted;
+
+    /// What a refused write is told.
+    static QString refusal();
+
+    /// Writes that wait for releaseWrites().
+    qsizetype heldWrites() const { return m_held.size(); }
+
+    /// Accepts the held writes, the oldest first, and those that come from now on.
+    void releaseWrites();
+
 private:
-    void answer(QTcpSocket *socket) const;
+    void answer(QTcpSocket *socket);
+    static void reply(QTcpSocket *socket, const QByteArray &status, const QJsonObject &body);
 
     QJsonArray m_categories;
     QJsonArray m_prompts;
     QJsonArray m_skills;
+    QList<QPointer<QTcpSocket>> m_held;
 };
 
 /// An AppState over a desktop in memory, with a signed-in user and a library on loopback: everything a picker

@@ -409,7 +409,7 @@ TEST_F(PickerViewTest, tabReachesEveryEnabledControlAndComesBack)
     }
     EXPECT_TRUE(stage.search().hasFocus());
     EXPECT_EQ(names,
-              QStringList({QStringLiteral("Copy Instead"), QStringLiteral("New"),
+              QStringList({QStringLiteral("Copy Instead"), QStringLiteral("Share"), QStringLiteral("New"),
                            QStringLiteral("View Library"), QStringLiteral("Sign Out"), QStringLiteral("Quit"),
                            QStringLiteral("Grant Accessibility"), QStringLiteral("Hide tip")}));
 }
