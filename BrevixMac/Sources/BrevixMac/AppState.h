@@ -8,6 +8,7 @@
 #include "FirebaseBootstrap.h"
 #include "HotkeyService.h"
 #include "InsertionService.h"
+#include "LaunchAtLoginService.h"
 #include "LibraryStore.h"
 #include "Outcome.h"
 #include "PermissionsService.h"
@@ -23,6 +24,10 @@
 
 #include <functional>
 #include <memory>
+
+class KeyCapture;
+class LoginItem;
+class StatusItem;
 
 /// The offer made after a failed insertion. Exactly one of prompt and skill is present.
 struct InsertionRecovery
@@ -54,6 +59,9 @@ struct AppEnvironment
     EventMonitor &eventMonitor;
     HotKeys &hotKeys;
     WebAuthenticationSession &webAuthenticationSession;
+    KeyCapture &keyCapture;
+    StatusItem &statusItem;
+    LoginItem &loginItem;
     QString bundleIdentifier; ///< of this application
     qint64 processIdentifier; ///< of this application
     std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
@@ -112,6 +120,8 @@ public:
     PermissionsService &permissions() { return *m_permissions; }
     RecentUsageStore &recents() { return *m_recents; }
     HotkeyService &hotkeyService() { return *m_hotkeyService; }
+    LaunchAtLoginService &launchAtLoginService() { return *m_launchAtLoginService; }
+    KeyCapture &keyCapture() { return m_environment.keyCapture; }
     AuthService &authService() { return *m_authService; }
     LibraryStore &libraryStore() { return *m_libraryStore; }
     PromptOptimizationService &promptOptimizationService() { return *m_promptOptimizationService; }
@@ -173,7 +183,16 @@ public:
     QString hotkeyLabel() const;
 
     // Start-up, permissions, account.
+    /// Makes @p shortcut the hotkey and remembers it. When the session refuses it, the hotkey stays what it
+    /// was and shortcutProblem() says why.
     void updateShortcut(const KeyboardShortcut &shortcut);
+    const std::optional<QString> &shortcutProblem() const { return m_shortcutProblem; }
+    void setShortcutProblem(const std::optional<QString> &problem);
+    /// Starts Brevix at login or no longer. A failure leaves the preference and becomes
+    /// lastInsertionResult().
+    void setLaunchAtLogin(bool enabled);
+    /// Reads from the session whether Brevix starts at login: the user may have changed that elsewhere.
+    void refreshLaunchAtLogin();
     void requestPostEventPermission();
     void requestAccessibilityPermission();
     void signIn(bool hasPresentingWindow);
@@ -194,6 +213,7 @@ Q_SIGNALS:
     void insertionRecoveryChanged();
     void shareConfirmationChanged();
     void configurationIssueChanged();
+    void shortcutProblemChanged();
     void palettePresentedChanged();
     void isInsertingChanged();
     /// The library, the recents or their order have changed: lists must be read again.
@@ -202,7 +222,7 @@ Q_SIGNALS:
 private:
     void observeState();
     void bootstrap();
-    void registerHotkey();
+    void registerHotkey(const KeyboardShortcut &shortcut);
 
     QCoro::Task<> invokePalette(bool allowCachedTarget, std::stop_token token);
     QCoro::Task<FocusedTargetPtr> resolvedInsertionTarget(bool allowCachedTarget, std::stop_token token);
@@ -251,6 +271,7 @@ private:
     std::optional<InsertionRecovery> m_insertionRecovery;
     std::optional<ShareConfirmation> m_shareConfirmation;
     std::optional<QString> m_configurationIssue;
+    std::optional<QString> m_shortcutProblem;
     bool m_palettePresented = false;
     bool m_pickerAutoFocusSearch = false;
     int m_insertionsUnderWay = 0;
@@ -260,6 +281,7 @@ private:
     std::unique_ptr<PermissionsService> m_permissions;
     std::unique_ptr<RecentUsageStore> m_recents;
     std::unique_ptr<HotkeyService> m_hotkeyService;
+    std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<FirebaseBootstrap> m_firebaseBootstrap;
     std::unique_ptr<AuthService> m_authService;
     std::unique_ptr<LibraryStore> m_libraryStore;

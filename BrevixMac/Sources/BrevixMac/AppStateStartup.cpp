@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 
+#include "Desktop/HotKeys.h"
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Workspace.h"
 
@@ -20,6 +21,18 @@ constexpr auto captureDelayAfterActivation = 140ms;
 
 AppState *sharedInstance = nullptr;
 
+QString heldBySomebodyElse(const KeyboardShortcut &shortcut)
+{
+    return shortcut.displayLabel() +
+           u" is held by another application or the desktop. The shortcut stays as it was."_qs;
+}
+
+QString noHotkeysHere()
+{
+    return QStringLiteral("This session has no global shortcuts. Bind a key to \"brevix toggle\" in the "
+                          "desktop's keyboard settings.");
+}
+
 } // namespace
 
 AppState::AppState(AppEnvironment environment)
@@ -29,6 +42,7 @@ AppState::AppState(AppEnvironment environment)
           std::make_unique<PermissionsService>(m_environment.accessibilityTree, m_environment.keyEvents))
     , m_recents(std::make_unique<RecentUsageStore>(m_environment.defaults, m_environment.now))
     , m_hotkeyService(std::make_unique<HotkeyService>(m_environment.hotKeys))
+    , m_launchAtLoginService(std::make_unique<LaunchAtLoginService>(m_environment.loginItem))
     , m_firebaseBootstrap(std::make_unique<FirebaseBootstrap>(m_environment.configuration))
     , m_authService(std::make_unique<AuthService>(m_environment.configuration, m_environment.endpoints,
                                                   m_environment.http, m_environment.defaults,
@@ -98,7 +112,8 @@ void AppState::bootstrap()
     m_configurationIssue = m_firebaseBootstrap->statusMessage();
     m_authService->start();
     m_permissions->refresh();
-    registerHotkey();
+    registerHotkey(m_preferences->preferredShortcut());
+    refreshLaunchAtLogin();
     startExternalFocusTracking();
     rememberFrontmostExternalApplication();
     if (m_preferences->onboardingCompleted())
@@ -106,9 +121,9 @@ void AppState::bootstrap()
     updateOnboardingState();
 }
 
-void AppState::registerHotkey()
+void AppState::registerHotkey(const KeyboardShortcut &shortcut)
 {
-    m_hotkeyService->registerHotkey(m_preferences->preferredShortcut(), [self = QPointer<AppState>(this)] {
+    m_hotkeyService->registerHotkey(shortcut, [self = QPointer<AppState>(this)] {
         if (self)
             self->handleHotkey();
     });
@@ -116,8 +131,40 @@ void AppState::registerHotkey()
 
 void AppState::updateShortcut(const KeyboardShortcut &shortcut)
 {
+    const KeyboardShortcut previous = m_preferences->preferredShortcut();
+    registerHotkey(shortcut);
+    if (!m_hotkeyService->isRegistered() && shortcut != previous) {
+        registerHotkey(previous);
+        setShortcutProblem(m_environment.hotKeys.isAvailable() ? heldBySomebodyElse(shortcut)
+                                                               : noHotkeysHere());
+        return;
+    }
     m_preferences->setPreferredShortcut(shortcut);
-    registerHotkey();
+    setShortcutProblem({});
+}
+
+void AppState::setShortcutProblem(const std::optional<QString> &problem)
+{
+    if (problem == m_shortcutProblem)
+        return;
+    m_shortcutProblem = problem;
+    Q_EMIT shortcutProblemChanged();
+}
+
+void AppState::setLaunchAtLogin(bool enabled)
+{
+    if (const auto problem = m_launchAtLoginService->setEnabled(enabled)) {
+        setLastInsertionResult(InsertionResult::failure(InsertionFailureReason::unknown, *problem));
+        return;
+    }
+    m_preferences->setLaunchAtLoginEnabled(enabled);
+}
+
+void AppState::refreshLaunchAtLogin()
+{
+    const bool isEnabled = m_launchAtLoginService->isEnabled();
+    if (isEnabled != m_preferences->launchAtLoginEnabled())
+        m_preferences->setLaunchAtLoginEnabled(isEnabled);
 }
 
 void AppState::requestAccessibilityPermission()

@@ -8,6 +8,7 @@
 #include "MenuBarController.h"
 
 #include "Desktop/DesktopSession.h"
+#include "Desktop/Freedesktop/AutostartEntry.h"
 #include "Desktop/WebAuthenticationSession.h"
 #include "Foundation/HttpClient.h"
 #include "Foundation/UserDefaults.h"
@@ -27,6 +28,17 @@ QString defaultsDomain(BrevixMacApp::Library library)
 {
     return library == BrevixMacApp::Library::local ? QStringLiteral("brevix-local")
                                                    : QStringLiteral("brevix");
+}
+
+/// What a login starts: this very program, in the mode it runs in.
+AutostartEntry::Application loginApplication(BrevixMacApp::Library library)
+{
+    const bool isLocal = library == BrevixMacApp::Library::local;
+    return {.id = BrevixMacApp::bundleIdentifier(),
+            .name = QStringLiteral("Brevix"),
+            .comment = QStringLiteral("Put your prompts into any text field"),
+            .program = QCoreApplication::applicationFilePath(),
+            .arguments = isLocal ? QStringList{QStringLiteral("--local")} : QStringList()};
 }
 
 AppConfiguration localConfiguration(const QUrl &origin)
@@ -73,6 +85,7 @@ struct BrevixMacApp::Parts
     explicit Parts(Library library)
         : isFirstStart(!QFileInfo::exists(UserDefaults::pathForDomain(defaultsDomain(library))))
         , defaults(UserDefaults::pathForDomain(defaultsDomain(library)))
+        , loginItem(loginApplication(library))
     {
     }
 
@@ -82,6 +95,7 @@ struct BrevixMacApp::Parts
     UserDefaults defaults;
     HttpClient http;
     DesktopSession desktop;
+    AutostartEntry loginItem;
     std::unique_ptr<LocalCloud> localCloud;
     std::unique_ptr<AppState> appState;
     std::unique_ptr<AppDelegate> delegate;
@@ -102,6 +116,9 @@ struct BrevixMacApp::Parts
             .eventMonitor = desktop.eventMonitor(),
             .hotKeys = desktop.hotKeys(),
             .webAuthenticationSession = desktop.webAuthenticationSession(),
+            .keyCapture = desktop.keyCapture(),
+            .statusItem = desktop.statusItem(),
+            .loginItem = loginItem,
             .bundleIdentifier = bundleIdentifier(),
             .processIdentifier = QCoreApplication::applicationPid(),
         });

@@ -7,6 +7,7 @@
 #include "Desktop/NullDesktop.h"
 #include "Desktop/X11/X11EventMonitor.h"
 #include "Desktop/X11/X11HotKeys.h"
+#include "Desktop/X11/X11KeyCapture.h"
 #include "Desktop/X11/X11KeyEvents.h"
 #include "Desktop/X11/X11Pasteboard.h"
 #include "Desktop/X11/X11SelectionOwner.h"
@@ -70,6 +71,7 @@ void DesktopSession::useX11()
 
     m_pasteboard = std::make_unique<X11Pasteboard>(*m_x11, keyEvents.get());
     m_eventMonitor = std::make_unique<X11EventMonitor>(*m_x11);
+    m_keyCapture = std::make_unique<X11KeyCapture>(*m_x11);
     m_statusItem = std::make_unique<TrayStatusItem>(m_xembedHost.get());
     m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
     m_accessibilityTree = std::move(tree);
@@ -94,6 +96,7 @@ void DesktopSession::useNothing()
     fill<Pasteboard, NullPasteboard>(m_pasteboard);
     fill<EventMonitor, NullEventMonitor>(m_eventMonitor);
     fill<HotKeys, NullHotKeys>(m_hotKeys);
+    fill<KeyCapture, NullKeyCapture>(m_keyCapture);
     fill<StatusItem, NullStatusItem>(m_statusItem);
     fill<WebAuthenticationSession, NullWebAuthenticationSession>(m_webAuthenticationSession);
 }

@@ -6,6 +6,7 @@
 class AccessibilityTree;
 class EventMonitor;
 class HotKeys;
+class KeyCapture;
 class KeyEvents;
 class Pasteboard;
 class StatusItem;
@@ -32,6 +33,7 @@ public:
     KeyEvents &keyEvents() { return *m_keyEvents; }
     EventMonitor &eventMonitor() { return *m_eventMonitor; }
     HotKeys &hotKeys() { return *m_hotKeys; }
+    KeyCapture &keyCapture() { return *m_keyCapture; }
     StatusItem &statusItem() { return *m_statusItem; }
     WebAuthenticationSession &webAuthenticationSession() { return *m_webAuthenticationSession; }
 
@@ -49,6 +51,7 @@ private:
     std::unique_ptr<Pasteboard> m_pasteboard;
     std::unique_ptr<EventMonitor> m_eventMonitor;
     std::unique_ptr<HotKeys> m_hotKeys;
+    std::unique_ptr<KeyCapture> m_keyCapture;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<WebAuthenticationSession> m_webAuthenticationSession;
 };

@@ -19,6 +19,9 @@ public:
 
     virtual void unregisterHotKey() = 0;
 
+    /// Whether the session lets an application have hotkeys at all.
+    virtual bool isAvailable() const { return true; }
+
 Q_SIGNALS:
     void pressed();
 };

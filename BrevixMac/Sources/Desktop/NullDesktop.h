@@ -4,6 +4,7 @@
 #include "Desktop/AccessibilityTree.h"
 #include "Desktop/EventMonitor.h"
 #include "Desktop/HotKeys.h"
+#include "Desktop/KeyCapture.h"
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Pasteboard.h"
 #include "Desktop/StatusItem.h"
@@ -82,6 +83,14 @@ class NullHotKeys final : public HotKeys
 public:
     bool registerHotKey(quint32, quint64) override { return false; }
     void unregisterHotKey() override {}
+    bool isAvailable() const override { return false; }
+};
+
+class NullKeyCapture final : public KeyCapture
+{
+public:
+    std::unique_ptr<Session> begin(QWindow &, Handler) override { return nullptr; }
+    std::optional<quint32> keyCode(quint32) const override { return std::nullopt; }
 };
 
 class NullStatusItem final : public StatusItem

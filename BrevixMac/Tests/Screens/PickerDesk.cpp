@@ -199,6 +199,9 @@ void PickerDesk::start()
                                                   .eventMonitor = eventMonitor,
                                                   .hotKeys = hotKeys,
                                                   .webAuthenticationSession = webAuthenticationSession,
+                                                  .keyCapture = keyCapture,
+                                                  .statusItem = statusItem,
+                                                  .loginItem = loginItem,
                                                   .bundleIdentifier = QStringLiteral("app.brevix.Brevix"),
                                                   .processIdentifier = 1});
     const auto isSynced = [this] {

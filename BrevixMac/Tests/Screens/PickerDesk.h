@@ -84,6 +84,8 @@ public:
     InMemoryEventMonitor eventMonitor;
     InMemoryHotKeys hotKeys;
     InMemoryWebAuthenticationSession webAuthenticationSession;
+    InMemoryKeyCapture keyCapture;
+    InMemoryLoginItem loginItem;
     InMemoryStatusItem statusItem;
     std::unique_ptr<UserDefaults> defaults;
     HttpClient http;

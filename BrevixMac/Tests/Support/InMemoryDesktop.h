@@ -4,7 +4,9 @@
 #include "Desktop/AccessibilityTree.h"
 #include "Desktop/EventMonitor.h"
 #include "Desktop/HotKeys.h"
+#include "Desktop/KeyCapture.h"
 #include "Desktop/KeyEvents.h"
+#include "Desktop/LoginItem.h"
 #include "Desktop/Pasteboard.h"
 #include "Desktop/StatusItem.h"
 #include "Desktop/WebAuthenticationSession.h"
@@ -315,20 +317,80 @@ class InMemoryHotKeys : public HotKeys
 {
 public:
     std::optional<std::pair<quint32, quint64>> registered;
-    bool isTaken = false;
+    bool isTaken = false; ///< every combination
+    QList<std::pair<quint32, quint64>> takenByOthers;
+    bool available = true;
     int registrations = 0;
 
     bool registerHotKey(quint32 keyCode, quint64 modifiers) override
     {
         registered.reset();
         ++registrations;
-        if (isTaken)
+        if (isTaken || !available || takenByOthers.contains(std::pair(keyCode, modifiers)))
             return false;
         registered = {keyCode, modifiers};
         return true;
     }
 
     void unregisterHotKey() override { registered.reset(); }
+    bool isAvailable() const override { return available; }
+};
+
+class InMemoryKeyCapture : public KeyCapture
+{
+public:
+    bool isRefused = false;
+    bool isActive = false;
+    std::optional<quint32> numberOfEveryKey; ///< what keyCode() answers
+
+    void press(const CapturedKey &key)
+    {
+        if (const Handler handler = m_handler)
+            handler(key);
+    }
+
+    std::unique_ptr<Session> begin(QWindow &, Handler handler) override
+    {
+        struct Held final : Session
+        {
+            explicit Held(InMemoryKeyCapture &capture)
+                : m_capture(capture)
+            {
+            }
+            ~Held() override
+            {
+                m_capture.isActive = false;
+                m_capture.m_handler = nullptr;
+            }
+            InMemoryKeyCapture &m_capture;
+        };
+        if (isRefused)
+            return nullptr;
+        m_handler = std::move(handler);
+        isActive = true;
+        return std::make_unique<Held>(*this);
+    }
+
+    std::optional<quint32> keyCode(quint32) const override { return numberOfEveryKey; }
+
+private:
+    Handler m_handler;
+};
+
+class InMemoryLoginItem : public LoginItem
+{
+public:
+    bool enabled = false;
+    std::optional<QString> problem; ///< every change fails with it
+
+    bool isEnabled() const override { return enabled; }
+
+    std::optional<QString> setEnabled(bool wanted) override
+    {
+        if (!problem)
+            enabled = wanted;
+        return problem;
+    }
 };
 
 class InMemoryStatusItem : public StatusItem

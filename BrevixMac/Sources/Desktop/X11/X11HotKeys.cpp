@@ -139,8 +139,7 @@ void X11HotKeys::onEvent(const xcb_generic_event_t &event)
         onKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
         return;
     case XCB_KEY_RELEASE:
-        if (m_grab && reinterpret_cast<const xcb_key_release_event_t &>(event).detail == m_grab->keyCode)
-            m_isHeld = false;
+        onKeyRelease(reinterpret_cast<const xcb_key_release_event_t &>(event));
         return;
     }
     // One change of the layout comes as dozens of events.
@@ -148,9 +147,21 @@ void X11HotKeys::onEvent(const xcb_generic_event_t &event)
         QMetaObject::invokeMethod(this, &X11HotKeys::onMappingChanged, Qt::QueuedConnection);
 }
 
+// Who records a combination takes the keyboard over this same connection; those keys belong to its window.
+bool X11HotKeys::isOurs(const xcb_key_press_event_t &event) const
+{
+    return m_grab && event.event == m_connection.root() && event.detail == m_grab->keyCode;
+}
+
+void X11HotKeys::onKeyRelease(const xcb_key_release_event_t &event)
+{
+    if (isOurs(event))
+        m_isHeld = false;
+}
+
 void X11HotKeys::onKeyPress(const xcb_key_press_event_t &event)
 {
-    if (!m_grab || event.detail != m_grab->keyCode || !m_grab->withLocks.contains(event.state & 0xff))
+    if (!isOurs(event) || !m_grab->withLocks.contains(event.state & 0xff))
         return;
     const bool isRepeat = m_isHeld && event.time - m_lastPress < longestRepeatDelay;
     m_isHeld = true;

@@ -41,7 +41,9 @@ private:
     };
 
     void onEvent(const xcb_generic_event_t &event);
+    bool isOurs(const xcb_key_press_event_t &event) const;
     void onKeyPress(const xcb_key_press_event_t &event);
+    void onKeyRelease(const xcb_key_release_event_t &event);
     void onMappingChanged();
     std::optional<Grab> grabFor(const Wish &wish);
     bool take(const Grab &grab);

@@ -12,6 +12,11 @@
 
 namespace {
 
+constexpr quint64 shiftFlag = 0x20000;
+constexpr quint64 controlFlag = 0x40000;
+constexpr quint64 optionFlag = 0x80000;
+constexpr quint64 commandFlag = 0x100000;
+
 constexpr int modifierCount = 8;
 constexpr int columnCount = 4; // of a key's symbols: two levels of two groups
 
@@ -97,7 +102,7 @@ X11Modifiers X11Modifiers::read(X11Connection &connection)
 std::optional<quint16> X11Modifiers::mask(quint64 modifiers) const
 {
     const std::array<std::pair<quint64, quint16>, 4> table{
-        {{0x20000, shift}, {0x40000, control}, {0x80000, option}, {0x100000, command}}};
+        {{shiftFlag, shift}, {controlFlag, control}, {optionFlag, option}, {commandFlag, command}}};
     quint16 mask = 0;
     for (const auto &[flag, bits] : table) {
         if (!(modifiers & flag))
@@ -107,4 +112,10 @@ std::optional<quint16> X11Modifiers::mask(quint64 modifiers) const
         mask |= bits;
     }
     return mask;
+}
+
+quint64 X11Modifiers::flags(quint16 state) const
+{
+    return (state & shift ? shiftFlag : 0) | (state & control ? controlFlag : 0) |
+           (state & option ? optionFlag : 0) | (state & command ? commandFlag : 0);
 }

@@ -26,4 +26,7 @@ struct X11Modifiers
     /// State bits of the modifier bits @p modifiers (Shift 0x20000, Control 0x40000, Option 0x80000, Command
     /// 0x100000); nothing when the keyboard lacks one of them.
     std::optional<quint16> mask(quint64 modifiers) const;
+
+    /// The other way round: the modifier bits of an event's state.
+    quint64 flags(quint16 state) const;
 };

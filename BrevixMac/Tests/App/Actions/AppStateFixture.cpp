@@ -50,6 +50,9 @@ AppState &AppStateFixture::start()
                                                       .eventMonitor = eventMonitor,
                                                       .hotKeys = hotKeys,
                                                       .webAuthenticationSession = webAuthenticationSession,
+                                                      .keyCapture = keyCapture,
+                                                      .statusItem = statusItem,
+                                                      .loginItem = loginItem,
                                                       .bundleIdentifier = bundleIdentifier,
                                                       .processIdentifier = ownPid,
                                                       .now = [this] { return time; }});

@@ -73,6 +73,9 @@ protected:
     InMemoryEventMonitor eventMonitor;
     InMemoryHotKeys hotKeys;
     InMemoryWebAuthenticationSession webAuthenticationSession;
+    InMemoryKeyCapture keyCapture;
+    InMemoryLoginItem loginItem;
+    InMemoryStatusItem statusItem;
 
     const QString editorField = QStringLiteral("/editor/field");
     const QString browserField = QStringLiteral("/browser/field");
