@@ -197,6 +197,8 @@ public:
     void requestAccessibilityPermission();
     void signIn(bool hasPresentingWindow);
     void cancelSignIn();
+    /// Copies the address of the sign-in page that waits. False without one, or when the clipboard refuses.
+    bool copyAuthorizationLink();
     void signOut();
     void updateOnboardingState();
     /// The application has come to the front.

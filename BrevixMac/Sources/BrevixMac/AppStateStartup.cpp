@@ -3,6 +3,7 @@
 
 #include "Desktop/HotKeys.h"
 #include "Desktop/KeyEvents.h"
+#include "Desktop/Pasteboard.h"
 #include "Desktop/Workspace.h"
 
 #include <QPointer>
@@ -189,6 +190,15 @@ void AppState::signIn(bool hasPresentingWindow)
 void AppState::cancelSignIn()
 {
     m_authService->cancelSignIn();
+}
+
+bool AppState::copyAuthorizationLink()
+{
+    const auto &pending = m_authService->pendingAuthorization();
+    if (!pending)
+        return false;
+    m_environment.pasteboard.clearContents();
+    return m_environment.pasteboard.setString(pending->url.toString(QUrl::FullyEncoded));
 }
 
 void AppState::signOut()

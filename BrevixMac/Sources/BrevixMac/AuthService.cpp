@@ -84,6 +84,11 @@ QCoro::Task<QString> AuthService::validFirebaseIDToken()
         if (token.stop_requested())
             throw CancelledError();
         session = refreshed;
+    } else if (session->firebaseIDToken == m_rejectedToken) {
+        const StoredAuthSession usable = co_await refreshRejected(*session);
+        if (token.stop_requested())
+            throw CancelledError();
+        session = usable;
     }
     const QString idToken = session->firebaseIDToken;
     publishCurrentUserIfNeeded(session->user());
@@ -114,6 +119,21 @@ QCoro::Task<> AuthService::restorePreviousSignInIfNeeded()
     removeStoredSession();
     publishCurrentUserIfNeeded(std::nullopt);
     setAuthErrorMessage(failure);
+}
+
+QCoro::Task<StoredAuthSession> AuthService::refreshRejected(StoredAuthSession session)
+{
+    m_rejectedToken.clear(); // one try for each rejection
+    try {
+        const QFuture<StoredAuthSession> refresh = sharedRefresh(session);
+        const StoredAuthSession refreshed = co_await refresh;
+        co_return refreshed;
+    } catch (const CancelledError &) {
+        throw;
+    } catch (const std::exception &) {
+        // By the clock the token is good, so the server that rejected it has the last word on why.
+    }
+    co_return session;
 }
 
 QFuture<StoredAuthSession> AuthService::sharedRefresh(const StoredAuthSession &session)
@@ -187,8 +207,6 @@ QCoro::Task<QJsonObject> AuthService::performRequest(HttpRequest request, std::s
 
 bool AuthService::isFresh(const StoredAuthSession &session) const
 {
-    if (session.firebaseIDToken == m_rejectedToken)
-        return false;
     // A clock that was set back would make an old token look young.
     if (session.firebaseIDToken == m_timedToken && m_timedTokenDeadline.hasExpired())
         return false;

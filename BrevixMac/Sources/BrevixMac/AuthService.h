@@ -75,8 +75,8 @@ public:
     /// CancelledError.
     QCoro::Task<QString> validFirebaseIDToken();
 
-    /// Notes that a server has called @p idToken expired: the next validFirebaseIDToken() refreshes whatever
-    /// the clock says.
+    /// Notes that a server did not take @p idToken: the next validFirebaseIDToken() tries to refresh it
+    /// whatever the clock says, and hands it out again only if that fails.
     void noteRejectedToken(const QString &idToken);
 
 Q_SIGNALS:
@@ -111,6 +111,7 @@ private:
     QFuture<StoredAuthSession> sharedRefresh(const StoredAuthSession &session);
     QCoro::Task<> runRefresh(StoredAuthSession session, RefreshPromise promise, std::stop_token token);
     QCoro::Task<StoredAuthSession> refreshFirebaseSession(StoredAuthSession previous, std::stop_token token);
+    QCoro::Task<StoredAuthSession> refreshRejected(StoredAuthSession session);
     QCoro::Task<QJsonObject> performRequest(HttpRequest request, std::stop_token token);
     bool isFresh(const StoredAuthSession &session) const;
     QDateTime expiryOf(const QString &expiresIn) const;

@@ -41,6 +41,9 @@ AutostartEntry::Application loginApplication(BrevixMacApp::Library library)
             .arguments = isLocal ? QStringList{QStringLiteral("--local")} : QStringList()};
 }
 
+/// Set while the user of the local mode is signed out, so that the next start does not sign them in unasked.
+const QString localSignedOutKey = QStringLiteral("localSignedOut");
+
 AppConfiguration localConfiguration(const QUrl &origin)
 {
     AppConfiguration configuration = AppConfiguration::fallback();
@@ -132,13 +135,33 @@ struct BrevixMacApp::Parts
             problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
             return false;
         }
+        return defaults.boolean(localSignedOutKey).value_or(false) || signInLocally();
+    }
+
+    bool signInLocally()
+    {
         const LocalCloud::Session session = localCloud->issueLocalSession();
         if (session.idToken.isEmpty()) {
             problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
             return false;
         }
-        defaults.setData(AuthService::storageKey, storedSession(session).toJson());
+        const auto json = defaults.data(AuthService::storageKey);
+        const auto former = json ? StoredAuthSession::fromJson(*json) : std::nullopt;
+        if (!former || former->uid == session.uid) // somebody else signed in on the local sign-in page stays
+            defaults.setData(AuthService::storageKey, storedSession(session).toJson());
         return true;
+    }
+
+    /// Remembers across starts whether the local user is signed in.
+    void followLocalSignIn()
+    {
+        AuthService &auth = appState->authService();
+        QObject::connect(&auth, &AuthService::currentUserChanged, &auth, [this, &auth] {
+            if (auth.currentUser())
+                defaults.remove(localSignedOutKey);
+            else
+                defaults.setBoolean(localSignedOutKey, true);
+        });
     }
 };
 
@@ -150,6 +173,7 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
             return;
         const QUrl origin = m_parts->localCloud->origin();
         m_parts->makeState(localConfiguration(origin), CloudEndpoints::local(origin));
+        m_parts->followLocalSignIn();
     } else {
         m_parts->makeState(AppConfiguration::load(),
                            CloudEndpoints::production(QProcessEnvironment::systemEnvironment()));

@@ -58,7 +58,7 @@ QCoro::Task<QList<QJsonObject>> FirestoreClient::fetchDocuments(QStringList coll
                                                                 std::stop_token token)
 {
     const HttpRequest get = request("GET", collectionSegments, firebaseIDToken, pageQuery);
-    const QByteArray body = co_await send(get, token);
+    const QByteArray body = co_await send(get, firebaseIDToken, token);
     co_return documentsIn(body);
 }
 
@@ -66,7 +66,7 @@ QCoro::Task<QJsonObject> FirestoreClient::createDocument(QStringList collectionS
                                                          QString firebaseIDToken, std::stop_token token)
 {
     const HttpRequest post = writeRequest("POST", collectionSegments, fields, firebaseIDToken);
-    const QByteArray body = co_await send(post, token);
+    const QByteArray body = co_await send(post, firebaseIDToken, token);
     co_return objectIn(body);
 }
 
@@ -74,7 +74,7 @@ QCoro::Task<> FirestoreClient::setDocument(QStringList documentSegments, Fields 
                                            QString firebaseIDToken, std::stop_token token)
 {
     const HttpRequest patch = writeRequest("PATCH", documentSegments, fields, firebaseIDToken);
-    co_await send(patch, token);
+    co_await send(patch, firebaseIDToken, token);
 }
 
 HttpRequest FirestoreClient::request(const QByteArray &method, const QStringList &segments,
@@ -99,11 +99,14 @@ HttpRequest FirestoreClient::writeRequest(const QByteArray &method, const QStrin
     return write;
 }
 
-QCoro::Task<QByteArray> FirestoreClient::send(HttpRequest request, std::stop_token token)
+QCoro::Task<QByteArray> FirestoreClient::send(HttpRequest request, QString firebaseIDToken,
+                                              std::stop_token token)
 {
     const HttpResponse response = co_await m_http.send(request, token);
     if (!response.isHttp())
         throw FirestoreRESTError(FirestoreRESTError::Kind::invalidResponse);
+    if (response.statusCode == 401 && !token.stop_requested() && onTokenRejected)
+        onTokenRejected(firebaseIDToken);
     if (!response.isSuccess())
         throw FirestoreCodec::decodeFirestoreError(response.body, response.statusCode);
     co_return response.body;

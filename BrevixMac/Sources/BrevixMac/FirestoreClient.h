@@ -9,6 +9,8 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <functional>
+
 /// Reads and writes documents of one project's default database. Main thread only. Throws FirestoreRESTError,
 /// TransportError, or CancelledError as soon as the stop token asks; nothing is tried twice.
 class FirestoreClient
@@ -31,6 +33,9 @@ public:
     QCoro::Task<> setDocument(QStringList documentSegments, Fields fields, QString firebaseIDToken,
                               std::stop_token token);
 
+    /// Told of a token that the server has not taken (401), before the error is thrown.
+    std::function<void(const QString &firebaseIDToken)> onTokenRejected;
+
 private:
     /// @p segments as a request with the user's token. Throws when no address comes out.
     HttpRequest request(const QByteArray &method, const QStringList &segments, const QString &firebaseIDToken,
@@ -38,7 +43,7 @@ private:
     HttpRequest writeRequest(const QByteArray &method, const QStringList &segments, const Fields &fields,
                              const QString &firebaseIDToken) const;
     /// The body of a successful answer.
-    QCoro::Task<QByteArray> send(HttpRequest request, std::stop_token token);
+    QCoro::Task<QByteArray> send(HttpRequest request, QString firebaseIDToken, std::stop_token token);
 
     QString m_projectID;
     CloudEndpoints m_endpoints;

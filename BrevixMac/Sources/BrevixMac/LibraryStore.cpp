@@ -27,6 +27,7 @@ LibraryStore::LibraryStore(AppConfiguration configuration, CloudEndpoints endpoi
     , m_now(std::move(now))
     , m_refreshTimer(this)
 {
+    m_firestore.onTokenRejected = [this](const QString &idToken) { m_auth.noteRejectedToken(idToken); };
     m_refreshTimer.setInterval(refreshInterval);
     connect(&m_refreshTimer, &QTimer::timeout, this, &LibraryStore::refreshNow);
 }

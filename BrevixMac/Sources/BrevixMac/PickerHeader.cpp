@@ -69,5 +69,6 @@ void PickerHeader::refresh()
     m_status->setText(statusText());
     m_signIn->setVisible(!m_appState.authService().currentUser());
     m_signIn->setEnabled(!isAuthenticating);
+    m_signIn->setLabel(isAuthenticating ? QStringLiteral("Signing In...") : QStringLiteral("Sign In"));
     m_signIn->setBusy(isAuthenticating);
 }

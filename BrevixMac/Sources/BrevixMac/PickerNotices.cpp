@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "PermissionList.h"
+#include "SignInNotice.h"
 #include "StatusCard.h"
 #include "ThemedButton.h"
 
@@ -27,6 +28,7 @@ PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     : ContentScrollArea(new QWidget, leastHeight, Theme::margin, parent)
     , m_appState(appState)
     , m_target(new StatusCard)
+    , m_signIn(new SignInNotice(appState, widget()))
     , m_authError(new StatusCard)
     , m_hotkeyWarning(new StatusCard)
     , m_tip(new StatusCard)
@@ -44,9 +46,9 @@ PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     auto *cards = new QVBoxLayout(widget());
     cards->setContentsMargins(0, 0, 0, 0);
     cards->setSpacing(cardGap);
-    for (QWidget *card : {static_cast<QWidget *>(m_authError), static_cast<QWidget *>(m_target),
-                          static_cast<QWidget *>(m_permissions), static_cast<QWidget *>(m_hotkeyWarning),
-                          static_cast<QWidget *>(m_tip)})
+    for (QWidget *card : {static_cast<QWidget *>(m_authError), static_cast<QWidget *>(m_signIn),
+                          static_cast<QWidget *>(m_target), static_cast<QWidget *>(m_permissions),
+                          static_cast<QWidget *>(m_hotkeyWarning), static_cast<QWidget *>(m_tip)})
         cards->addWidget(card);
     observe();
     refresh();

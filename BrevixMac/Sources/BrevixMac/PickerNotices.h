@@ -5,11 +5,13 @@
 
 class AppState;
 class PermissionList;
+class SignInNotice;
 class StatusCard;
 class ThemedButton;
 
-/// What the picker has to say above its search field: where text would go, missing permissions, a refused
-/// hotkey, and the tip about the hotkey. Takes the height it needs; scrolls when the panel cannot give it.
+/// What the picker has to say above its search field: a sign-in under way or failed, where text would go,
+/// missing permissions, a refused hotkey, and the tip about the hotkey. Takes the height it needs; scrolls
+/// when the panel cannot give it.
 class PickerNotices final : public ContentScrollArea
 {
     Q_OBJECT
@@ -24,6 +26,7 @@ public:
     StatusCard &targetCard() const { return *m_target; }
     StatusCard &hotkeyWarning() const { return *m_hotkeyWarning; }
     StatusCard &authErrorCard() const { return *m_authError; }
+    SignInNotice &signInNotice() const { return *m_signIn; }
     StatusCard &tipCard() const { return *m_tip; }
     ThemedButton &hideTipButton() const { return *m_hideTip; }
     PermissionList &permissionList() const { return *m_permissions; }
@@ -36,6 +39,7 @@ private:
 
     AppState &m_appState;
     StatusCard *m_target;
+    SignInNotice *m_signIn;
     StatusCard *m_authError;
     StatusCard *m_hotkeyWarning;
     StatusCard *m_tip;

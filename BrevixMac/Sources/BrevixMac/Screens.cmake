@@ -30,6 +30,7 @@ add_library(BrevixMac STATIC
     PickerHeader.cpp PickerHeader.h
     PickerNotices.cpp PickerNotices.h
     PermissionList.cpp PermissionList.h
+    SignInNotice.cpp SignInNotice.h
     PickerList.cpp PickerList.h
     PickerListModel.cpp PickerListModel.h
     PickerRowDelegate.cpp PickerRowDelegate.h

@@ -1,88 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AuthService.h"
-
-#include "FaultyServer.h"
-#include "Samples.h"
-
-#include "Foundation/UserDefaults.h"
-#include "Support/InMemoryDesktop.h"
-#include "Support/Waiting.h"
+#include "AuthServiceFixture.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-AppConfiguration configured()
-{
-    AppConfiguration configuration = AppConfiguration::fallback();
-    configuration.firebase.apiKey = u"key 1"_s;
-    configuration.firebase.googleAppID = u"app"_s;
-    configuration.firebase.clientID = u"client"_s;
-    configuration.firebase.reversedClientID = u"tneilc"_s;
-    return configuration;
-}
-
 const QByteArray refreshed =
     R"({"expires_in":"60","refresh_token":"r2","id_token":"i2","user_id":"u","extra":1})";
 
-/// The token, or the text of the error. Catches here, because awaiting a task that throws never ends.
-QCoro::Task<QString> askForToken(AuthService &service)
-{
-    QString failure;
-    try {
-        const QString token = co_await service.validFirebaseIDToken();
-        co_return token;
-    } catch (const std::exception &error) {
-        failure = u"error: "_s + QString::fromUtf8(error.what());
-    }
-    co_return failure;
-}
-
-class AuthServiceTest : public testing::Test
-{
-protected:
-    StoredAuthSession session(int secondsLeft) const
-    {
-        return {.uid = u"u"_s,
-                .email = u"a@b.example"_s,
-                .displayName = u"Ada"_s,
-                .photoURLString = u"https://b.example/a.png"_s,
-                .firebaseIDToken = u"i1"_s,
-                .refreshToken = u"r&1"_s,
-                .expiresAt = now.addSecs(secondsLeft)};
-    }
-
-    void store(const StoredAuthSession &session)
-    {
-        defaults.setData(AuthService::storageKey, session.toJson());
-    }
-
-    std::optional<StoredAuthSession> stored() const
-    {
-        return StoredAuthSession::fromJson(defaults.data(AuthService::storageKey).value_or(QByteArray()));
-    }
-
-    std::unique_ptr<AuthService> makeService(const AppConfiguration &configuration = configured())
-    {
-        return std::make_unique<AuthService>(configuration, CloudEndpoints::local(server.origin()), http,
-                                             defaults, browser, [this] { return now; });
-    }
-
-    static QString tokenOrError(AuthService &service) { return await(askForToken(service)); }
-
-    QTemporaryDir folder;
-    UserDefaults defaults{folder.filePath(u"preferences.plist"_s)};
-    HttpClient http;
-    FaultyServer server;
-    InMemoryWebAuthenticationSession browser;
-    QDateTime now = utc(9);
-};
+using AuthServiceTest = AuthServiceFixture;
 
 } // namespace
 
@@ -368,7 +297,6 @@ TEST_F(AuthServiceTest, signInWithoutABrowserSessionEndsInItsMessage)
 TEST_F(AuthServiceTest, anUnusableEndpointSaysSo)
 {
     store(session(0));
-    AuthService service(configured(), CloudEndpoints::local(QUrl()), http, defaults, browser,
-                        [this] { return now; });
-    EXPECT_EQ(tokenOrError(service), u"error: Brevix couldn't refresh the Firebase session."_s);
+    const auto service = makeServiceAt(CloudEndpoints::local(QUrl()));
+    EXPECT_EQ(tokenOrError(*service), u"error: Brevix couldn't refresh the Firebase session."_s);
 }

@@ -14,8 +14,8 @@
 #include <memory>
 #include <optional>
 
-/// A cloud on loopback that can misbehave: it answers late, half, wrongly or never. Replies are chosen by the
-/// last piece of the request's path and may be changed between requests.
+/// A cloud on loopback that can misbehave: it answers late, half, wrongly, hugely or never. Replies are
+/// chosen by the request's path, else by its last piece, and may be changed between requests.
 class FaultyServer
 {
 public:
@@ -24,7 +24,8 @@ public:
         int status = 200;
         QByteArray body = "{}";
         std::chrono::milliseconds delay{0};
-        enum class Fault { none, stall, truncate, close, garbage } fault = Fault::none;
+        enum class Fault { none, stall, truncate, close, garbage, huge } fault = Fault::none;
+        QByteArray headers = {}; ///< further header lines, each with its line break
     };
 
     struct Request
@@ -34,11 +35,8 @@ public:
         QByteArray head;   ///< headers
         QByteArray body;
 
-        QByteArray lastPiece() const
-        {
-            const QByteArray path = target.split('?').first();
-            return path.mid(path.lastIndexOf('/') + 1);
-        }
+        QByteArray path() const { return target.split('?').first(); }
+        QByteArray lastPiece() const { return path().mid(path().lastIndexOf('/') + 1); }
     };
 
     FaultyServer()
@@ -52,8 +50,12 @@ public:
 
     QUrl origin() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
 
-    /// What requests whose path ends in @p lastPiece get from now on. Without one they get an empty object.
-    void reply(const QByteArray &lastPiece, const Reply &reply) { m_replies.insert(lastPiece, reply); }
+    /// What requests whose path is, or ends in, @p path get from now on. Without one they get an empty
+    /// object.
+    void reply(const QByteArray &path, const Reply &reply) { m_replies.insert(path, reply); }
+
+    /// What the next such request gets in place of that.
+    void replyOnce(const QByteArray &path, const Reply &reply) { m_repliesOnce.insert(path, reply); }
 
     const QList<Request> &requests() const { return m_requests; }
 
@@ -72,10 +74,19 @@ private:
             received->append(socket->readAll());
             if (const auto request = takeRequest(*received)) {
                 m_requests.append(*request);
-                const Reply reply = m_replies.value(request->lastPiece());
+                const Reply reply = replyTo(*request);
                 QTimer::singleShot(reply.delay, socket, [socket, reply] { send(socket, reply); });
             }
         });
+    }
+
+    Reply replyTo(const Request &request)
+    {
+        for (const QByteArray &key : {request.path(), request.lastPiece()}) {
+            if (m_repliesOnce.contains(key))
+                return m_repliesOnce.take(key);
+        }
+        return m_replies.value(request.path(), m_replies.value(request.lastPiece()));
     }
 
     static std::optional<Request> takeRequest(QByteArray &bytes)
@@ -115,10 +126,12 @@ private:
             return socket->disconnectFromHost();
         case Fault::none:
         case Fault::truncate:
+        case Fault::huge:
             break;
         }
-        socket->write("HTTP/1.1 " + QByteArray::number(reply.status) +
-                      " Reply\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n");
+        const qsizetype size = reply.fault == Fault::huge ? qsizetype(1) << 40 : reply.body.size();
+        socket->write("HTTP/1.1 " + QByteArray::number(reply.status) + " Reply\r\n" + reply.headers +
+                      "Content-Length: " + QByteArray::number(size) + "\r\n\r\n");
         if (reply.fault == Fault::truncate) {
             socket->write(reply.body.first(reply.body.size() / 2));
             return socket->disconnectFromHost();
@@ -128,5 +141,6 @@ private:
 
     QTcpServer m_server;
     QHash<QByteArray, Reply> m_replies;
+    QHash<QByteArray, Reply> m_repliesOnce;
     QList<Request> m_requests;
 };

@@ -282,6 +282,23 @@ TEST_F(LibraryStoreTest, everyFailureIsNamedAndLeavesTheShownLibraryAlone)
     EXPECT_TRUE(waitUntil([&] { return store->syncState() == SyncState::synced(now); }));
 }
 
+TEST_F(LibraryStoreTest, aTokenThatExpiresInTheMiddleOfASyncIsRefreshedForTheNext)
+{
+    bindAndSettle();
+    const QList<PromptItem> prompts = store->prompts();
+    server.replyOnce("prompts", {401, R"({"error":{"message":"UNAUTHENTICATED"}})"});
+    server.reply("token", {.body = R"({"expires_in":"3600","refresh_token":"r2","id_token":"newer",)"
+                                   R"("user_id":"user 1"})"});
+    fireTimer();
+    ASSERT_TRUE(waitUntil([&] { return store->syncState() == SyncState::error(u"UNAUTHENTICATED"_s); }));
+    EXPECT_EQ(store->prompts(), prompts);
+    EXPECT_EQ(server.count("token"), 0);
+    fireTimer();
+    ASSERT_TRUE(waitUntil([&] { return store->syncState() == SyncState::synced(now); }));
+    EXPECT_EQ(server.count("token"), 1);
+    EXPECT_TRUE(server.requests().last().head.contains("\r\nAuthorization: Bearer newer"));
+}
+
 TEST_F(LibraryStoreTest, aTokenThatCannotBeHadIsNamed)
 {
     auth.signOut();
