@@ -81,9 +81,7 @@ void BrowserAuthenticationSession::end(const Result &result)
 
 void BrowserAuthenticationSession::onTimeLimit()
 {
-    const auto minutes = std::chrono::ceil<std::chrono::minutes>(m_options.timeLimit).count();
     end({.error = WebAuthenticationError(
              WebAuthenticationError::Code::timedOut,
-             QStringLiteral("Google sign-in was not finished within %1 minutes. Please try again.")
-                 .arg(minutes))});
+             QStringLiteral("Google sign-in was not finished in time. Please try again."))});
 }

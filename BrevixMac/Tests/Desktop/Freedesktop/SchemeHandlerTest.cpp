@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Desktop/Freedesktop/SchemeHandler.h"
+
+#include "Support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString scheme = u"com.example.apps.12-ab"_s;
+const QByteArray type = "x-scheme-handler/com.example.apps.12-ab";
+const QByteArray entry = "app.brevix.Brevix.open-com.example.apps.12-ab.desktop";
+
+class SchemeHandlerTest : public testing::Test
+{
+protected:
+    QByteArray read(const QString &path) const
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void write(const QString &path, const QByteArray &content) const
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    QTemporaryDir folder;
+    SchemeHandler::Folders folders{folder.filePath(u"data/applications"_s), folder.filePath(u"config"_s)};
+    QString entryPath = folders.applications + u'/' + QString::fromLatin1(entry);
+    QString mimeApps = folders.configuration + u"/mimeapps.list"_s;
+};
+
+} // namespace
+
+TEST_F(SchemeHandlerTest, onlySchemesInReverseDomainFormMayBeClaimed)
+{
+    for (const QString &good : {u"com.googleusercontent.apps.1-a"_s, u"app.brevix.local"_s, u"A.b"_s})
+        EXPECT_TRUE(SchemeHandler::isPrivateScheme(good)) << good.toStdString();
+    for (const QString &bad : {u""_s, u"https"_s, u"mailto"_s, u"a"_s, u"1a.b"_s, u"a.b c"_s, u"a..b"_s,
+                               u"a."_s, u"a.b\n"_s, u"a.b;c"_s, u"a.b/c"_s, u"é.b"_s, u"REPLACE_WITH.x"_s}) {
+        EXPECT_FALSE(SchemeHandler::isPrivateScheme(bad)) << bad.toStdString();
+        expectWarning(u"is not one that an application may claim"_s);
+        EXPECT_FALSE(SchemeHandler::registerScheme(bad, u"/usr/bin/brevix"_s, folders));
+    }
+    EXPECT_FALSE(QDir(folders.applications).exists());
+}
+
+TEST_F(SchemeHandlerTest, registersAHiddenEntryAndMakesItTheDefault)
+{
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/opt/brevix/bin/brevix"_s, folders));
+    const QByteArray content = read(entryPath);
+    EXPECT_TRUE(content.startsWith("[Desktop Entry]\nType=Application\nName=Brevix\n"));
+    EXPECT_TRUE(content.contains("\nNoDisplay=true\n"));
+    EXPECT_TRUE(content.contains("\nExec=/opt/brevix/bin/brevix open-url %u\n"));
+    EXPECT_TRUE(content.endsWith("\nMimeType=" + type + ";\n"));
+    EXPECT_EQ(read(mimeApps), "[Default Applications]\n" + type + '=' + entry + ";\n");
+}
+
+TEST_F(SchemeHandlerTest, registeringAgainFollowsTheProgramAndRepeatsNothing)
+{
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/old/brevix"_s, folders));
+    const QByteArray before = read(mimeApps);
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/new/brevix"_s, folders));
+    EXPECT_TRUE(read(entryPath).contains("Exec=/new/brevix open-url %u\n"));
+    EXPECT_EQ(read(mimeApps), before);
+    EXPECT_EQ(QDir(folders.applications).entryList(QDir::Files).size(), 1);
+}
+
+TEST_F(SchemeHandlerTest, aSecondSchemeDoesNotTakeTheFirstOneAway)
+{
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
+    ASSERT_TRUE(SchemeHandler::registerScheme(u"app.brevix.local"_s, u"/usr/bin/brevix"_s, folders));
+    EXPECT_TRUE(QFile::exists(entryPath));
+    EXPECT_TRUE(read(mimeApps).contains(type + '='));
+    EXPECT_TRUE(read(mimeApps).contains("x-scheme-handler/app.brevix.local="));
+}
+
+TEST_F(SchemeHandlerTest, whatOthersHavePutIntoTheListStays)
+{
+    using SchemeHandler::withDefault;
+    const QByteArray line = type + '=' + entry + ';';
+    const std::pair<QByteArray, QByteArray> rows[] = {
+        {"", "[Default Applications]\n" + line + '\n'},
+        {"\n", "[Default Applications]\n" + line + '\n'},
+        {"# mine\n[Added Associations]\ntext/plain=a.desktop;\n",
+         "# mine\n[Added Associations]\ntext/plain=a.desktop;\n\n[Default Applications]\n" + line + '\n'},
+        {"[Default Applications]\ntext/html=b.desktop\n\n[Added Associations]\ntext/plain=a.desktop;\n",
+         "[Default Applications]\ntext/html=b.desktop\n" + line +
+             "\n\n[Added Associations]\ntext/plain=a.desktop;\n"},
+        {"[Default Applications]", "[Default Applications]\n" + line + '\n'},
+        // The same key in another group is another matter.
+        {"[Removed Associations]\n" + type + "=c.desktop;\n[Default Applications]\n",
+         "[Removed Associations]\n" + type + "=c.desktop;\n[Default Applications]\n" + line + '\n'},
+        // Somebody else's claim stays behind ours.
+        {"[Default Applications]\n" + type + "=other.desktop\n",
+         "[Default Applications]\n" + line + "other.desktop;\n"},
+        {"[Default Applications]\n" + type + " = other.desktop;" + entry + "; ;\n",
+         "[Default Applications]\n" + type + " =" + entry + ";other.desktop;\n"},
+        {"[Default Applications]\n" + line + "\n", "[Default Applications]\n" + line + '\n'},
+        {"[Default Applications]\r\ntext/html=b\r\n",
+         "[Default Applications]\r\ntext/html=b\r\n" + line + "\r\n"},
+        {"[Default Applications]\n#" + line + "\n", "[Default Applications]\n" + line + "\n#" + line + '\n'},
+    };
+    for (const auto &[before, after] : rows) {
+        EXPECT_EQ(withDefault(before, type, entry), after) << before.toStdString();
+        EXPECT_EQ(withDefault(after, type, entry), after) << "twice is once:\n" << before.toStdString();
+    }
+}
+
+TEST_F(SchemeHandlerTest, aListThatIsALinkStaysOne)
+{
+    ASSERT_TRUE(QDir().mkpath(folders.configuration));
+    const QString target = folder.filePath(u"dotfiles-mimeapps.list"_s);
+    write(target, "[Default Applications]\ntext/html=b.desktop\n");
+    ASSERT_TRUE(QFile::link(target, mimeApps));
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
+    EXPECT_TRUE(QFileInfo(mimeApps).isSymLink());
+    EXPECT_TRUE(read(target).contains(type));
+    EXPECT_TRUE(read(target).contains("text/html=b.desktop\n"));
+}
+
+TEST_F(SchemeHandlerTest, programsWithOddNamesAreQuoted)
+{
+    const auto exec = [](const QString &program) {
+        const QByteArray content = SchemeHandler::entryContent(scheme, program);
+        const qsizetype at = content.indexOf("Exec=") + 5;
+        return content.mid(at, content.indexOf('\n', at) - at);
+    };
+    EXPECT_EQ(exec(u"/usr/bin/brevix"_s), "/usr/bin/brevix open-url %u");
+    EXPECT_EQ(exec(u"/my apps/brevix"_s), "\"/my apps/brevix\" open-url %u");
+    EXPECT_EQ(exec(u"/100%/brevix"_s), "\"/100%%/brevix\" open-url %u");
+    EXPECT_EQ(exec(u"/a\"b$c`d\\e/brevix"_s), R"("/a\\"b\\$c\\`d\\\\e/brevix" open-url %u)");
+}
+
+TEST_F(SchemeHandlerTest, anEntryThatCannotBeWrittenIsToldAndOneThatIsOnlyNoDefaultIsNot)
+{
+    write(folder.filePath(u"data"_s), "a file where a folder should be");
+    expectWarning(u"cannot write"_s);
+    EXPECT_FALSE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
+
+    const SchemeHandler::Folders onlyApplications{folder.filePath(u"other"_s), folder.filePath(u"data"_s)};
+    EXPECT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, onlyApplications));
+}
