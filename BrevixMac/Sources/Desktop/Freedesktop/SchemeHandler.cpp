@@ -26,9 +26,10 @@ bool replaceFile(const QString &path, const QByteArray &content)
 {
     if (QFile::exists(path) && contentOf(path) == content)
         return true;
+    QDir().mkpath(QFileInfo(path).path()); // opening says what was wrong
     QSaveFile file(path);
-    const bool isWritten = QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-                           file.write(content) == content.size() && file.commit();
+    const bool isWritten =
+        file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
     if (!isWritten)
         qCWarning(log).noquote() << "cannot write" << path + u':' << file.errorString();
     return isWritten;
@@ -128,7 +129,7 @@ QByteArray entryContent(const QString &scheme, const QString &program)
 QByteArray withDefault(const QByteArray &mimeApps, const QByteArray &type, const QByteArray &entry)
 {
     QList<QByteArray> lines = mimeApps.split('\n');
-    if (lines.last().trimmed().isEmpty())
+    while (!lines.isEmpty() && lines.last().trimmed().isEmpty())
         lines.removeLast();
     qsizetype insertAt = -1;
     bool isInDefaults = false;
@@ -159,7 +160,7 @@ QByteArray withDefault(const QByteArray &mimeApps, const QByteArray &type, const
 bool registerScheme(const QString &scheme, const QString &program, const Folders &folders)
 {
     if (!isPrivateScheme(scheme)) {
-        qCWarning(log).noquote() << "the scheme" << scheme << "is not one that an application may claim";
+        qCWarning(log) << "the scheme" << scheme << "is not one that an application may claim";
         return false;
     }
     const QString fileName = entryFileName(scheme);

@@ -61,7 +61,7 @@ TEST_F(SchemeHandlerTest, registersAHiddenEntryAndMakesItTheDefault)
     EXPECT_TRUE(content.startsWith("[Desktop Entry]\nType=Application\nName=Brevix\n"));
     EXPECT_TRUE(content.contains("\nNoDisplay=true\n"));
     EXPECT_TRUE(content.contains("\nExec=/opt/brevix/bin/brevix open-url %u\n"));
-    EXPECT_TRUE(content.endsWith("\nMimeType=" + type + ";\n"));
+    EXPECT_TRUE(content.endsWith(QByteArray("\nMimeType=" + type + ";\n")));
     EXPECT_EQ(read(mimeApps), "[Default Applications]\n" + type + '=' + entry + ";\n");
 }
 
@@ -80,7 +80,7 @@ TEST_F(SchemeHandlerTest, aSecondSchemeDoesNotTakeTheFirstOneAway)
     ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
     ASSERT_TRUE(SchemeHandler::registerScheme(u"app.brevix.local"_s, u"/usr/bin/brevix"_s, folders));
     EXPECT_TRUE(QFile::exists(entryPath));
-    EXPECT_TRUE(read(mimeApps).contains(type + '='));
+    EXPECT_TRUE(read(mimeApps).contains(QByteArray(type + '=')));
     EXPECT_TRUE(read(mimeApps).contains("x-scheme-handler/app.brevix.local="));
 }
 
