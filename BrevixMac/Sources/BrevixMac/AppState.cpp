@@ -174,11 +174,23 @@ void AppState::handleHotkey()
 
 void AppState::handlePaletteInvocation(bool allowCachedTarget)
 {
+    const auto present = [this] {
+        setPalettePresented(true);
+        if (presentPaletteAction)
+            presentPaletteAction();
+    };
     m_invocationTasks.restart();
-    detach(invokePalette(allowCachedTarget, m_invocationTasks.token()), "opening the picker");
+    detach(invokePalette(allowCachedTarget, present, m_invocationTasks.token()), "opening the picker");
 }
 
-QCoro::Task<> AppState::invokePalette(bool allowCachedTarget, std::stop_token token)
+void AppState::handleWindowInvocation(std::function<void()> present)
+{
+    m_invocationTasks.restart();
+    detach(invokePalette(true, std::move(present), m_invocationTasks.token()), "opening a window");
+}
+
+QCoro::Task<> AppState::invokePalette(bool allowCachedTarget, std::function<void()> present,
+                                      std::stop_token token)
 {
     if (allowCachedTarget)
         rememberFrontmostExternalApplication();
@@ -190,9 +202,7 @@ QCoro::Task<> AppState::invokePalette(bool allowCachedTarget, std::stop_token to
     setQuery(QString());
     closeVariableForm();
     clearOutcome();
-    setPalettePresented(true);
-    if (presentPaletteAction)
-        presentPaletteAction();
+    present();
 }
 
 QCoro::Task<FocusedTargetPtr> AppState::resolvedInsertionTarget(bool allowCachedTarget, std::stop_token token)
@@ -408,6 +418,7 @@ void AppState::dismissPalette()
     setPalettePresented(false);
     if (dismissPaletteAction)
         dismissPaletteAction();
+    Q_EMIT insertionFinished();
 }
 
 void AppState::ensurePromptSelection()

@@ -136,6 +136,9 @@ public:
     void handlePaletteInvocation(bool allowCachedTarget);
     /// What the hotkey runs: the same with the search field focused.
     void handleHotkey();
+    /// The same for another window that inserts: captures the target and resets, then calls @p present in
+    /// place of showing the picker.
+    void handleWindowInvocation(std::function<void()> present);
 
     // Actions on prompts and skills.
     void beginAction(const PromptItem &prompt, PendingVariableAction action);
@@ -218,6 +221,8 @@ Q_SIGNALS:
     void shortcutProblemChanged();
     void palettePresentedChanged();
     void isInsertingChanged();
+    /// An insertion has succeeded: whatever window it was started in is done.
+    void insertionFinished();
     /// The library, the recents or their order have changed: lists must be read again.
     void libraryChanged();
 
@@ -226,7 +231,7 @@ private:
     void bootstrap();
     void registerHotkey(const KeyboardShortcut &shortcut);
 
-    QCoro::Task<> invokePalette(bool allowCachedTarget, std::stop_token token);
+    QCoro::Task<> invokePalette(bool allowCachedTarget, std::function<void()> present, std::stop_token token);
     QCoro::Task<FocusedTargetPtr> resolvedInsertionTarget(bool allowCachedTarget, std::stop_token token);
     QCoro::Task<FocusedTargetPtr> targetFromLastExternalApplication(std::stop_token token);
     FocusedTargetPtr freshLastExternalFocusedTarget() const;

@@ -2,11 +2,14 @@
 #include "AppWindows.h"
 
 #include "AppState.h"
+#include "FloatingPanelController.h"
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 
 #include "Desktop/Workspace.h"
+
+#include <QPointer>
 
 AppWindows::AppWindows(AppState &appState, Workspace &workspace, MenuBarController &menuBar)
     : m_appState(appState)
@@ -34,6 +37,38 @@ void AppWindows::showSettings()
 {
 }
 
+FloatingPanelController &AppWindows::makePalette()
+{
+    if (!m_palette) {
+        m_palette = std::make_unique<FloatingPanelController>(m_appState, m_workspace);
+        connect(m_palette.get(), &FloatingPanelController::browseLibraryRequested, this,
+                &AppWindows::browseLibrary);
+    }
+    return *m_palette;
+}
+
 void AppWindows::showPalette()
 {
+    FloatingPanelController &palette = makePalette();
+    if (palette.isVisible()) {
+        palette.show();
+        return;
+    }
+    if (m_menuBar.isPickerVisible()) {
+        // The picker has the target already, and by now the focus is in the picker.
+        m_menuBar.closePicker();
+        palette.show();
+        return;
+    }
+    m_appState.handleWindowInvocation([self = QPointer<AppWindows>(this)] {
+        if (self)
+            self->makePalette().show();
+    });
+}
+
+void AppWindows::browseLibrary()
+{
+    m_palette->hide();
+    m_menuBar.panel()->view().setRoute(PickerPanelRoute::library);
+    m_appState.handleHotkey();
 }

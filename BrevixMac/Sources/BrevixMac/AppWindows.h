@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
+
+#include <memory>
 
 class AppState;
+class FloatingPanelController;
 class MenuBarController;
 class Workspace;
 
@@ -22,10 +24,18 @@ public:
     void showSkillEditor();
     void showPromptEditor();
     void showSettings();
+    /// Captures the field the user is in first, unless the picker has just done so.
     void showPalette();
 
+    /// Null before its first use.
+    FloatingPanelController *palette() const { return m_palette.get(); }
+
 private:
+    FloatingPanelController &makePalette();
+    void browseLibrary();
+
     AppState &m_appState;
     Workspace &m_workspace;
     MenuBarController &m_menuBar;
+    std::unique_ptr<FloatingPanelController> m_palette;
 };

@@ -190,6 +190,8 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
                      &AppDelegate::quit);
     QObject::connect(&instance, &InstanceService::toggleRequested, parts.menuBar.get(),
                      &MenuBarController::togglePickerWithFocus);
+    QObject::connect(&instance, &InstanceService::paletteRequested, parts.windows.get(),
+                     &AppWindows::showPalette);
     QObject::connect(&instance, &InstanceService::showRequested, parts.appState.get(),
                      &AppState::handleHotkey);
     QObject::connect(&instance, &InstanceService::openRequested, &parts.desktop.webAuthenticationSession(),

@@ -32,10 +32,12 @@ public:
 public Q_SLOTS:
     // Reached over D-Bus by these names.
     void Toggle() { Q_EMIT toggleRequested(); }
+    void Palette() { Q_EMIT paletteRequested(); }
     void Show() { Q_EMIT showRequested(); }
 
 Q_SIGNALS:
     void toggleRequested();
+    void paletteRequested();
     void showRequested();
     /// The desktop asks to open @p address, from whomever it comes.
     void openRequested(const QString &address);

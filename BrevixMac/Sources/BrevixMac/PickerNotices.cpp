@@ -29,6 +29,7 @@ PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     , m_appState(appState)
     , m_target(new StatusCard)
     , m_signIn(new SignInNotice(appState, widget()))
+    , m_configuration(new StatusCard)
     , m_authError(new StatusCard)
     , m_hotkeyWarning(new StatusCard)
     , m_tip(new StatusCard)
@@ -46,9 +47,10 @@ PickerNotices::PickerNotices(AppState &appState, QWidget *parent)
     auto *cards = new QVBoxLayout(widget());
     cards->setContentsMargins(0, 0, 0, 0);
     cards->setSpacing(cardGap);
-    for (QWidget *card : {static_cast<QWidget *>(m_authError), static_cast<QWidget *>(m_signIn),
-                          static_cast<QWidget *>(m_target), static_cast<QWidget *>(m_permissions),
-                          static_cast<QWidget *>(m_hotkeyWarning), static_cast<QWidget *>(m_tip)})
+    for (QWidget *card : {static_cast<QWidget *>(m_configuration), static_cast<QWidget *>(m_authError),
+                          static_cast<QWidget *>(m_signIn), static_cast<QWidget *>(m_target),
+                          static_cast<QWidget *>(m_permissions), static_cast<QWidget *>(m_hotkeyWarning),
+                          static_cast<QWidget *>(m_tip)})
         cards->addWidget(card);
     observe();
     refresh();
@@ -67,6 +69,7 @@ void PickerNotices::observe()
             &PickerNotices::refreshHotkey);
     connect(&m_appState.hotkeyService(), &HotkeyService::registrationChanged, this,
             &PickerNotices::refreshHotkey);
+    connect(&m_appState, &AppState::configurationIssueChanged, this, &PickerNotices::refreshConfiguration);
     connect(&m_appState.authService(), &AuthService::authErrorMessageChanged, this,
             &PickerNotices::refreshAccount);
 }
@@ -76,6 +79,16 @@ void PickerNotices::refresh()
     refreshTarget();
     refreshHotkey();
     refreshAccount();
+    refreshConfiguration();
+}
+
+void PickerNotices::refreshConfiguration()
+{
+    const auto &issue = m_appState.configurationIssue();
+    m_configuration->setVisible(issue.has_value());
+    if (issue)
+        m_configuration->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"), {},
+                                  *issue);
 }
 
 void PickerNotices::refreshTarget()

@@ -25,6 +25,7 @@ public:
 
     StatusCard &targetCard() const { return *m_target; }
     StatusCard &hotkeyWarning() const { return *m_hotkeyWarning; }
+    StatusCard &configurationCard() const { return *m_configuration; }
     StatusCard &authErrorCard() const { return *m_authError; }
     SignInNotice &signInNotice() const { return *m_signIn; }
     StatusCard &tipCard() const { return *m_tip; }
@@ -36,10 +37,12 @@ private:
     void refreshTarget();
     void refreshHotkey();
     void refreshAccount();
+    void refreshConfiguration();
 
     AppState &m_appState;
     StatusCard *m_target;
     SignInNotice *m_signIn;
+    StatusCard *m_configuration;
     StatusCard *m_authError;
     StatusCard *m_hotkeyWarning;
     StatusCard *m_tip;

@@ -19,7 +19,9 @@ constexpr int rightPadding = 6;
 PickerRowActions::PickerRowActions(Wording wording, QWidget *parent)
     : QWidget(parent)
     , m_wording(wording)
-    , m_insert(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Insert"), this))
+    , m_insert(new ThemedButton(wording == Wording::quiet ? ThemedButton::Kind::plain
+                                                          : ThemedButton::Kind::primary,
+                                QStringLiteral("Insert"), this))
     , m_copy(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Copy"), this))
     , m_share(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Share"), this))
 {
@@ -49,9 +51,9 @@ void PickerRowActions::describe(const PickerResult &result, const Circumstances 
 void PickerRowActions::describeInsert(bool isSkill, const Circumstances &circumstances)
 {
     const PickerTargetStatus &target = circumstances.target;
-    m_insert->setLabel(m_wording == Wording::plain ? QStringLiteral("Insert")
-                       : isSkill                   ? QStringLiteral("Insert Skill")
-                                                   : QStringLiteral("Insert Prompt"));
+    m_insert->setLabel(m_wording != Wording::namesTheKind ? QStringLiteral("Insert")
+                       : isSkill                          ? QStringLiteral("Insert Skill")
+                                                          : QStringLiteral("Insert Prompt"));
     m_insert->setEnabled(target.ready && !circumstances.isInserting);
     m_insert->setBusy(circumstances.isInserting);
     m_insert->setToolTip(target.ready ? QString(u"Insert into " + target.appName) : target.title);
@@ -81,7 +83,7 @@ int PickerRowActions::fit(int rowWidth)
     constexpr std::array<std::pair<Face, Face>, 3> choices{
         {{Face::full, Face::full}, {Face::full, Face::symbolOnly}, {Face::symbolOnly, Face::symbolOnly}}};
     const Theme &theme = Theme::shared();
-    const int titleWidth = m_wording == Wording::plain ? leastPlainTitleWidth : leastTitleWidth;
+    const int titleWidth = m_wording != Wording::namesTheKind ? leastPlainTitleWidth : leastTitleWidth;
     const int room = rowWidth - PickerRowDelegate::textLeft() - theme.scaled(titleWidth);
     int width = 0;
     for (const auto &[insertFace, copyFace] : choices) {

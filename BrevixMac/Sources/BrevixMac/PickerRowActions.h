@@ -14,8 +14,9 @@ class PickerRowActions final : public QWidget
     Q_OBJECT
 
 public:
-    /// Whether the labels name the kind of item: "Insert Prompt", or only "Insert".
-    enum class Wording { namesTheKind, plain };
+    /// Whether the labels name the kind of item: "Insert Prompt", or only "Insert". The quiet ones have no
+    /// filled button, because the screen has its own.
+    enum class Wording { namesTheKind, plain, quiet };
 
     explicit PickerRowActions(Wording wording, QWidget *parent = nullptr);
 

@@ -93,6 +93,9 @@ void PickerSearchPage::addPlusMenu()
     m_menuNewPrompt = addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
     m_menuNewSkill = addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
     m_plusMenu->addNote(ScreenTexts::notAvailableYet());
+    const ThemedButton &palette =
+        m_plusMenu->addEntry(QStringLiteral("Open Palette"), QStringLiteral("rectangle.split.3x1"));
+    connect(&palette, &QPushButton::clicked, this, &PickerSearchPage::paletteRequested);
     connect(&m_footer->plusButton(), &QPushButton::clicked, this, [this] {
         const ThemedButton &plus = m_footer->plusButton();
         m_plusMenu->openAbove(plus.mapTo(this, QPoint(0, 0)));
@@ -152,19 +155,18 @@ void PickerSearchPage::observe()
     connect(&m_sharing, &ShareRequests::changed, this, &PickerSearchPage::refreshActions);
 
     connect(&m_appState, &AppState::queryChanged, this, [this] {
-        if (m_search->text() != m_appState.query())
-            m_search->setText(m_appState.query());
+        // While another screen is shown, the query and the selection are that screen's.
+        if (!isVisible())
+            return;
         m_result->clearHint();
-        // Another query is another list: its best match is what Return should take.
-        {
-            const QScopedValueRollback adopting(m_isAdoptingSelection, true);
-            m_appState.setSelectedSkillID(std::nullopt);
-            m_appState.setSelectedPromptID(std::nullopt);
-        }
+        adoptQuery();
         refreshList();
     });
-    connect(&m_appState, &AppState::libraryChanged, this, &PickerSearchPage::refreshList);
-    connect(&m_appState, &AppState::selectionChanged, this, &PickerSearchPage::adoptSelection);
+    connect(&m_appState, &AppState::libraryChanged, this, [this] {
+        if (isVisible())
+            refreshList();
+    });
+    connect(&m_appState, &AppState::selectionChanged, this, &PickerSearchPage::onSelectionChanged);
     connect(&m_appState, &AppState::focusedTargetChanged, this, &PickerSearchPage::refreshActions);
     connect(&m_appState, &AppState::isInsertingChanged, this, &PickerSearchPage::refreshActions);
     connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this,
@@ -176,10 +178,20 @@ void PickerSearchPage::observe()
             &PickerSearchPage::refreshActions);
 }
 
-void PickerSearchPage::refresh()
+void PickerSearchPage::adoptQuery()
 {
     if (m_search->text() != m_appState.query())
         m_search->setText(m_appState.query());
+    // Another query is another list: its best match is what Return should take.
+    const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+    m_appState.setSelectedSkillID(std::nullopt);
+    m_appState.setSelectedPromptID(std::nullopt);
+}
+
+void PickerSearchPage::refresh()
+{
+    if (m_search->text() != m_appState.query())
+        adoptQuery();
     m_notices->refresh();
     m_header->refresh();
     m_result->refresh();
@@ -195,6 +207,12 @@ void PickerSearchPage::refreshList()
     }
     adoptSelection();
     showListOrEmptyState();
+}
+
+void PickerSearchPage::onSelectionChanged()
+{
+    if (isVisible())
+        adoptSelection();
 }
 
 void PickerSearchPage::adoptSelection()

@@ -63,6 +63,8 @@ private:
     void refreshList();
     void refreshActions();
     void showListOrEmptyState();
+    void adoptQuery();
+    void onSelectionChanged();
     void adoptSelection();
     void publishSelection();
     void insertSelected();

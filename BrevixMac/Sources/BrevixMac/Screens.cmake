@@ -8,6 +8,7 @@ add_library(BrevixMac STATIC
     ThemePainting.cpp ThemePainting.h
     ScreenTexts.h
     # Controls
+    ButtonBar.cpp ButtonBar.h
     BrandGlyph.cpp BrandGlyph.h
     ContentScrollArea.cpp ContentScrollArea.h
     HintBubble.cpp HintBubble.h
@@ -22,6 +23,13 @@ add_library(BrevixMac STATIC
     ThinScrollBar.cpp ThinScrollBar.h
     # Windows
     AppWindows.cpp AppWindows.h
+    RoundedPanel.cpp RoundedPanel.h
+    # Palette
+    FloatingPanelController.cpp FloatingPanelController.h
+    PromptPalettePanel.cpp PromptPalettePanel.h
+    PromptPaletteView.cpp PromptPaletteView.h
+    PromptPreview.cpp PromptPreview.h
+    PromptRowView.cpp PromptRowView.h
     # Picker
     MenuBarController.cpp MenuBarController.h
     MenuBarPickerPanel.cpp MenuBarPickerPanel.h
@@ -44,6 +52,7 @@ add_library(BrevixMac STATIC
     LibraryPage.cpp LibraryPage.h
     # Variable forms
     CompactVariableForm.cpp CompactVariableForm.h
+    PreviewBox.cpp PreviewBox.h
     PreviewText.cpp PreviewText.h
     VariableFields.cpp VariableFields.h
     VariableForm.cpp VariableForm.h

@@ -1,74 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "VariableForm.h"
 
+#include "ButtonBar.h"
 #include "ContentScrollArea.h"
 #include "PageHeader.h"
+#include "PreviewBox.h"
 #include "PreviewText.h"
 #include "TextField.h"
 #include "TextLabel.h"
-#include "ThemePainting.h"
 #include "ThemedButton.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QPainter>
 
 namespace {
 
 constexpr int halo = Theme::haloWidth;
 constexpr int leastFieldsHeight = 130;
 constexpr int footerHeight = 65;
-
-/// The sunken box around the preview, with the focus ring of the text inside it.
-class PreviewBox final : public QWidget
-{
-public:
-    PreviewBox(QWidget *text, QWidget *parent)
-        : QWidget(parent)
-        , m_text(text)
-    {
-        auto *layout = new QVBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(text);
-        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-        text->installEventFilter(this);
-    }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        const Theme &theme = Theme::shared();
-        const int radius = theme.scaled(Theme::fieldRadius);
-        const QRectF frame = ThemePainting::controlFrame(*this);
-        QPainter painter(this);
-        ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
-        if (m_text->hasFocus())
-            ThemePainting::focusRing(painter, frame, radius);
-    }
-
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
-            update();
-        return QWidget::eventFilter(watched, event);
-    }
-
-private:
-    QWidget *m_text;
-};
-
-/// Draws the hairline above the buttons.
-class ButtonBar final : public QWidget
-{
-public:
-    using QWidget::QWidget;
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter(this).fillRect(QRect(0, 0, width(), 1), Theme::shared().color(Theme::Color::line));
-    }
-};
 
 } // namespace
 

@@ -43,9 +43,10 @@ struct CommandLine
             QStringLiteral("command"),
             QStringLiteral("toggle: open or close the picker of the running Brevix; "
                            "bind it to a key where the global shortcut is not available.\n"
+                           "palette: open the prompt palette of the running Brevix.\n"
                            "open-url ADDRESS: hand the last address of the sign-in page to the running "
                            "Brevix; the desktop does this by itself."),
-            QStringLiteral("[toggle | open-url ADDRESS]"));
+            QStringLiteral("[toggle | palette | open-url ADDRESS]"));
     }
 };
 
@@ -112,6 +113,10 @@ int main(int argc, char **argv)
     if (commands == QStringList{QStringLiteral("toggle")}) {
         const QCoreApplication application(argc, argv);
         return exitCodeFor(InstanceService::ask(QStringLiteral("Toggle")));
+    }
+    if (commands == QStringList{QStringLiteral("palette")}) {
+        const QCoreApplication application(argc, argv);
+        return exitCodeFor(InstanceService::ask(QStringLiteral("Palette")));
     }
     if (commands.size() == 2 && commands.first() == u"open-url") {
         const QCoreApplication application(argc, argv);

@@ -2,13 +2,19 @@
 // Draws every state of the picker into PNG files, light and dark, at one and two times the size:
 //   QT_QPA_PLATFORM=offscreen gallery FOLDER [WORD]
 // With a word, only the states whose names contain it.
+#include "AppWindows.h"
+#include "FloatingPanelController.h"
 #include "LibraryPage.h"
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PickerDesk.h"
 #include "PickerFooter.h"
+#include "PickerList.h"
 #include "PickerSearchPage.h"
+#include "PromptPalettePanel.h"
+#include "PromptPaletteView.h"
+#include "ShareConfirmationBannerView.h"
 #include "SidebarList.h"
 #include "TextField.h"
 #include "Theme.h"
@@ -29,6 +35,21 @@ namespace {
 
 QDir outputFolder;
 QString wantedWord;
+
+void saveWindow(QWidget &window, const QString &name)
+{
+    for (const int ratio : {1, 2}) {
+        QImage image(window.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
+        image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
+        QPainter painter(&image);
+        window.render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
+        painter.end();
+        const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
+        image.save(outputFolder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
+    }
+}
 
 /// A picker on screen over a desk of its own.
 struct Stage
@@ -62,20 +83,7 @@ struct Stage
         QTest::qWait(30);
     }
 
-    void save(const QString &name)
-    {
-        for (const int ratio : {1, 2}) {
-            QImage image(panel().size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(ratio);
-            const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
-            image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
-            QPainter painter(&image);
-            panel().render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
-            painter.end();
-            const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
-            image.save(outputFolder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
-        }
-    }
+    void save(const QString &name) { saveWindow(panel(), name); }
 };
 
 using Arrange = std::function<void(Stage &)>;
@@ -206,6 +214,85 @@ void drawLibrary()
     Theme::shared().forceFontScale(std::nullopt);
 }
 
+/// The palette over the same desk as the picker.
+void palettePicture(const QString &name, const Arrange &before,
+                    const std::function<void(PromptPaletteView &)> &after)
+{
+    if (!name.contains(wantedWord))
+        return;
+    Stage stage;
+    before(stage);
+    stage.open();
+    AppWindows windows(*stage.desk.appState, stage.desk.workspace, *stage.controller);
+    windows.showPalette();
+    PromptPalettePanel &panel = windows.palette()->panel();
+    panel.setFixedSize(980, 620);
+    panel.activateWindow();
+    stage.settle();
+    after(panel.view());
+    stage.settle();
+    saveWindow(panel, name);
+}
+
+void share(Stage &stage, ThemedButton &button)
+{
+    button.click();
+    waitUntil([&] { return stage.desk.appState->shareConfirmation().has_value(); });
+    QTest::qWait(2 * Theme::longestMotion);
+}
+
+void drawSharing()
+{
+    picture(QStringLiteral("share-banner"), sample,
+            [](Stage &stage) { share(stage, stage.page().list().actions().shareButton()); });
+    picture(QStringLiteral("share-progress"), sample, [](Stage &stage) {
+        stage.desk.server.writes = LibraryServer::Writes::held;
+        stage.page().list().actions().shareButton().click();
+    });
+    picture(QStringLiteral("library-share-banner"), sample,
+            [](Stage &stage) { share(stage, openLibrary(stage).list().actions().shareButton()); });
+    picture(QStringLiteral("share-failed"), sample, [](Stage &stage) {
+        stage.desk.server.writes = LibraryServer::Writes::refused;
+        stage.page().list().actions().shareButton().click();
+        waitUntil([&] { return stage.desk.appState->lastInsertionResult().has_value(); });
+    });
+}
+
+void drawPalette()
+{
+    const auto asItIs = [](PromptPaletteView &) {};
+    palettePicture(QStringLiteral("palette"), sample, asItIs);
+    palettePicture(QStringLiteral("palette-search"), sample, [](PromptPaletteView &view) {
+        QTest::keyClicks(&view.searchField(), QStringLiteral("follow"));
+        QTest::keyClick(&view.searchField(), Qt::Key_Down);
+    });
+    palettePicture(QStringLiteral("palette-nothing-found"), sample, [](PromptPaletteView &view) {
+        QTest::keyClicks(&view.searchField(), QStringLiteral("zzzz"));
+    });
+    palettePicture(
+        QStringLiteral("palette-no-target"),
+        [](Stage &stage) {
+            sample(stage);
+            stage.desk.tree.focusedPath.reset();
+            stage.desk.workspace.frontmost.reset();
+        },
+        [](PromptPaletteView &view) { QTest::keyClick(&view.searchField(), Qt::Key_Return); });
+    palettePicture(QStringLiteral("palette-fill"), sample, [](PromptPaletteView &view) {
+        QTest::keyClick(&view.searchField(), Qt::Key_Return);
+        QTest::keyClicks(view.form().fields().fields().first(), QStringLiteral("Maria"));
+    });
+    palettePicture(QStringLiteral("palette-banner"), sample, [](PromptPaletteView &view) {
+        view.shareButton().click();
+        waitUntil([&] { return view.banner().isVisible(); });
+        QTest::qWait(2 * Theme::longestMotion);
+    });
+    palettePicture(QStringLiteral("palette-long-texts"), longLibrary, [](PromptPaletteView &view) {
+        QTest::keyClick(&view.searchField(), Qt::Key_End, Qt::ControlModifier);
+        QTest::keyClick(&view.searchField(), Qt::Key_Up);
+    });
+    palettePicture(QStringLiteral("palette-empty"), nothing, asItIs);
+}
+
 void drawAll()
 {
     picture(QStringLiteral("picker"), sample, [](Stage &stage) { stage.type(QStringLiteral("follow")); });
@@ -260,6 +347,8 @@ void drawAll()
     });
     picture(QStringLiteral("long-texts"), longLibrary, nothing);
     drawLibrary();
+    drawSharing();
+    drawPalette();
     Theme::shared().forceFontScale(2);
     picture(QStringLiteral("long-texts-200"), longLibrary, nothing);
     picture(QStringLiteral("fill-200"), sample, fillThree);

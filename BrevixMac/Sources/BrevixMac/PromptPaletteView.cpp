@@ -1,0 +1,517 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PromptPaletteView.h"
+
+#include "AppState.h"
+#include "BrandGlyph.h"
+#include "ButtonBar.h"
+#include "EmptyState.h"
+#include "HintBubble.h"
+#include "PreviewText.h"
+#include "PromptPreview.h"
+#include "PromptRowView.h"
+#include "ResultLine.h"
+#include "SearchListKeys.h"
+#include "ShareConfirmationBannerView.h"
+#include "ShareRequests.h"
+#include "SidebarList.h"
+#include "StatusCard.h"
+#include "TextField.h"
+#include "TextLabel.h"
+#include "ThemePainting.h"
+#include "ThemedButton.h"
+#include "VariableFillView.h"
+
+#include <QHBoxLayout>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QStackedWidget>
+
+namespace {
+
+constexpr int halo = Theme::haloWidth;
+constexpr int sideMargin = 18;
+constexpr int listMargin = 12;
+constexpr int searchHeight = 40;
+constexpr int listStretch = 11;
+constexpr int previewStretch = 9;
+
+const QString allID = QStringLiteral("all");
+const QString categoryPrefix = QStringLiteral("category:");
+
+/// The column of categories, set apart by its ground and a hairline.
+class SidebarGround final : public QWidget
+{
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        const Theme &theme = Theme::shared();
+        QPainter painter(this);
+        painter.fillRect(rect(), theme.color(Theme::Color::sidebar));
+        painter.fillRect(QRect(width() - 1, 0, 1, height()), theme.color(Theme::Color::line));
+    }
+};
+
+/// A vertical hairline.
+class ColumnLine final : public QWidget
+{
+public:
+    ColumnLine() { setFixedWidth(1); }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter(this).fillRect(rect(), Theme::shared().color(Theme::Color::line));
+    }
+};
+
+/// The head of the window, with a hairline below.
+class HeaderGround final : public QWidget
+{
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter(this).fillRect(QRect(0, height() - 1, width(), 1),
+                                Theme::shared().color(Theme::Color::line));
+    }
+};
+
+} // namespace
+
+PromptPaletteView::PromptPaletteView(AppState &appState, QWidget *parent)
+    : QWidget(parent)
+    , m_appState(appState)
+    , m_sharing(new ShareRequests(appState, this))
+    , m_target(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide))
+    , m_search(new TextField)
+    , m_hint(new StatusCard)
+    , m_sidebar(new SidebarList(QStringLiteral("Categories")))
+    , m_list(new PickerList(PickerRowActions::Wording::quiet, nullptr, new PromptRowView))
+    , m_empty(new EmptyState)
+    , m_lists(new QStackedWidget)
+    , m_preview(new PromptPreview)
+    , m_form(new VariableFillView(appState))
+    , m_stack(new QStackedWidget)
+    , m_result(new ResultLine(appState))
+    , m_browse(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Browse Library")))
+    , m_share(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Share")))
+    , m_copy(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Copy")))
+    , m_insert(new ThemedButton(ThemedButton::Kind::primary, QStringLiteral("Insert")))
+    , m_close(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Close")))
+    , m_bubble(new HintBubble(this))
+    , m_banner(nullptr)
+{
+    setAccessibleName(QStringLiteral("Prompt Picker"));
+    makeControls();
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(makeHeader());
+    column->addWidget(makeBody(), 1);
+    column->addWidget(makeFooter());
+    m_banner = new ShareConfirmationBannerView(appState, this);
+    setTabOrders();
+    observe();
+    observeState();
+    onThemeChanged();
+}
+
+void PromptPaletteView::makeControls()
+{
+    m_search->setSymbol(QStringLiteral("magnifyingglass"));
+    m_search->setDesignHeight(searchHeight);
+    m_search->setPlaceholderText(QStringLiteral("Search prompts..."));
+    m_search->setAccessibleName(QStringLiteral("Search prompts"));
+    m_hint->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"), {},
+                     QStringLiteral("Select a text field, then insert or copy a prompt."));
+    m_list->setAccessibleName(QStringLiteral("Prompts"));
+    m_list->setSideMargins(listMargin, listMargin + 2);
+    m_empty->setButtonsShown(false);
+    m_result->setSideMargin(listMargin);
+    for (ThemedButton *button : {m_browse, m_share, m_copy, m_insert, m_close})
+        button->setDesignHeight(34);
+    m_browse->setSymbol(QStringLiteral("square.grid.2x2"));
+    m_share->setSymbol(QStringLiteral("square.and.arrow.up"));
+    m_copy->setSymbol(QStringLiteral("doc.on.doc"));
+    m_insert->setTrailingSymbol(QStringLiteral("return"));
+}
+
+QWidget *PromptPaletteView::makeHeader()
+{
+    auto *title = new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide);
+    title->setText(QStringLiteral("Prompt Picker"));
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addStretch();
+    texts->addWidget(title);
+    texts->addWidget(m_target);
+    texts->addStretch();
+    auto *header = new HeaderGround;
+    auto *row = new QHBoxLayout(header);
+    row->setContentsMargins(sideMargin, 11, sideMargin - halo, 12);
+    row->setSpacing(10);
+    row->addWidget(new BrandGlyph, 0, Qt::AlignVCenter);
+    row->addLayout(texts, listStretch);
+    row->addWidget(m_search, 2 * listStretch);
+    return header;
+}
+
+QWidget *PromptPaletteView::makeBody()
+{
+    auto *ground = new SidebarGround;
+    auto *sidebarColumn = new QVBoxLayout(ground);
+    sidebarColumn->setContentsMargins(0, 0, 1, 0);
+    sidebarColumn->addWidget(m_sidebar);
+    m_stack->addWidget(makeResults());
+    m_stack->addWidget(m_form);
+
+    auto *body = new QWidget;
+    auto *row = new QHBoxLayout(body);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addWidget(ground);
+    row->addWidget(m_stack, 1);
+    return body;
+}
+
+QWidget *PromptPaletteView::makeResults()
+{
+    m_lists->addWidget(m_list);
+    m_lists->addWidget(m_empty);
+    auto *hintRow = new QHBoxLayout;
+    hintRow->setContentsMargins(listMargin, 10, listMargin, 0);
+    hintRow->addWidget(m_hint);
+    auto *listColumn = new QVBoxLayout;
+    listColumn->setSpacing(0);
+    listColumn->addLayout(hintRow);
+    listColumn->addWidget(m_lists, 1);
+    listColumn->addWidget(m_result);
+
+    auto *results = new QWidget;
+    auto *row = new QHBoxLayout(results);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addLayout(listColumn, listStretch);
+    row->addWidget(new ColumnLine);
+    row->addWidget(m_preview, previewStretch);
+    m_preview->setMinimumWidth(0);
+    return results;
+}
+
+QWidget *PromptPaletteView::makeFooter()
+{
+    auto *footer = new ButtonBar;
+    auto *row = new QHBoxLayout(footer);
+    row->setContentsMargins(sideMargin - 11, 7, sideMargin - halo, 7);
+    row->setSpacing(8 - 2 * halo);
+    row->addWidget(m_browse);
+    row->addStretch(1);
+    row->addWidget(m_close);
+    row->addWidget(m_share);
+    row->addWidget(m_copy);
+    row->addWidget(m_insert);
+    return footer;
+}
+
+void PromptPaletteView::setTabOrders()
+{
+    const QList<QWidget *> order{m_search,
+                                 &m_list->actions().insertButton(),
+                                 &m_list->actions().copyButton(),
+                                 &m_list->actions().shareButton(),
+                                 &m_preview->text(),
+                                 &m_result->recoveryButton(),
+                                 m_form,
+                                 m_close,
+                                 m_share,
+                                 m_copy,
+                                 m_insert,
+                                 m_browse,
+                                 &m_banner->dismissButton(),
+                                 m_sidebar,
+                                 &m_sidebar->shareButton()};
+    for (qsizetype index = 1; index < order.size(); ++index)
+        setTabOrder(order.at(index - 1), order.at(index));
+}
+
+void PromptPaletteView::observe()
+{
+    connect(m_search, &QLineEdit::textEdited, &m_appState, &AppState::setQuery);
+    connect(m_sidebar, &SidebarList::chosen, this, [this](const QString &id) {
+        m_appState.setSelectedCategoryID(id == allID ? std::nullopt
+                                                     : std::optional(id.mid(categoryPrefix.size())));
+    });
+    connect(m_sidebar, &SidebarList::shareRequested, this, &PromptPaletteView::shareCategory);
+    connect(m_list, &PickerList::selectedResultChanged, this, &PromptPaletteView::publishSelection);
+
+    const auto *keys = new SearchListKeys(*m_search, *m_list, this);
+    const PickerRowActions &actions = m_list->actions();
+    connect(keys, &SearchListKeys::insertRequested, this, &PromptPaletteView::insertSelected);
+    connect(keys, &SearchListKeys::copyRequested, this, &PromptPaletteView::copySelected);
+    connect(m_list, &PickerList::insertRequested, this, &PromptPaletteView::insertSelected);
+    connect(&actions, &PickerRowActions::insertRequested, this, &PromptPaletteView::insertSelected);
+    connect(&actions, &PickerRowActions::copyRequested, this, &PromptPaletteView::copySelected);
+    connect(&actions, &PickerRowActions::shareRequested, this, &PromptPaletteView::shareSelected);
+    connect(m_insert, &QPushButton::clicked, this, &PromptPaletteView::insertSelected);
+    connect(m_copy, &QPushButton::clicked, this, &PromptPaletteView::copySelected);
+    connect(m_share, &QPushButton::clicked, this, &PromptPaletteView::shareSelected);
+    connect(m_close, &QPushButton::clicked, this, &PromptPaletteView::closeRequested);
+    connect(m_browse, &QPushButton::clicked, this, &PromptPaletteView::browseLibraryRequested);
+    connect(&Theme::shared(), &Theme::changed, this, &PromptPaletteView::onThemeChanged);
+}
+
+void PromptPaletteView::observeState()
+{
+    const auto whenVisible = [this](void (PromptPaletteView::*refresh)()) {
+        return [this, refresh] {
+            if (isVisible())
+                (this->*refresh)();
+        };
+    };
+    PermissionsService &permissions = m_appState.permissions();
+    connect(&m_appState, &AppState::queryChanged, this, whenVisible(&PromptPaletteView::refreshForQuery));
+    connect(&m_appState, &AppState::libraryChanged, this, whenVisible(&PromptPaletteView::refresh));
+    connect(&m_appState, &AppState::selectionChanged, this,
+            whenVisible(&PromptPaletteView::onSelectionChanged));
+    connect(&m_appState, &AppState::focusedTargetChanged, this,
+            whenVisible(&PromptPaletteView::refreshTarget));
+    connect(&m_appState, &AppState::isInsertingChanged, this,
+            whenVisible(&PromptPaletteView::refreshActions));
+    connect(&m_appState, &AppState::activeVariablePromptChanged, this,
+            whenVisible(&PromptPaletteView::showActiveForm));
+    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this,
+            whenVisible(&PromptPaletteView::refreshActions));
+    connect(&permissions, &PermissionsService::postEventGrantedChanged, this,
+            whenVisible(&PromptPaletteView::refreshActions));
+    connect(m_sharing, &ShareRequests::changed, this, whenVisible(&PromptPaletteView::refreshActions));
+}
+
+void PromptPaletteView::appear()
+{
+    m_appState.ensurePromptSelection();
+    m_search->setText(m_appState.query());
+    m_result->refresh();
+    refresh();
+    refreshTarget();
+    showActiveForm();
+}
+
+void PromptPaletteView::focusSearch()
+{
+    m_search->setFocus();
+}
+
+void PromptPaletteView::refresh()
+{
+    refreshSidebar();
+    refreshList();
+}
+
+void PromptPaletteView::refreshForQuery()
+{
+    if (m_search->text() != m_appState.query())
+        m_search->setText(m_appState.query());
+    m_result->clearHint();
+    {
+        // Another query is another list: its best match is what Return should take.
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_appState.setSelectedPromptID(std::nullopt);
+    }
+    refreshList();
+}
+
+void PromptPaletteView::refreshTarget()
+{
+    const FocusedTargetPtr &target = m_appState.focusedTarget();
+    m_target->setText(target ? target->applicationName.value_or(QStringLiteral("the selected app"))
+                             : QStringLiteral("No focused app captured"));
+    m_hint->setVisible(!target);
+    refreshActions();
+}
+
+void PromptPaletteView::refreshSidebar()
+{
+    const QList<PromptItem> &prompts = m_appState.libraryPrompts();
+    QList<SidebarEntry> entries{{.id = allID,
+                                 .title = QStringLiteral("All Prompts"),
+                                 .symbol = QStringLiteral("text.quote"),
+                                 .count = prompts.size()}};
+    for (const PromptCategory &category : m_appState.libraryCategories())
+        entries.append(
+            {.id = ShareRequests::idOf(category),
+             .title = category.name,
+             .symbol = QStringLiteral("folder"),
+             .tint = ThemePainting::categoryColor(category),
+             .count = PickerResults::libraryItemCount(LibraryFilter::category(category.id), prompts, {}),
+             .canBeShared = true});
+    const auto &selected = m_appState.selectedCategoryID();
+    m_sidebar->show(entries, selected ? QString(categoryPrefix + *selected) : allID);
+    m_sidebar->refreshSharing([this](const QString &id) { return m_sharing->isSharing(id); });
+}
+
+QList<PickerResultSection> PromptPaletteView::sections() const
+{
+    const auto section = [](const QString &id, const QString &title, const QList<PromptItem> &prompts) {
+        PickerResultSection result{.id = id, .title = title, .subtitle = {}, .results = {}};
+        for (const PromptItem &prompt : prompts)
+            result.results.append(PickerResult{prompt});
+        return result;
+    };
+    QList<PickerResultSection> sections;
+    const bool isSearching = !m_appState.query().trimmed().isEmpty();
+    const QList<PromptItem> recent = m_appState.recentPromptItems();
+    if (!isSearching && !recent.isEmpty())
+        sections.append(section(QStringLiteral("recent"), QStringLiteral("Recent"), recent));
+    const QList<PromptItem> visible = m_appState.visiblePrompts();
+    if (!visible.isEmpty())
+        sections.append(section(QStringLiteral("prompts"),
+                                isSearching ? QStringLiteral("Matches") : QStringLiteral("All Prompts"),
+                                visible));
+    return sections;
+}
+
+void PromptPaletteView::refreshList()
+{
+    {
+        // What the model's reset does to the selection is not the user's choice.
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_list->items().setSections(sections(), m_appState.categoriesByID());
+    }
+    adoptSelection();
+    const bool isEmpty = m_list->items().rowCount() == 0;
+    const bool isNarrowed = !m_search->text().isEmpty() || m_appState.selectedCategoryID();
+    m_empty->describe(isNarrowed ? QStringLiteral("magnifyingglass") : QStringLiteral("square.grid.2x2"),
+                      QStringLiteral("No prompts found"),
+                      isNarrowed ? QStringLiteral("Try another search or category.")
+                                 : QStringLiteral("Your prompts will appear here once they sync."));
+    m_lists->setCurrentWidget(isEmpty ? static_cast<QWidget *>(m_empty) : m_list);
+}
+
+void PromptPaletteView::onSelectionChanged()
+{
+    if (m_isAdoptingSelection)
+        return;
+    // The category is part of the selection.
+    refresh();
+}
+
+void PromptPaletteView::adoptSelection()
+{
+    if (m_isAdoptingSelection)
+        return;
+    const auto &promptID = m_appState.selectedPromptID();
+    {
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_list->selectResult(promptID ? QString(u"prompt:" + *promptID) : QString());
+    }
+    publishSelection();
+}
+
+void PromptPaletteView::publishSelection()
+{
+    if (m_isAdoptingSelection)
+        return;
+    const PickerResult *selected = m_list->selectedResult();
+    const auto prompt = selected ? std::optional(*selected->prompt()) : std::nullopt;
+    {
+        const QScopedValueRollback adopting(m_isAdoptingSelection, true);
+        m_appState.setSelectedSkillID(std::nullopt);
+        m_appState.setSelectedPromptID(prompt ? std::optional(prompt->id) : std::nullopt);
+    }
+    m_preview->show(prompt, prompt ? m_appState.categoriesByID().value(prompt->categoryID).name : QString());
+    m_result->clearHint();
+    refreshActions();
+}
+
+void PromptPaletteView::refreshActions()
+{
+    const PickerResult *selected = m_list->selectedResult();
+    const PickerTargetStatus status = m_appState.targetStatus();
+    const bool isInserting = m_appState.isInserting();
+    const bool isSharing = selected && m_sharing->isSharing(selected->id());
+    const bool canAct = selected && !m_appState.activeVariablePrompt();
+    m_list->describeActions({.target = status, .isInserting = isInserting, .isSharing = isSharing});
+    m_insert->setEnabled(canAct && status.ready && !isInserting);
+    m_insert->setBusy(isInserting);
+    m_insert->setToolTip(status.ready ? QString(u"Insert into " + status.appName) : status.title);
+    m_insert->setAccessibleDescription(m_insert->toolTip());
+    m_copy->setEnabled(canAct);
+    m_copy->setLabel(status.ready ? QStringLiteral("Copy") : QStringLiteral("Copy Instead"));
+    m_share->setLabel(isSharing ? QStringLiteral("Sharing...") : QStringLiteral("Share"));
+    m_share->setBusy(isSharing);
+    m_share->setEnabled(canAct && !isSharing);
+    m_sidebar->refreshSharing([this](const QString &id) { return m_sharing->isSharing(id); });
+}
+
+void PromptPaletteView::insertSelected()
+{
+    const PickerResult *selected = m_list->selectedResult();
+    if (!selected || m_appState.isInserting())
+        return;
+    const PickerTargetStatus status = m_appState.targetStatus();
+    if (!status.ready) {
+        m_result->showHint(status.title, QStringLiteral("Press Ctrl+Return to copy instead."));
+        return;
+    }
+    m_appState.beginAction(PromptItem(*selected->prompt()), PendingVariableAction::insert);
+}
+
+void PromptPaletteView::copySelected()
+{
+    if (const PickerResult *selected = m_list->selectedResult())
+        m_appState.beginAction(PromptItem(*selected->prompt()), PendingVariableAction::copy);
+}
+
+void PromptPaletteView::shareSelected()
+{
+    if (const PickerResult *selected = m_list->selectedResult())
+        m_sharing->share(PickerResult(*selected));
+}
+
+void PromptPaletteView::shareCategory(const QString &id)
+{
+    const CategoriesByID categories = m_appState.categoriesByID();
+    const auto category = categories.constFind(id.mid(categoryPrefix.size()));
+    if (category != categories.constEnd())
+        m_sharing->share(*category);
+}
+
+void PromptPaletteView::showActiveForm()
+{
+    const bool isFilling = m_appState.activeVariablePrompt().has_value();
+    const bool wasFilling = m_stack->currentWidget() == m_form;
+    m_stack->setCurrentIndex(isFilling ? 1 : 0);
+    m_search->setEnabled(!isFilling);
+    m_sidebar->setEnabled(!isFilling);
+    refreshActions();
+    if (isFilling)
+        m_form->begin();
+    else if (wasFilling)
+        focusSearch();
+}
+
+void PromptPaletteView::onThemeChanged()
+{
+    m_sidebar->setFixedWidth(m_sidebar->sizeHint().width());
+    update();
+}
+
+bool PromptPaletteView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        m_bubble->showFor(static_cast<QHelpEvent *>(event)->pos());
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+void PromptPaletteView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_Escape)
+        QWidget::keyPressEvent(event);
+    else if (m_appState.activeVariablePrompt())
+        m_appState.cancelVariableAction();
+    else
+        Q_EMIT closeRequested();
+}
