@@ -5,6 +5,7 @@
 #include "CompactVariableForm.h"
 #include "HintBubble.h"
 #include "LibraryPage.h"
+#include "PageFade.h"
 #include "PickerSearchPage.h"
 #include "PromptTemplateParser.h"
 #include "ShareConfirmationBannerView.h"
@@ -27,6 +28,7 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     , m_libraryPage(new LibraryPage(appState, *m_sharing))
     , m_fillView(new VariableFillView(appState))
     , m_hint(new HintBubble(this))
+    , m_fade(new PageFade(this))
     , m_banner(new ShareConfirmationBannerView(appState, this))
 {
     auto *layout = new QVBoxLayout(this);
@@ -81,6 +83,7 @@ void MenuBarPickerView::setRoute(PickerPanelRoute route)
         return;
     if (route == PickerPanelRoute::newPrompt)
         m_editorReturnRoute = m_route;
+    m_fade->begin();
     m_route = route;
     if (page == m_searchPage)
         m_searchPage->refresh();

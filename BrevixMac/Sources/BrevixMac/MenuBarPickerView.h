@@ -8,6 +8,7 @@
 class AppState;
 class HintBubble;
 class LibraryPage;
+class PageFade;
 class PickerSearchPage;
 class QStackedWidget;
 class ShareRequests;
@@ -69,6 +70,7 @@ private:
     LibraryPage *m_libraryPage;
     VariableFillView *m_fillView;
     HintBubble *m_hint;
+    PageFade *m_fade;
     ShareConfirmationBannerView *m_banner;
     PickerPanelRoute m_route = PickerPanelRoute::picker;
     PickerPanelRoute m_editorReturnRoute = PickerPanelRoute::picker;

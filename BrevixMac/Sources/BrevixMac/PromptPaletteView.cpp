@@ -109,7 +109,8 @@ PromptPaletteView::PromptPaletteView(AppState &appState, QWidget *parent)
     column->setSpacing(0);
     column->addWidget(makeHeader());
     column->addWidget(makeBody(), 1);
-    column->addWidget(makeFooter());
+    m_footer = makeFooter();
+    column->addWidget(m_footer);
     m_banner = new ShareConfirmationBannerView(appState, this);
     setTabOrders();
     observe();
@@ -482,6 +483,7 @@ void PromptPaletteView::showActiveForm()
     const bool isFilling = m_appState.activeVariablePrompt().has_value();
     const bool wasFilling = m_stack->currentWidget() == m_form;
     m_stack->setCurrentIndex(isFilling ? 1 : 0);
+    m_footer->setVisible(!isFilling); // the form has its own buttons
     m_search->setEnabled(!isFilling);
     m_sidebar->setEnabled(!isFilling);
     refreshActions();

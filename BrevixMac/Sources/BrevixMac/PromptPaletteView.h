@@ -104,6 +104,7 @@ private:
     ThemedButton *m_copy;
     ThemedButton *m_insert;
     ThemedButton *m_close;
+    QWidget *m_footer = nullptr;
     HintBubble *m_bubble;
     ShareConfirmationBannerView *m_banner;
     bool m_isAdoptingSelection = false;

@@ -29,7 +29,7 @@ VariableValues placeholders(const PromptItem &prompt)
 
 PromptPreview::PromptPreview(QWidget *parent)
     : QWidget(parent)
-    , m_title(new TextLabel(Theme::Type::rowTitle, Theme::Color::text, TextLabel::Overflow::wrap))
+    , m_title(new TextLabel(Theme::Type::rowTitle, Theme::Color::text, TextLabel::Overflow::elide))
     , m_category(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide))
     , m_text(new PreviewText)
     , m_empty(new EmptyState)

@@ -12,6 +12,7 @@ add_library(BrevixMac STATIC
     BrandGlyph.cpp BrandGlyph.h
     ContentScrollArea.cpp ContentScrollArea.h
     HintBubble.cpp HintBubble.h
+    PageFade.cpp PageFade.h
     PageHeader.cpp PageHeader.h
     SidebarList.cpp SidebarList.h
     SidebarModel.cpp SidebarModel.h

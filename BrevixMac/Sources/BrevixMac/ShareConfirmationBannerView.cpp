@@ -13,6 +13,8 @@
 #include <QPainter>
 #include <QVariantAnimation>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int edgeMargin = 10; // between the screen's edge and the drawn banner
@@ -23,6 +25,7 @@ constexpr int padding = 14;
 constexpr int radius = 24;
 constexpr int symbolSize = 20;
 constexpr int slideDistance = 14;
+constexpr int widest = 560;
 
 QRectF drawnFrame(const QWidget &banner)
 {
@@ -158,7 +161,9 @@ void ShareConfirmationBannerView::place()
     const bool isSliding = m_slide->state() == QAbstractAnimation::Running;
     const int offset = isSliding ? m_slide->currentValue().toInt() : 0;
     const int edge = edgeMargin - shadow;
-    setGeometry(edge, edge + offset, parentWidget()->width() - 2 * edge, sizeHint().height());
+    const int width =
+        std::min(parentWidget()->width() - 2 * edge, Theme::shared().scaled(widest) + 2 * shadow);
+    setGeometry((parentWidget()->width() - width) / 2, edge + offset, width, sizeHint().height());
 }
 
 QSize ShareConfirmationBannerView::sizeHint() const

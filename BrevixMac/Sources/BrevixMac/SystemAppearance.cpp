@@ -18,6 +18,11 @@ const QString enableAnimations = QStringLiteral("enable-animations");
 const QString kdeAnimations = QStringLiteral("org.kde.kdeglobals.KDE");
 const QString animationFactor = QStringLiteral("AnimationDurationFactor");
 
+const QString contrast = QStringLiteral("contrast");
+const QString motion = QStringLiteral("reduced-motion");
+
+constexpr uint moreContrast = 1;
+constexpr uint lessMotion = 1;
 constexpr uint preferDark = 1;
 constexpr uint preferLight = 2;
 constexpr int portalTimeout = 3000; // milliseconds; the first call may start the portal
@@ -41,6 +46,8 @@ void SystemAppearance::start()
     bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
                 SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     read(appearance, colorScheme);
+    read(appearance, contrast);
+    read(appearance, motion);
     read(gnomeInterface, enableAnimations);
     read(kdeAnimations, animationFactor);
 }
@@ -74,6 +81,11 @@ void SystemAppearance::take(const QString &settingNamespace, const QString &key,
         m_prefersDark = scheme == preferDark    ? std::optional(true)
                         : scheme == preferLight ? std::optional(false)
                                                 : std::nullopt;
+    } else if (settingNamespace == appearance && key == contrast) {
+        m_prefersMoreContrast = value.toUInt() == moreContrast;
+        Q_EMIT contrastChanged();
+    } else if (settingNamespace == appearance && key == motion) {
+        m_reducedMotion = value.toUInt() == lessMotion;
     } else if (settingNamespace == gnomeInterface && key == enableAnimations) {
         m_reducedMotion = !value.toBool();
     } else if (settingNamespace == kdeAnimations && key == animationFactor) {

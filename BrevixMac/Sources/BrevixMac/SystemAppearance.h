@@ -7,7 +7,7 @@
 
 #include <optional>
 
-/// What the desktop's settings portal says about light or dark and about motion. Main thread only,
+/// What the desktop's settings portal says about light or dark, contrast and motion. Main thread only,
 /// asynchronous. Without a session bus or a portal both stay unknown.
 class SystemAppearance final : public QObject
 {
@@ -22,9 +22,11 @@ public:
     /// Nothing while unknown, and when the user has no preference.
     std::optional<bool> prefersDark() const { return m_prefersDark; }
     bool reducedMotion() const { return m_reducedMotion; }
+    bool prefersMoreContrast() const { return m_prefersMoreContrast; }
 
 Q_SIGNALS:
     void changed();
+    void contrastChanged();
 
 private Q_SLOTS:
     void onSettingChanged(const QString &settingNamespace, const QString &key, const QDBusVariant &value);
@@ -36,4 +38,5 @@ private:
     bool m_isStarted = false;
     std::optional<bool> m_prefersDark;
     bool m_reducedMotion = false;
+    bool m_prefersMoreContrast = false;
 };

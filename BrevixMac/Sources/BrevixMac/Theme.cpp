@@ -78,6 +78,35 @@ constexpr ColorPair pair(Theme::Color token)
     return {};
 }
 
+/// The same for desktops that ask for more contrast: borders that can be seen, and no faint inks.
+constexpr ColorPair strongPair(Theme::Color token)
+{
+    switch (token) {
+    case Theme::Color::surface:
+    case Theme::Color::raised:
+        return {0xffffffff, 0xff0d0d11};
+    case Theme::Color::sunken:
+    case Theme::Color::sidebar:
+        return {0xffececf1, 0xff000000};
+    case Theme::Color::line:
+        return {withAlpha(0x000000, 0.62), withAlpha(0xffffff, 0.66)};
+    case Theme::Color::hover:
+        return {withAlpha(0x17171c, 0.10), withAlpha(0xffffff, 0.14)};
+    case Theme::Color::text:
+        return {0xff000000, 0xffffffff};
+    case Theme::Color::secondary:
+    case Theme::Color::tertiary:
+        return {0xff2b2b33, 0xffe4e4ec};
+    case Theme::Color::accent:
+    case Theme::Color::accentInk:
+        return {0xff4c1fc4, 0xffc2abff};
+    case Theme::Color::accentSoft:
+        return {withAlpha(0x4c1fc4, 0.18), withAlpha(0xc2abff, 0.30)};
+    default:
+        return pair(token);
+    }
+}
+
 struct TypeSpec
 {
     qreal pixels;
@@ -125,6 +154,7 @@ Theme::Theme(QObject *parent)
     , m_appearance(new SystemAppearance(this))
 {
     connect(m_appearance, &SystemAppearance::changed, this, &Theme::update);
+    connect(m_appearance, &SystemAppearance::contrastChanged, this, &Theme::changed);
     qApp->installEventFilter(this);
     update();
 }
@@ -139,7 +169,8 @@ Theme &Theme::shared()
 
 QColor Theme::color(Color token, Scheme scheme)
 {
-    const ColorPair colors = pair(token);
+    const bool isStrong = shared().m_appearance->prefersMoreContrast();
+    const ColorPair colors = isStrong ? strongPair(token) : pair(token);
     return QColor::fromRgba(scheme == Scheme::dark ? colors.dark : colors.light);
 }
 

@@ -332,7 +332,11 @@ void drawAll()
         },
         nothing);
     picture(
-        QStringLiteral("signed-out"), [](Stage &stage) { stage.desk.isSignedIn = false; },
+        QStringLiteral("signed-out"),
+        [](Stage &stage) {
+            stage.desk.isSignedIn = false;
+            stage.desk.isConfigured = false;
+        },
         [](Stage &stage) { stage.desk.appState->signIn(false); });
     picture(QStringLiteral("failed"), sample, failInsertion);
     picture(QStringLiteral("copied"), sample, [](Stage &stage) {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "PageFade.h"
 #include "PickerNotices.h"
 #include "PickerRowActions.h"
 #include "PickerStage.h"
 #include "Symbols.h"
+#include "SystemAppearance.h"
 #include "Theme.h"
 #include "ThemedButton.h"
 
@@ -55,14 +57,27 @@ protected:
     }
 };
 
-TEST_F(ThemeTest, everyInkCanBeReadOnEveryBackgroundItStandsOn)
+/// What the desktop's settings portal would report.
+void report(const QString &key, uint value)
+{
+    auto *appearance = Theme::shared().findChild<SystemAppearance *>();
+    ASSERT_TRUE(QMetaObject::invokeMethod(
+        appearance, "onSettingChanged", Q_ARG(QString, QStringLiteral("org.freedesktop.appearance")),
+        Q_ARG(QString, key), Q_ARG(QDBusVariant, QDBusVariant(QVariant::fromValue(value)))));
+}
+
+void expectReadableInks()
 {
     for (const Scheme scheme : {Scheme::light, Scheme::dark}) {
         const auto color = [scheme](Color token) { return Theme::color(token, scheme); };
         const QColor surface = color(Color::surface);
         const QColor selected = over(color(Color::accentSoft), surface);
+        EXPECT_GE(contrast(color(Color::accentInk), over(color(Color::accentSoft), color(Color::sidebar))),
+                  4.5)
+            << int(scheme);
         for (const Color ink : {Color::text, Color::secondary, Color::tertiary}) {
-            for (const QColor &background : {surface, color(Color::raised), color(Color::sunken)})
+            for (const QColor &background :
+                 {surface, color(Color::raised), color(Color::sunken), color(Color::sidebar)})
                 EXPECT_GE(contrast(color(ink), background), 4.5) << int(scheme) << ' ' << int(ink);
         }
         for (const Color ink : {Color::text, Color::secondary})
@@ -74,6 +89,45 @@ TEST_F(ThemeTest, everyInkCanBeReadOnEveryBackgroundItStandsOn)
             EXPECT_GE(contrast(color(ink), over(color(soft), surface)), 4.5)
                 << int(scheme) << ' ' << int(soft);
     }
+}
+
+TEST_F(ThemeTest, everyInkCanBeReadOnEveryBackgroundItStandsOn)
+{
+    expectReadableInks();
+}
+
+TEST_F(ThemeTest, aDesktopThatAsksForMoreContrastGetsIt)
+{
+    const QColor before = Theme::shared().color(Color::line);
+    const QSignalSpy changes(&Theme::shared(), &Theme::changed);
+    report(QStringLiteral("contrast"), 1);
+    EXPECT_EQ(changes.count(), 1);
+    expectReadableInks();
+    for (const Scheme scheme : {Scheme::light, Scheme::dark}) {
+        const QColor surface = Theme::color(Color::surface, scheme);
+        EXPECT_GE(contrast(Theme::color(Color::secondary, scheme), surface), 7) << int(scheme);
+        EXPECT_GE(contrast(over(Theme::color(Color::line, scheme), surface), surface), 3) << int(scheme);
+    }
+    report(QStringLiteral("contrast"), 0);
+    EXPECT_EQ(Theme::shared().color(Color::line), before);
+}
+
+TEST_F(ThemeTest, screensFadeBrieflyAndNotAtAllWhereLessMotionIsAskedFor)
+{
+    PickerStage stage;
+    stage.desk.addSampleLibrary();
+    stage.open();
+    auto *fade = stage.view().findChild<PageFade *>();
+    ASSERT_TRUE(fade);
+    EXPECT_LE(fade->duration(), 150);
+    stage.view().setRoute(PickerPanelRoute::library);
+    EXPECT_TRUE(fade->isVisible());
+    EXPECT_TRUE(waitUntil([&] { return !fade->isVisible(); }));
+    report(QStringLiteral("reduced-motion"), 1);
+    EXPECT_TRUE(Theme::shared().reducedMotion());
+    stage.view().setRoute(PickerPanelRoute::picker);
+    EXPECT_FALSE(fade->isVisible());
+    report(QStringLiteral("reduced-motion"), 0);
 }
 
 TEST_F(ThemeTest, followsTheSystemPaletteWhileRunning)

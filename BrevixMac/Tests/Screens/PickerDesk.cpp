@@ -25,11 +25,16 @@ QJsonObject document(const QString &collection, const QString &id, QJsonObject f
             {QStringLiteral("fields"), fields}};
 }
 
-AppConfiguration configuration()
+AppConfiguration configuration(bool isComplete)
 {
     AppConfiguration configuration = AppConfiguration::fallback();
     configuration.firebase.projectID = QStringLiteral("project");
     configuration.firebase.apiKey = QStringLiteral("key");
+    if (isComplete) {
+        configuration.firebase.googleAppID = QStringLiteral("1:1:linux:test");
+        configuration.firebase.clientID = QStringLiteral("client");
+        configuration.firebase.reversedClientID = QStringLiteral("test.client");
+    }
     return configuration;
 }
 
@@ -188,7 +193,7 @@ void PickerDesk::start()
         defaults->setData(AuthService::storageKey, session.toJson());
     }
     appState =
-        std::make_unique<AppState>(AppEnvironment{.configuration = configuration(),
+        std::make_unique<AppState>(AppEnvironment{.configuration = configuration(isConfigured),
                                                   .endpoints = CloudEndpoints::local(server.origin()),
                                                   .defaults = *defaults,
                                                   .http = http,

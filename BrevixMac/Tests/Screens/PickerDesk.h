@@ -72,6 +72,7 @@ public:
     void press();
 
     bool isSignedIn = true;
+    bool isConfigured = true; ///< whether the application knows its cloud
     std::optional<QString> email = QStringLiteral("ann@example.com");
     std::optional<QString> displayName;
 

@@ -62,6 +62,7 @@ TEST_F(PickerViewTest, saysSignedInForAUserWithoutMailAddressAndName)
 TEST_F(PickerViewTest, offersToSignInAndShowsWhyItFailed)
 {
     stage.desk.isSignedIn = false;
+    stage.desk.isConfigured = false;
     stage.open();
     EXPECT_EQ(stage.page().header().statusText(), u"Sign in to sync your library");
     EXPECT_FALSE(stage.page().header().signInButton().isHidden());
@@ -140,6 +141,23 @@ TEST_F(PickerViewTest, thePermissionListGoesWhenBothAreGranted)
     stage.desk.tree.trusted = true;
     stage.appState().permissions().refresh();
     EXPECT_TRUE(permissions.isHidden());
+}
+
+TEST_F(PickerViewTest, anIncompleteConfigurationIsSaid)
+{
+    stage.desk.isConfigured = false;
+    stage.open();
+    const StatusCard &card = stage.page().notices().configurationCard();
+    EXPECT_TRUE(card.isVisible());
+    EXPECT_EQ(card.detail(), *stage.appState().configurationIssue());
+    EXPECT_EQ(card.tint(), StatusCard::Tint::warning);
+}
+
+TEST_F(PickerViewTest, aCompleteConfigurationNeedsNoWords)
+{
+    stage.open();
+    EXPECT_FALSE(stage.appState().configurationIssue());
+    EXPECT_TRUE(stage.page().notices().configurationCard().isHidden());
 }
 
 // Hotkey tip and warning
