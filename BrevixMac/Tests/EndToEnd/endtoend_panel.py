@@ -1,0 +1,168 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The library, the palette and sharing, by keyboard, as the accessibility bus tells them."""
+import os
+import subprocess
+import tempfile
+
+import desktop_driver as desk
+import scenario
+from scenario import LIBRARY, LINES
+
+SHOWING = 25
+CONTROLS = ("push button", "text", "list", "list item", "label")
+PALETTE = "Prompt Picker"
+
+
+def showing(node):
+    """Everything on screen below a node as (role, name, node), in document order."""
+    found = []
+
+    def visit(each):
+        if each.role != "application" and not each.has(SHOWING):
+            return
+        found.append((each.role, each.name, each))
+        for child in each.children[:200]:
+            visit(child)
+    visit(node)
+    return found
+
+
+class ThePanel(scenario.Scenario):
+    def setUp(self):
+        super().setUp()
+        _, self.window = self.open_window("Mousepad", "mousepad", "--disable-server")
+        self.field = desk.field(self.programs[-1].pid)
+
+    def tearDown(self):
+        for _ in range(3):
+            if desk.panel():
+                desk.keys("Escape")
+        super().tearDown()
+
+    def tree(self, window_name):
+        """What a window of Brevix shows; None while it is not there."""
+        root = desk.application(self.brevix.pid)
+        for window in root.children if root else []:
+            if window.name == window_name and window.has(SHOWING):
+                return showing(window)
+        return None
+
+    def lines(self, window_name):
+        tree = desk.wait_for(f"the window {window_name}", lambda: self.tree(window_name))
+        return [f"{role}: {name}" for role, name, _ in tree if role in CONTROLS]
+
+    def focused(self):
+        root = desk.application(self.brevix.pid)
+        found = root and desk.find(root, lambda node: node.has(desk.FOCUSED) and node.has(SHOWING))
+        return found.name if found else None
+
+    def tab_to(self, name, presses=25):
+        """Presses Tab until the control has the focus."""
+        for _ in range(presses):
+            if self.focused() == name:
+                return
+            before = self.focused()
+            desk.keys("Tab")
+            desk.wait_for("the focus to move", lambda: self.focused() != before, 3, 0.02)
+        self.fail(f"Tab does not reach {name!r}")
+
+    def open_library(self):
+        self.brevix.press_hotkey()
+        self.tab_to("View Library")
+        desk.keys("Return")
+        desk.wait_for("the library", lambda: "Filters" in "".join(self.lines("Brevix")), 5, 0.05)
+
+    def open_palette(self):
+        self.assertEqual(subprocess.run([os.environ["BREVIX"], "palette"], timeout=20).returncode, 0)
+        return desk.wait_for("the palette", lambda: self.tree(PALETTE), 8, 0.05)
+
+    def assert_named(self, tree):
+        """Every control says what it is."""
+        nameless = [role for role, name, _ in tree
+                    if role in ("push button", "text", "list", "list item") and not name]
+        self.assertEqual(nameless, [])
+
+    def test_the_library_tells_its_filters_and_items(self):
+        self.open_library()
+        lines = self.lines("Brevix")
+        prompts, skills = len(LIBRARY["prompts"]), len(LIBRARY["skills"])
+        for expected in ("push button: Back", "push button: New Prompt", "push button: New Skill", "list: Filters",
+                         f"list item: All Library Items, {prompts + skills} items",
+                         f"list item: Prompts, {prompts} items", "text: Search All Library Items",
+                         "list: Library items", "push button: Insert", "push button: Copy", "push button: Share",
+                         f"label: Full library \u00b7 {prompts + skills} items"):
+            self.assertIn(expected, lines)
+        tree = self.tree("Brevix")
+        self.assert_named(tree)
+        selected = [name for role, name, node in tree if role == "list item" and node.has(desk.SELECTED)]
+        self.assertEqual(len(selected), 2)    # the filter and the item
+        self.assertTrue(selected[0].startswith("All Library Items"))
+        self.assertEqual(self.focused(), "Search All Library Items")
+
+    def test_an_item_of_the_library_is_inserted_by_keyboard(self):
+        self.open_library()
+        desk.type_text(LINES["title"])
+        desk.wait_for("the item", lambda: any(line.startswith(f"list item: {LINES['title']}")
+                                              for line in self.lines("Brevix")), 5, 0.05)
+        desk.keys("Return")
+        desk.wait_for_text(self.field, LINES["text"])
+        self.brevix.wait_until_closed()
+        self.brevix.press_hotkey()    # it opens where it was left
+        desk.wait_for("the library", lambda: "list: Filters" in self.lines("Brevix"), 5, 0.05)
+        desk.keys("Escape")
+        desk.wait_for("the quick picker", lambda: "push button: View Library" in self.lines("Brevix"), 5, 0.05)
+
+    def test_the_palette_opens_from_the_command_line_over_the_captured_field(self):
+        tree = self.open_palette()
+        lines = self.lines(PALETTE)
+        for expected in ("label: Prompt Picker", "text: Search prompts", "list: Categories",
+                         f"list item: All Prompts, {len(LIBRARY['prompts'])} items", "list: Prompts",
+                         "push button: Browse Library", "push button: Copy", "push button: Insert",
+                         "push button: Share", "push button: Close"):
+            self.assertIn(expected, lines)
+        self.assertNotIn("label: No focused app captured", lines)
+        self.assert_named(tree)
+        desk.wait_for("the focus", lambda: self.focused() == "Search prompts", 5, 0.05)
+        desk.type_text(LINES["title"])
+        desk.wait_for("the match", lambda: "list item: Matches" in self.lines(PALETTE), 5, 0.05)
+        desk.keys("Return")
+        desk.wait_for_text(self.field, LINES["text"])
+        desk.wait_for("the palette to close", lambda: self.tree(PALETTE) is None, 5, 0.05)
+        desk.wait_for("the focus to be back", lambda: desk.active_window() == self.window)
+
+    def test_browsing_the_library_from_the_palette(self):
+        self.open_palette()
+        desk.wait_for("the focus", lambda: self.focused() == "Search prompts", 5, 0.05)
+        self.tab_to("Browse Library")
+        desk.keys("Return")
+        desk.wait_for("the library", lambda: "list: Filters" in self.lines("Brevix"), 5, 0.05)
+        self.assertIsNone(self.tree(PALETTE))
+        desk.keys("Escape", "Escape")
+        self.brevix.wait_until_closed()
+
+    def test_a_shared_prompt_can_be_read_in_a_browser(self):
+        self.brevix.press_hotkey()
+        desk.type_text(LINES["title"])
+        desk.wait_for("the prompt", lambda: self.selected_title() == LINES["title"], 5, 0.03)
+        self.tab_to("Share")
+        desk.keys("Return")
+        self.wait_for_message("Link copied to clipboard")
+        link = desk.clipboard()["UTF8_STRING"].decode()
+        self.assertRegex(link, r"^http://127\.0\.0\.1:\d+/public\?promptId=\S+$")
+        page = self.page_at(link)
+        for piece in [LINES["title"], *LINES["text"].split("\n")]:
+            self.assertIn(piece.replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;"), page)
+        desk.wait_for("the banner to go by itself",
+                      lambda: "push button: Dismiss" not in self.lines("Brevix"), 9, 0.1)
+
+    @staticmethod
+    def page_at(link):
+        """The document that a browser makes of an address."""
+        sandbox = ["--no-sandbox"] if os.geteuid() == 0 else []
+        folder = tempfile.mkdtemp()
+        return desk.output("chromium", "--headless", "--disable-gpu", "--no-first-run", *sandbox,
+                           f"--user-data-dir={folder}", "--dump-dom", link, timeout=60).decode()
+
+
+if __name__ == "__main__":
+    scenario.main()
