@@ -51,7 +51,12 @@ BrowserOpener::BrowserOpener(QList<QStringList> openers)
 
 QList<QStringList> BrowserOpener::standardOpeners()
 {
-    return {{QStringLiteral("xdg-open")}, {QStringLiteral("gio"), QStringLiteral("open")}};
+    // Not one after the other: gio calls it a success when a browser was started and failed, and so would
+    // hide that xdg-open has failed with the same one.
+    const QString xdgOpen = QStringLiteral("xdg-open");
+    if (!QStandardPaths::findExecutable(xdgOpen).isEmpty())
+        return {{xdgOpen}};
+    return {{QStringLiteral("gio"), QStringLiteral("open")}};
 }
 
 void BrowserOpener::open(const QUrl &url)

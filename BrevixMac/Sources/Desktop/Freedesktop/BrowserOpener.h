@@ -17,6 +17,7 @@ public:
     /// Openers as command lines to which the address is added; those that are not installed are passed over.
     explicit BrowserOpener(QList<QStringList> openers = standardOpeners());
 
+    /// xdg-open, which knows the openers of the desktops; gio where that is not installed.
     static QList<QStringList> standardOpeners();
 
     /// Starts to open @p url; an attempt that still runs is no longer followed.
