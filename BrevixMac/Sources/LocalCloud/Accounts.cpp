@@ -116,6 +116,32 @@ Account Accounts::create(const QString &name, const QString &email)
     return account;
 }
 
+QByteArray Accounts::passwordHash(const QString &uid) const
+{
+    QSqlQuery query = m_database.run(QStringLiteral("SELECT password FROM users WHERE uid = ?"), {uid});
+    return query.next() ? query.value(0).toByteArray() : QByteArray();
+}
+
+void Accounts::setPasswordHash(const QString &uid, const QByteArray &hash)
+{
+    Transaction transaction(m_database);
+    m_database.run(QStringLiteral("UPDATE users SET password = ? WHERE uid = ?"),
+                   {QString::fromLatin1(hash), uid});
+    m_database.run(QStringLiteral("DELETE FROM refresh_tokens WHERE uid = ?"), {uid});
+    transaction.commit();
+}
+
+void Accounts::remove(const QString &uid, const QString &libraryAppID)
+{
+    // Text compares byte by byte, and "0" is the character after "/": everything below the user's path.
+    const QString path = QStringLiteral("artifacts/%1/users/%2").arg(libraryAppID, uid);
+    Transaction transaction(m_database);
+    m_database.run(QStringLiteral("DELETE FROM documents WHERE collection > ? AND collection < ?"),
+                   {QString(path + u'/'), QString(path + u'0')});
+    m_database.run(QStringLiteral("DELETE FROM users WHERE uid = ?"), {uid});
+    transaction.commit();
+}
+
 QByteArray Accounts::signIn(const Account &account)
 {
     const QString session = QString::fromLatin1(base64Url(secureRandomBytes(sessionNameSize)));

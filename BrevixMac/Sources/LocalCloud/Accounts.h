@@ -52,6 +52,15 @@ public:
     /// A new account with an identifier of its own. The address must not be taken.
     Account create(const QString &name, const QString &email);
 
+    /// Empty for an account without a password, which no password opens.
+    QByteArray passwordHash(const QString &uid) const;
+
+    /// Ends all sessions of the account, too.
+    void setPasswordHash(const QString &uid, const QByteArray &hash);
+
+    /// Deletes the account, its sessions and its library below artifacts/@p libraryAppID.
+    void remove(const QString &uid, const QString &libraryAppID);
+
     /// Opens one more session of @p account and gives its refresh token.
     QByteArray signIn(const Account &account);
 

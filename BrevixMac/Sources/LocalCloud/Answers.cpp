@@ -51,6 +51,16 @@ Response notFound(const QString &message)
     return errorAnswer(404, "NOT_FOUND", message);
 }
 
+Response alreadyExists(const QString &message)
+{
+    return errorAnswer(409, "ALREADY_EXISTS", message);
+}
+
+Response failedPrecondition(const QString &message)
+{
+    return errorAnswer(400, "FAILED_PRECONDITION", message);
+}
+
 Response unimplemented()
 {
     return errorAnswer(501, "UNIMPLEMENTED", QStringLiteral("This server does not offer that operation."));

@@ -34,23 +34,17 @@ bool isFromOwnPage(const Request &request)
     return site.isEmpty() || site == "same-origin";
 }
 
-SignInPage pageFor(const AuthorizationRequest &request, const AuthorizationForms &forms)
-{
-    SignInPage page;
-    page.sealedRequest = forms.seal(request);
-    page.redirectUri = request.redirectUri;
-    return page;
-}
-
 } // namespace
 
 AuthorizationApi::AuthorizationApi(Accounts &accounts, AuthorizationCodes &codes, OAuthClient client,
-                                   AuthorizationForms forms, Welcome welcome)
+                                   AuthorizationForms forms, Entry entry, const Clock &clock, Welcome welcome)
     : m_accounts(accounts)
     , m_codes(codes)
     , m_client(std::move(client))
     , m_forms(std::move(forms))
     , m_welcome(std::move(welcome))
+    , m_throttle(clock)
+    , m_passwords(entry == Entry::password ? std::make_unique<PasswordChecks>() : nullptr)
 {
 }
 
@@ -70,9 +64,7 @@ Response AuthorizationApi::page(const Request &request) const
         return problemPage(400, QStringLiteral("Sign-in was stopped"), reading.problem);
     if (reading.error)
         return redirectWithError(reading.request, reading.error);
-    SignInPage page = pageFor(reading.request, m_forms);
-    page.accounts = m_accounts.list();
-    return page.answer();
+    return pageFor(reading.request).answer();
 }
 
 Response AuthorizationApi::submit(const Request &request)
@@ -84,29 +76,86 @@ Response AuthorizationApi::submit(const Request &request)
                            QStringLiteral("Please start it again from the program."));
     if (form.hasQueryItem(QStringLiteral("cancel")))
         return redirectWithError(*sealed, "access_denied");
+    if (m_passwords)
+        return logIn(*sealed, form);
     if (form.hasQueryItem(QStringLiteral("create")))
         return create(*sealed, form);
+    return choose(*sealed, form);
+}
+
+Response AuthorizationApi::choose(const AuthorizationRequest &request, const QUrlQuery &form)
+{
     const QString uid = formValue(form, QStringLiteral("account"));
     if (m_accounts.find(uid))
-        return grant(*sealed, uid);
-    SignInPage page = pageFor(*sealed, m_forms);
-    page.accounts = m_accounts.list();
+        return grant(request, uid);
+    SignInPage page = pageFor(request);
     page.problem = QStringLiteral("That account does not exist any more.");
     return page.answer();
 }
 
+/// Whether the address or the password is wrong shows neither in the answer nor in the time it takes.
+Response AuthorizationApi::logIn(const AuthorizationRequest &request, const QUrlQuery &form)
+{
+    const QString email = formValue(form, QStringLiteral("email")).trimmed();
+    const QString password = formValue(form, QStringLiteral("password"));
+    const auto wait = m_throttle.waitFor(email);
+    if (wait.count() > 0)
+        return refuseLogIn(request, email,
+                           QStringLiteral("Too many tries. Please wait %1 seconds.").arg(wait.count()));
+    Response response;
+    response.later = [this, request, email, password](const std::function<void(const Response &)> &reply) {
+        const auto account = m_accounts.findByEmail(email);
+        const QByteArray hash = account ? m_accounts.passwordHash(account->uid) : QByteArray();
+        const auto finish = [this, request, email, account, reply](bool matches) {
+            reply(finishLogIn(request, email, account, matches));
+        };
+        if (!m_passwords->start(hash, password, finish))
+            reply(refuseLogIn(request, email, QStringLiteral("The server is busy. Please try again.")));
+    };
+    return response;
+}
+
+Response AuthorizationApi::finishLogIn(const AuthorizationRequest &request, const QString &email,
+                                       const std::optional<Account> &account, bool matches)
+{
+    if (matches && account) {
+        m_throttle.succeeded(email);
+        return grant(request, account->uid);
+    }
+    m_throttle.failed(email);
+    return refuseLogIn(request, email, QStringLiteral("The e-mail address or the password is wrong."));
+}
+
+Response AuthorizationApi::refuseLogIn(const AuthorizationRequest &request, const QString &email,
+                                       const QString &problem) const
+{
+    SignInPage page = pageFor(request);
+    page.email = email;
+    page.problem = problem;
+    return page.answer();
+}
+
+SignInPage AuthorizationApi::pageFor(const AuthorizationRequest &request) const
+{
+    SignInPage page;
+    page.sealedRequest = m_forms.seal(request);
+    page.redirectUri = request.redirectUri;
+    page.asksPassword = m_passwords != nullptr;
+    if (!page.asksPassword) // with passwords, who has an account is nobody's business
+        page.accounts = m_accounts.list();
+    return page;
+}
+
 Response AuthorizationApi::create(const AuthorizationRequest &request, const QUrlQuery &form)
 {
-    SignInPage page = pageFor(request, m_forms);
+    SignInPage page = pageFor(request);
     page.name = formValue(form, QStringLiteral("name")).simplified();
     page.email = formValue(form, QStringLiteral("email")).trimmed();
     page.problem = Accounts::problemOf(page.name, page.email);
     if (page.problem.isEmpty() && m_accounts.findByEmail(page.email))
         page.problem = QStringLiteral("There is an account with this e-mail address already.");
-    if (!page.problem.isEmpty()) {
-        page.accounts = m_accounts.list();
+    if (!page.problem.isEmpty())
         return page.answer();
-    }
     const Account account = m_accounts.create(page.name, page.email);
     m_welcome(account);
     return grant(request, account.uid);

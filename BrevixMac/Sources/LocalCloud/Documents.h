@@ -22,7 +22,12 @@ struct StoredDocument
     QByteArray fields;
     Timestamp createdAt;
     Timestamp updatedAt;
+    QString owner; ///< uid of the user who created it; empty for the server's own
 };
+
+/// {"name":…,"fields":…,"createTime":…,"updateTime":…} as documents are answered; "fields" is left out when
+/// there are none. @p collectionName is the full one.
+QByteArray documentJson(const QString &collectionName, const StoredDocument &document);
 
 /// The documents of all users by collection path ("artifacts/…/prompts", decoded). Belongs to the database's
 /// thread; everything throws StorageError.
@@ -39,8 +44,12 @@ public:
 
     std::optional<StoredDocument> find(const QString &collection, const QString &id) const;
 
-    /// Creates the document or replaces its fields; the creation time of an existing one stays.
-    void put(const QString &collection, const QString &id, const QJsonObject &fields, Timestamp now);
+    /// All documents of @p collection, in byte order of their ids.
+    QList<StoredDocument> all(const QString &collection) const;
+
+    /// Creates the document or replaces its fields; creation time and owner of an existing one stay.
+    void put(const QString &collection, const QString &id, const QJsonObject &fields, Timestamp now,
+             const QString &owner = {});
 
     void remove(const QString &collection, const QString &id);
 

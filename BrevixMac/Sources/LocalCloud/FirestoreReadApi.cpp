@@ -3,7 +3,7 @@
 
 #include "Answers.h"
 #include "Documents.h"
-#include "Form.h"
+#include "Parameters.h"
 #include "SecureRandom.h"
 
 #include <algorithm>
@@ -16,15 +16,6 @@ namespace {
 constexpr qsizetype maximumAnswerSize = 32 * 1024 * 1024;
 
 const QByteArray pageTokenPrefix = "1:";
-
-/// How the answer is written, which makes no difference to its content.
-const QStringList harmlessParameters{QStringLiteral("alt"), QStringLiteral("$alt"), QStringLiteral("key"),
-                                     QStringLiteral("prettyPrint"), QStringLiteral("$prettyPrint")};
-
-/// Real parameters that would change the answer.
-const QStringList otherParameters{QStringLiteral("mask.fieldPaths"), QStringLiteral("orderBy"),
-                                  QStringLiteral("showMissing"),     QStringLiteral("transaction"),
-                                  QStringLiteral("readTime"),        QStringLiteral("fields")};
 
 QString pageTokenAfter(const QString &id)
 {
@@ -39,30 +30,6 @@ std::optional<QString> idOfPageToken(const QString &token)
     if (!decoded || !decoded.decoded.startsWith(pageTokenPrefix))
         return std::nullopt;
     return QString::fromUtf8(decoded.decoded.sliced(pageTokenPrefix.size()));
-}
-
-/// {"name":…,"fields":…,"createTime":…,"updateTime":…}; "fields" is left out when there are none.
-QByteArray documentJson(const QString &collectionName, const StoredDocument &document)
-{
-    QByteArray json = R"({"name":)" + jsonString(collectionName + u'/' + document.id);
-    if (document.fields != "{}")
-        json += R"(,"fields":)" + document.fields;
-    json += R"(,"createTime":")" + formatTimestamp(document.createdAt) + R"(","updateTime":")" +
-            formatTimestamp(document.updatedAt) + "\"}";
-    return json;
-}
-
-/// The refusal of parameters that are not known or not done; nothing when all of them are of @p known.
-std::optional<Response> checkParameters(const QUrlQuery &query, const QStringList &known)
-{
-    const auto items = query.queryItems(QUrl::FullyDecoded);
-    for (const auto &[name, value] : items) {
-        if (otherParameters.contains(name))
-            return unimplemented();
-        if (!known.contains(name) && !harmlessParameters.contains(name))
-            return invalidArgument(QStringLiteral("Unknown query parameter \"%1\".").arg(name));
-    }
-    return std::nullopt;
 }
 
 /// The page size asked for within its bounds; nothing when it is no size.
@@ -82,14 +49,12 @@ std::optional<int> pageSizeOf(const QUrlQuery &query)
 
 Response FirestoreReadApi::get(const ResourcePath &path, const Request &request) const
 {
-    const QUrlQuery query = parseForm(request.query);
     if (path.isDocument()) {
-        const auto refusal = checkParameters(query, {});
-        return refusal ? *refusal : document(path);
+        knownParameters(request, {});
+        return document(path);
     }
     const QString tokenKey = QStringLiteral("pageToken");
-    if (const auto refusal = checkParameters(query, {QStringLiteral("pageSize"), tokenKey}))
-        return *refusal;
+    const QUrlQuery query = knownParameters(request, {QStringLiteral("pageSize"), tokenKey});
     const auto pageSize = pageSizeOf(query);
     if (!pageSize)
         return invalidArgument(QStringLiteral("pageSize is not a size."));

@@ -9,7 +9,7 @@ namespace Cloud {
 class Documents;
 
 /// Answers the reading half of the Firestore REST interface (v1): one document, or a page of a collection.
-/// The caller has checked who asks and what for. Throws StorageError.
+/// The caller has checked who asks and what for. Throws RequestRefused and StorageError.
 class FirestoreReadApi
 {
 public:

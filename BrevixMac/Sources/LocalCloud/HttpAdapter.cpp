@@ -5,7 +5,8 @@
 
 #include <QAbstractHttpServer>
 #include <QHttpServerRequest>
-#include <QHttpServerResponder>
+#include <QSslConfiguration>
+#include <QSslSocket>
 #include <QTcpServer>
 
 #include <unistd.h>
@@ -54,26 +55,13 @@ Request translated(const QHttpServerRequest &source)
     return request;
 }
 
-void send(QHttpServerResponder &responder, const Request &request, const Response &response, bool keepsOpen)
-{
-    responder.writeStatusLine(QHttpServerResponder::StatusCode(response.status));
-    responder.writeHeader("Content-Type", response.contentType);
-    responder.writeHeader("Content-Length", QByteArray::number(response.body.size()));
-    responder.writeHeader("Cache-Control", "no-store");
-    responder.writeHeader("X-Content-Type-Options", "nosniff");
-    for (const auto &[name, value] : response.headers)
-        responder.writeHeader(name, value);
-    if (!keepsOpen)
-        responder.writeHeader("Connection", "close");
-    responder.writeBody(request.method == "HEAD" ? QByteArray() : response.body);
-}
-
-/// Counts the connections and gives each its watch.
+/// Counts the connections, gives each its watch, and encrypts them when it has a certificate.
 class Listener final : public QTcpServer
 {
 public:
-    Listener(const HttpAdapter::Limits &limits, int &openConnections)
+    Listener(const HttpAdapter::Limits &limits, std::optional<QSslConfiguration> tls, int &openConnections)
         : m_limits(limits)
+        , m_tls(std::move(tls))
         , m_openConnections(openConnections)
     {
     }
@@ -85,18 +73,36 @@ protected:
             ::close(int(descriptor));
             return;
         }
-        auto *connection = new HttpConnection(m_limits, m_openConnections);
-        connection->setParent(this);
-        if (!connection->setSocketDescriptor(descriptor)) {
+        QTcpSocket *socket = m_tls ? new QSslSocket(this) : new QTcpSocket(this);
+        if (!socket->setSocketDescriptor(descriptor)) {
             ::close(int(descriptor));
-            delete connection;
+            delete socket;
             return;
         }
-        addPendingConnection(connection);
+        new HttpConnection(*socket, m_limits, m_openConnections);
+        if (m_tls)
+            encrypt(*static_cast<QSslSocket *>(socket));
+        else
+            addPendingConnection(socket);
     }
 
 private:
+    /// The library gets to see the connection when it is encrypted. Until then the watch's stall time limits
+    /// it.
+    void encrypt(QSslSocket &socket)
+    {
+        socket.setSslConfiguration(*m_tls);
+        connect(&socket, &QSslSocket::encrypted, this, [this, &socket] {
+            addPendingConnection(&socket);
+            if (socket.bytesAvailable() > 0) // came along with the end of the handshake
+                Q_EMIT socket.readyRead();
+        });
+        connect(&socket, &QAbstractSocket::disconnected, &socket, &QObject::deleteLater);
+        socket.startServerEncryption();
+    }
+
     const HttpAdapter::Limits m_limits;
+    const std::optional<QSslConfiguration> m_tls;
     int &m_openConnections;
 };
 
@@ -113,14 +119,7 @@ protected:
     bool handleRequest(const QHttpServerRequest &source, QTcpSocket *socket) override
     {
         const Request request = translated(source);
-        const bool keepsOpen = request.header("connection").toLower() != "close";
-        {
-            QHttpServerResponder responder = makeResponder(source, socket);
-            send(responder, request, m_handler(request), keepsOpen);
-        }
-        static_cast<HttpConnection *>(socket)->requestCompleted();
-        if (!keepsOpen)
-            socket->disconnectFromHost();
+        HttpConnection::of(*socket).answer(request, m_handler(request));
         return true;
     }
 
@@ -152,9 +151,9 @@ HttpAdapter::HttpAdapter(Handler handler, Limits limits)
 
 HttpAdapter::~HttpAdapter() = default;
 
-bool HttpAdapter::serve(qintptr listeningSocket)
+bool HttpAdapter::serve(qintptr listeningSocket, std::optional<QSslConfiguration> tls)
 {
-    auto listener = std::make_unique<Listener>(m_parts->limits, m_parts->openConnections);
+    auto listener = std::make_unique<Listener>(m_parts->limits, std::move(tls), m_parts->openConnections);
     if (!listener->setSocketDescriptor(listeningSocket))
         return false;
     m_parts->dispatcher.bind(listener.release());

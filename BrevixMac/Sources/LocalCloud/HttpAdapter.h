@@ -3,11 +3,13 @@
 
 #include "Request.h"
 
+#include <QSslConfiguration>
 #include <QtGlobal>
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace Cloud {
 
@@ -26,6 +28,8 @@ public:
         qsizetype bodySize = 10 * 1024 * 1024; ///< bytes; a larger body is answered with 413
         /// A request must have come whole, and some of an answer must have been taken, within this time.
         std::chrono::milliseconds stall = std::chrono::seconds(15);
+        /// How long an answer that is not known at once may take.
+        std::chrono::milliseconds answer = std::chrono::seconds(90);
         /// How long a connection may wait for its next request; longer than the library's refresh interval.
         std::chrono::milliseconds idle = std::chrono::seconds(120);
     };
@@ -33,8 +37,9 @@ public:
     HttpAdapter(Handler handler, Limits limits);
     ~HttpAdapter();
 
-    /// Takes over @p listeningSocket. False when it is none.
-    bool serve(qintptr listeningSocket);
+    /// Takes over @p listeningSocket and speaks HTTPS on it when @p tls holds a certificate and its key.
+    /// False when it is no socket.
+    bool serve(qintptr listeningSocket, std::optional<QSslConfiguration> tls = {});
 
     HttpAdapter(const HttpAdapter &) = delete;
     HttpAdapter &operator=(const HttpAdapter &) = delete;

@@ -3,38 +3,78 @@
 
 #include "Answers.h"
 
+#include <QPointer>
+#include <QTcpSocket>
+
 namespace Cloud {
 
 namespace {
 
-/// The value of Content-Length in @p head; 0 when there is none, -1 when it is no size.
-qint64 contentLength(const QByteArray &head)
+/// The values of the header called @p lowerCaseName in @p head.
+QList<QByteArray> headerValues(const QByteArray &head, QByteArrayView lowerCaseName)
 {
+    QList<QByteArray> values;
     for (const QByteArray &line : head.split('\n')) {
         const qsizetype colon = line.indexOf(':');
-        if (colon < 0 || line.left(colon).trimmed().toLower() != "content-length")
-            continue;
-        bool isNumber = false;
-        const qint64 length = line.mid(colon + 1).trimmed().toLongLong(&isNumber);
-        return isNumber && length >= 0 ? length : -1;
+        if (colon >= 0 && line.left(colon).trimmed().toLower() == lowerCaseName)
+            values.append(line.mid(colon + 1).trimmed());
     }
-    return 0;
+    return values;
+}
+
+/// How long the body is by @p head; 0 when it does not say, -1 when two readers could disagree about it.
+qint64 contentLength(const QByteArray &head)
+{
+    const QList<QByteArray> lengths = headerValues(head, "content-length");
+    if (lengths.isEmpty())
+        return 0;
+    bool isNumber = false;
+    const qint64 length = lengths.constFirst().toLongLong(&isNumber);
+    const bool isAmbiguous = lengths.size() > 1 || !headerValues(head, "transfer-encoding").isEmpty();
+    return isNumber && length >= 0 && !isAmbiguous ? length : -1;
+}
+
+QByteArray reasonPhrase(int status)
+{
+    switch (status) {
+    case 200:
+        return "OK";
+    case 303:
+        return "See Other";
+    case 404:
+        return "Not Found";
+    default:
+        return status < 400 ? "Done" : "Error";
+    }
+}
+
+QByteArray headOf(const Response &response, bool keepsOpen)
+{
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(response.status) + ' ' +
+                      reasonPhrase(response.status) + "\r\nContent-Type: " + response.contentType +
+                      "\r\nContent-Length: " + QByteArray::number(response.body.size()) +
+                      "\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
+    for (const auto &[name, value] : response.headers)
+        head += name + ": " + value + "\r\n";
+    return head + (keepsOpen ? "\r\n" : "Connection: close\r\n\r\n");
 }
 
 } // namespace
 
-HttpConnection::HttpConnection(const HttpAdapter::Limits &limits, int &openConnections)
-    : m_limits(limits)
+HttpConnection::HttpConnection(QTcpSocket &socket, const HttpAdapter::Limits &limits, int &openConnections)
+    : QObject(&socket)
+    , m_socket(socket)
+    , m_limits(limits)
     , m_openConnections(openConnections)
     , m_timer(this)
 {
     ++m_openConnections;
     m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, [this] { abort(); });
+    connect(&m_timer, &QTimer::timeout, &m_socket, &QTcpSocket::abort);
     m_timer.start(m_limits.stall);
     // Slots run in the order of their connection: this one before the library's.
-    connect(this, &QTcpSocket::readyRead, this, &HttpConnection::watchIncoming);
-    connect(this, &QTcpSocket::bytesWritten, this, &HttpConnection::watchOutgoing);
+    connect(&m_socket, &QTcpSocket::readyRead, this, &HttpConnection::watchIncoming);
+    connect(&m_socket, &QTcpSocket::bytesWritten, this, &HttpConnection::watchOutgoing);
 }
 
 HttpConnection::~HttpConnection()
@@ -42,23 +82,56 @@ HttpConnection::~HttpConnection()
     --m_openConnections;
 }
 
-void HttpConnection::requestCompleted()
+HttpConnection &HttpConnection::of(const QTcpSocket &socket)
 {
+    for (QObject *child : socket.children())
+        if (auto *connection = dynamic_cast<HttpConnection *>(child))
+            return *connection;
+    qFatal("A socket without its watch");
+}
+
+void HttpConnection::answer(const Request &request, const Response &response)
+{
+    if (response.later)
+        waitForAnswer(request, response);
+    else
+        write(request, response, request.header("connection").toLower() != "close");
+}
+
+/// Takes the connection out of the library's hands, so that no later request overtakes this one's answer.
+void HttpConnection::waitForAnswer(const Request &request, const Response &response)
+{
+    takeFromLibrary();
+    m_timer.start(m_limits.answer);
+    response.later([self = QPointer(this), request](const Response &answer) {
+        if (self)
+            self->write(request, answer, false);
+    });
+}
+
+void HttpConnection::write(const Request &request, const Response &response, bool keepsOpen)
+{
+    QByteArray bytes = headOf(response, keepsOpen);
+    if (request.method != "HEAD")
+        bytes += response.body;
+    m_socket.write(bytes);
     m_received = 0;
     m_headComplete = false;
     m_head.clear();
-    m_timer.start(bytesToWrite() > 0 ? m_limits.stall : m_limits.idle);
+    m_timer.start(m_socket.bytesToWrite() > 0 ? m_limits.stall : m_limits.idle);
+    if (!keepsOpen)
+        m_socket.disconnectFromHost();
 }
 
 void HttpConnection::watchIncoming()
 {
-    const qint64 available = bytesAvailable();
+    const qint64 available = m_socket.bytesAvailable();
     if (m_received == 0 && available > 0)
         m_timer.start(
             m_limits.stall); // for the whole request, so that a trickle of bytes does not prolong it
     m_received += available;
     if (!m_headComplete)
-        inspectHead(peek(available));
+        inspectHead(m_socket.peek(available));
     else if (m_received > m_limits.headSize + m_limits.bodySize)
         refuse(413, "Payload Too Large");
 }
@@ -66,7 +139,7 @@ void HttpConnection::watchIncoming()
 void HttpConnection::watchOutgoing()
 {
     if (m_received == 0)
-        m_timer.start(bytesToWrite() > 0 ? m_limits.stall : m_limits.idle);
+        m_timer.start(m_socket.bytesToWrite() > 0 ? m_limits.stall : m_limits.idle);
 }
 
 void HttpConnection::inspectHead(const QByteArray &bytes)
@@ -78,35 +151,45 @@ void HttpConnection::inspectHead(const QByteArray &bytes)
     if (end < 0)
         return;
     m_headComplete = true;
-    const qint64 length = contentLength(m_head.left(end));
+    const QByteArray head = m_head.left(end);
+    const qint64 length = contentLength(head);
     if (length < 0)
         return refuse(400, "Bad Request");
-    if (length > m_limits.bodySize || m_head.size() - end > m_limits.headSize + m_limits.bodySize)
+    const qsizetype bodyReceived = m_head.size() - end - 4;
+    if (length > m_limits.bodySize || bodyReceived > m_limits.headSize + m_limits.bodySize)
         return refuse(413, "Payload Too Large");
+    const QList<QByteArray> expected = headerValues(head, "expect");
+    if (!expected.isEmpty() && expected.constFirst().toLower() == "100-continue" && bodyReceived == 0)
+        m_socket.write("HTTP/1.1 100 Continue\r\n\r\n");
     m_head.clear();
 }
 
-/// Answers in the library's place and takes the connection out of its hands. What the client is still sending
-/// is thrown away rather than left unread, because closing over unread bytes would destroy the answer on its
-/// way.
+/// Answers in the library's place. What the client is still sending is thrown away rather than left unread,
+/// because closing over unread bytes would destroy the answer on its way.
 void HttpConnection::refuse(int status, const char *reason)
 {
-    disconnect(this, &QTcpSocket::readyRead, nullptr, nullptr);
-    connect(this, &QTcpSocket::readyRead, this, &HttpConnection::discardIncoming);
+    takeFromLibrary();
     const QByteArray body = errorAnswer(status, "INVALID_ARGUMENT", QString::fromLatin1(reason)).body;
-    write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reason +
-          "\r\nContent-Type: application/json; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
-          QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    m_socket.write(
+        "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason +
+        "\r\nContent-Type: application/json; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
+        QByteArray::number(body.size()) + "\r\n\r\n" + body);
     m_head.clear();
     m_timer.start(m_limits.stall);
     discardIncoming();
 }
 
+void HttpConnection::takeFromLibrary()
+{
+    disconnect(&m_socket, &QTcpSocket::readyRead, nullptr, nullptr);
+    connect(&m_socket, &QTcpSocket::readyRead, this, &HttpConnection::discardIncoming);
+}
+
 void HttpConnection::discardIncoming()
 {
-    if (isTransactionStarted())
-        commitTransaction();
-    skip(bytesAvailable());
+    if (m_socket.isTransactionStarted())
+        m_socket.commitTransaction();
+    m_socket.skip(m_socket.bytesAvailable());
 }
 
 } // namespace Cloud

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LocalCloud.h"
 
+#include "Certificate.h"
 #include "DataFolder.h"
 #include "HttpAdapter.h"
 #include "Service.h"
@@ -54,6 +55,38 @@ QDateTime toDateTime(Timestamp time)
     return QDateTime::fromMSecsSinceEpoch(millis.time_since_epoch().count(), Qt::UTC);
 }
 
+/// A scheme and a host, perhaps a port, and nothing more; HTTPS unless the host is this computer.
+bool isOrigin(const QUrl &url)
+{
+    const bool isLocal = url.host() == QLatin1String("localhost") || QHostAddress(url.host()).isLoopback();
+    const bool isWeb =
+        url.scheme() == QLatin1String("https") || (url.scheme() == QLatin1String("http") && isLocal);
+    return url.isValid() && isWeb && !url.host().isEmpty() && url.path().isEmpty() && !url.hasQuery() &&
+           !url.hasFragment() && url.userInfo().isEmpty();
+}
+
+bool isWildcard(const QHostAddress &address)
+{
+    return address == QHostAddress::Any || address == QHostAddress::AnyIPv4 ||
+           address == QHostAddress::AnyIPv6;
+}
+
+Site siteOf(const LocalCloud::Options &options, quint16 port)
+{
+    const bool isNamed = !options.address.isLoopback() && !isWildcard(options.address);
+    return {.port = port,
+            .projectID = options.projectID,
+            .libraryAppID = options.libraryAppID,
+            .apiKey = options.apiKey,
+            .clientID = options.clientID,
+            .redirectScheme = options.redirectScheme,
+            .model = options.model,
+            .address = isNamed ? options.address.toString() : QString(),
+            .isEncrypted = !options.certificateFile.isEmpty(),
+            .publicUrl = options.publicUrl,
+            .asksPasswords = options.asksPasswords};
+}
+
 LocalCloud::Session toSession(const Service::Session &session)
 {
     return {session.account.uid,
@@ -68,14 +101,28 @@ LocalCloud::Session toSession(const Service::Session &session)
 class ServerThread final : public QThread
 {
 public:
-    ServerThread(Site site, DataFolder folder, qintptr listeningSocket, SharedText &errorString)
+    ServerThread(Site site, DataFolder folder, qintptr listeningSocket, std::optional<QSslConfiguration> tls,
+                 SharedText &errorString)
         : m_site(std::move(site))
         , m_folder(std::move(folder))
         , m_listeningSocket(listeningSocket)
+        , m_tls(std::move(tls))
         , m_errorString(errorString)
     {
         setObjectName(QStringLiteral("local-cloud"));
         m_mailbox.moveToThread(this);
+    }
+
+    /// From another thread; nothing when the server does not answer in time.
+    std::optional<bool> isUsable()
+    {
+        auto promise = std::make_shared<std::promise<bool>>();
+        auto answer = promise->get_future();
+        QMetaObject::invokeMethod(
+            &m_mailbox, [this, promise] { promise->set_value(m_service->isUsable()); }, Qt::QueuedConnection);
+        if (answer.wait_for(sessionDeadline) != std::future_status::ready)
+            return std::nullopt;
+        return answer.get();
     }
 
     /// From another thread; nothing when the server does not answer in time.
@@ -102,7 +149,7 @@ protected:
         m_service = &service;
         m_errorString.set(service.errorString());
         HttpAdapter adapter([&service](const Request &request) { return service.handle(request); }, {});
-        if (!adapter.serve(m_listeningSocket))
+        if (!adapter.serve(m_listeningSocket, m_tls))
             qCWarning(logLocalCloud) << "The listening socket could not be taken over";
         exec();
         m_service = nullptr;
@@ -112,6 +159,7 @@ private:
     const Site m_site;
     const DataFolder m_folder;
     const qintptr m_listeningSocket;
+    const std::optional<QSslConfiguration> m_tls;
     SharedText &m_errorString;
     QObject m_mailbox; ///< receives calls for the thread; they wait until its event loop runs
     Service *m_service = nullptr;
@@ -146,13 +194,19 @@ bool LocalCloud::start()
     if (m_parts->thread)
         return true;
     const Options &options = m_parts->options;
+    std::optional<QSslConfiguration> tls;
+    QString problem = problemOf(options);
+    if (problem.isEmpty() && !options.certificateFile.isEmpty())
+        tls = Certificate::read(options.certificateFile, options.keyFile, problem);
     DataFolder folder(options.dataFolder);
-    if (!folder.prepare()) {
-        m_parts->errorString.set(folder.errorString());
+    if (problem.isEmpty() && !folder.prepare())
+        problem = folder.errorString();
+    if (!problem.isEmpty()) {
+        m_parts->errorString.set(problem);
         return false;
     }
     QTcpServer opener;
-    const bool listens = opener.listen(QHostAddress::LocalHost, options.port);
+    const bool listens = opener.listen(options.address, options.port);
     // A copy, because the opener closes its own.
     const int socket = listens ? ::fcntl(int(opener.socketDescriptor()), F_DUPFD_CLOEXEC, 0) : -1;
     if (socket < 0) {
@@ -161,11 +215,37 @@ bool LocalCloud::start()
         return false;
     }
     m_parts->port = opener.serverPort();
-    const Site site{m_parts->port,  options.projectID, options.libraryAppID,
-                    options.apiKey, options.clientID,  options.redirectScheme};
-    m_parts->thread = std::make_unique<ServerThread>(site, std::move(folder), socket, m_parts->errorString);
+    m_parts->thread = std::make_unique<ServerThread>(siteOf(options, m_parts->port), std::move(folder),
+                                                     socket, std::move(tls), m_parts->errorString);
     m_parts->thread->start();
     return true;
+}
+
+bool LocalCloud::waitForDatabase()
+{
+    return m_parts->thread && m_parts->thread->isUsable().value_or(false);
+}
+
+QString LocalCloud::problemOf(const Options &options)
+{
+    const bool isEncrypted = !options.certificateFile.isEmpty();
+    const QUrl &url = options.publicUrl;
+    if (isEncrypted == options.keyFile.isEmpty())
+        return QStringLiteral("A certificate and its private key belong together.");
+    if (!options.address.isLoopback() && !isEncrypted)
+        return QStringLiteral(
+                   "Listening at %1 would send passwords and libraries unencrypted. Give a certificate and "
+                   "its key, or listen at 127.0.0.1 behind a proxy that speaks HTTPS.")
+            .arg(options.address.toString());
+    if (!url.isEmpty() && !isOrigin(url))
+        return QStringLiteral("The public URL must be like https://library.example.org, without a path.");
+    const bool isPublic = !options.address.isLoopback() || !url.isEmpty();
+    if (isPublic && !options.asksPasswords)
+        return QStringLiteral("A server that others can reach must ask for passwords.");
+    if (isWildcard(options.address) && url.isEmpty())
+        return QStringLiteral(
+            "A server that listens at every address needs the public URL that clients use.");
+    return {};
 }
 
 QString LocalCloud::errorString() const
@@ -175,9 +255,16 @@ QString LocalCloud::errorString() const
 
 QUrl LocalCloud::origin() const
 {
-    return m_parts->port == 0
-               ? QUrl()
-               : QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_parts->port), QUrl::StrictMode);
+    const Options &options = m_parts->options;
+    if (m_parts->port == 0)
+        return {};
+    if (!options.publicUrl.isEmpty())
+        return options.publicUrl;
+    QUrl origin;
+    origin.setScheme(options.certificateFile.isEmpty() ? QStringLiteral("http") : QStringLiteral("https"));
+    origin.setHost(options.address.toString());
+    origin.setPort(m_parts->port);
+    return origin;
 }
 
 LocalCloud::Session LocalCloud::issueLocalSession()

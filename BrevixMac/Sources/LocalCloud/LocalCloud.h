@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ModelOptions.h"
+
 #include <QDateTime>
+#include <QHostAddress>
 #include <QString>
 #include <QUrl>
 
@@ -19,12 +22,28 @@ public:
     {
         QString dataFolder; ///< holds the database and the signing key; created with mode 0700 when missing
         quint16 port = 0;   ///< 0: a free one
-        QString projectID;  ///< the only project it serves
-        QString apiKey;     ///< the key its token endpoint expects
-        QString libraryAppID;
-        QString clientID;       ///< the OAuth client that may sign people in
-        QString redirectScheme; ///< of the addresses at which that client takes the answer
+
+        // The names by which clients know the server. These are the ones of brevix --local.
+        QString projectID = QStringLiteral("brevix-local"); ///< the only project it serves
+        QString apiKey = QStringLiteral("local-api-key");   ///< the key its token endpoints expect
+        QString libraryAppID = QStringLiteral("brevix-app-local");
+        QString clientID =
+            QStringLiteral("brevix-local-client"); ///< the OAuth client that may sign people in
+        QString redirectScheme = QStringLiteral("app.brevix.local"); ///< of that client's own addresses
+
+        Cloud::ModelOptions model = {}; ///< improves prompts; by rules when there is none
+
+        // For others than the user of this computer; see problemOf().
+        QHostAddress address = QHostAddress(QHostAddress::LocalHost);
+        QString certificateFile = {}; ///< PEM, with its chain; empty: no encryption
+        QString keyFile = {};         ///< PEM
+        QUrl publicUrl = {};        ///< the origin that clients use, when it is another than address and port
+        bool asksPasswords = false; ///< else whoever reaches the server may sign in as anybody
     };
+
+    /// Why a server of these options would be unsafe or cannot be: listening beyond loopback without
+    /// encryption or without passwords, for example. Empty when nothing is wrong.
+    static QString problemOf(const Options &options);
 
     /// A signed-in session of the local user, as the token endpoints would hand it out.
     struct Session
@@ -45,8 +64,12 @@ public:
     bool start();
     QString errorString() const;
 
-    /// "http://127.0.0.1:PORT" once started.
+    /// "http://127.0.0.1:PORT", or as it is reached otherwise, once started.
     QUrl origin() const;
+
+    /// Waits until the server's thread has opened its database, a few milliseconds. False when it cannot be
+    /// used; errorString() says why.
+    bool waitForDatabase();
 
     /// Signs the local user in, in place of the session handed out before. Waits for the server's thread, a
     /// few milliseconds. An empty idToken when the database cannot be used; errorString() says why.

@@ -8,17 +8,9 @@ namespace Cloud {
 
 namespace {
 
-QByteArray readResource(const QString &name)
-{
-    QFile file(QStringLiteral(":/localcloud/") + name);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("A page's resource is missing from the program");
-    return file.readAll();
-}
-
 const QByteArray &styleSheet()
 {
-    static const QByteArray sheet = readResource(QStringLiteral("pages.css"));
+    static const QByteArray sheet = pageResource(QStringLiteral("pages.css"));
     return sheet;
 }
 
@@ -37,6 +29,14 @@ QByteArray contentSecurityPolicy(const Page &page)
 }
 
 } // namespace
+
+QByteArray pageResource(const QString &name)
+{
+    QFile file(QStringLiteral(":/localcloud/") + name);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("A page's resource is missing from the program");
+    return file.readAll();
+}
 
 Response pageAnswer(const Page &page)
 {
@@ -72,7 +72,7 @@ Response problemPage(int status, const QString &title, const QString &explanatio
 
 QString brandMark()
 {
-    static const QString mark = QString::fromUtf8(readResource(QStringLiteral("mark.svg")));
+    static const QString mark = QString::fromUtf8(pageResource(QStringLiteral("mark.svg")));
     return mark;
 }
 

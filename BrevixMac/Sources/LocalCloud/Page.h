@@ -25,6 +25,9 @@ Response pageAnswer(const Page &page);
 /// A page that says what went wrong and offers nothing.
 Response problemPage(int status, const QString &title, const QString &explanation);
 
+/// The content of a file that is built in for pages.
+QByteArray pageResource(const QString &name);
+
 /// The mark of the product, drawn at the size of its context.
 QString brandMark();
 

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QPair>
 
+#include <functional>
+
 namespace Cloud {
 
 using HeaderList = QList<QPair<QByteArray, QByteArray>>;
@@ -33,6 +35,10 @@ struct Response
     QByteArray contentType = "application/json; charset=UTF-8";
     QByteArray body;
     HeaderList headers; ///< besides Content-Type and Content-Length
+
+    /// When set, this is no answer yet: called once, with the place to put it, which may be used at any later
+    /// moment on the same thread, also when nobody waits for it any more.
+    std::function<void(std::function<void(const Response &)>)> later = {};
 };
 
 } // namespace Cloud

@@ -49,10 +49,21 @@ std::optional<ResourcePath> ResourcePath::fromPieces(const QStringList &pieces)
     path.m_projectID = pieces[1];
     path.m_databaseID = pieces[3];
     path.m_segments = pieces.sliced(5);
-    const bool isValid = std::all_of(path.m_segments.begin(), path.m_segments.end(), &isName) &&
-                         path.m_segments.size() <= maximumDepth &&
-                         path.m_segments.join(u'/').toUtf8().size() <= maximumPathSize;
-    return isValid ? std::optional(path) : std::nullopt;
+    return path.isValid() ? std::optional(path) : std::nullopt;
+}
+
+std::optional<ResourcePath> ResourcePath::child(const QString &id) const
+{
+    ResourcePath path = *this;
+    path.m_segments.append(id);
+    return path.isValid() && !id.contains(u'/') && !id.contains(QChar(u'\0')) ? std::optional(path)
+                                                                              : std::nullopt;
+}
+
+bool ResourcePath::isValid() const
+{
+    return std::all_of(m_segments.begin(), m_segments.end(), &isName) && m_segments.size() <= maximumDepth &&
+           m_segments.join(u'/').toUtf8().size() <= maximumPathSize;
 }
 
 QString ResourcePath::collection() const

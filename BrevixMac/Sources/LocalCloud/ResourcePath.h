@@ -21,6 +21,9 @@ public:
     /// other shape or for names that documents cannot have.
     static std::optional<ResourcePath> fromPieces(const QStringList &pieces);
 
+    /// The document @p id of this collection; nothing for an id that a document cannot have.
+    std::optional<ResourcePath> child(const QString &id) const;
+
     const QString &projectID() const { return m_projectID; }
     const QString &databaseID() const { return m_databaseID; }
 
@@ -39,6 +42,8 @@ public:
     QString collectionName() const;
 
 private:
+    bool isValid() const;
+
     QString m_projectID;
     QString m_databaseID;
     QStringList m_segments;

@@ -2,6 +2,7 @@
 #include "Router.h"
 
 #include "Answers.h"
+#include "RequestRefused.h"
 #include "StarterLibrary.h"
 #include "State.h"
 
@@ -23,6 +24,7 @@ const QStringList servicePrefixes{QStringLiteral("firestore.googleapis.com"),
 const QStringList authorizationPath{QStringLiteral("o"), QStringLiteral("oauth2"), QStringLiteral("v2"),
                                     QStringLiteral("auth")};
 const QStringList tokenPath{QStringLiteral("token")};
+const QStringList sharePath{QStringLiteral("public")};
 const QString accountsPrefix = QStringLiteral("accounts:");
 
 Response noSuchRoute()
@@ -30,23 +32,22 @@ Response noSuchRoute()
     return notFound(QStringLiteral("There is nothing at this address."));
 }
 
-bool isDataMethod(const QByteArray &method)
-{
-    return method == "GET" || method == "POST" || method == "PATCH" || method == "DELETE";
-}
-
 } // namespace
 
 Router::Router(Site site, State &state)
     : m_site(std::move(site))
-    , m_gate(m_site.port)
+    , m_gate(m_site)
     , m_state(state)
-    , m_firestore(state.documents)
+    , m_firestore(state, DocumentAccess(m_site.projectID, m_site.libraryAppID))
     , m_authorization(state.accounts, state.codes, {m_site.clientID, m_site.redirectScheme}, state.forms,
-                      [this](const Account &account) { welcome(account); })
+                      m_site.asksPasswords ? AuthorizationApi::Entry::password
+                                           : AuthorizationApi::Entry::open,
+                      state.clock, [this](const Account &account) { welcome(account); })
     , m_tokenExchange(state.accounts, state.codes, state.providerTokens, m_site.clientID)
     , m_identityToolkit(state.accounts, state.idTokens, state.providerTokens, m_site.apiKey)
     , m_secureToken(state.accounts, state.idTokens, m_site.apiKey, m_site.projectID)
+    , m_sharePage(state.documents, m_site.libraryAppID)
+    , m_functions(state.idTokens, m_site.model)
 {
 }
 
@@ -55,11 +56,19 @@ Response Router::handle(const Request &request)
     try {
         const auto refusal = m_gate.refusal(request);
         return refusal ? *refusal : route(request);
+    } catch (const RequestRefused &refused) {
+        return refused.answer();
     } catch (const StorageError &error) {
         qCWarning(logRouter) << "A request failed in the database:" << error.what();
         return errorAnswer(503, "UNAVAILABLE",
                            QStringLiteral("The library database cannot be used right now."));
     }
+}
+
+/// "{project}/us-central1/{function}"
+bool Router::isFunction(const QStringList &pieces) const
+{
+    return pieces.size() == 3 && pieces[0] == m_site.projectID && pieces[1] == QLatin1String("us-central1");
 }
 
 Response Router::route(const Request &request)
@@ -71,13 +80,17 @@ Response Router::route(const Request &request)
         pieces->removeFirst();
     if (*pieces == authorizationPath)
         return m_authorization.handle(request);
+    if (*pieces == sharePath)
+        return m_sharePage.handle(request);
+    if (isFunction(*pieces) && request.method == "POST")
+        return m_functions.call(pieces->constLast(), request);
     if (*pieces == tokenPath && request.method == "POST")
         return m_tokenExchange.exchange(request);
     if (pieces->size() < 2 || pieces->takeFirst() != QLatin1String("v1"))
         return noSuchRoute();
     const QString service = pieces->constFirst();
     if (service == QLatin1String("projects"))
-        return data(request, *pieces);
+        return m_firestore.handle(request, *pieces);
     if (service == QLatin1String("token") && pieces->size() == 1 && request.method == "POST")
         return m_secureToken.refresh(request);
     if (service.startsWith(accountsPrefix) && pieces->size() == 1 && request.method == "POST")
@@ -85,49 +98,10 @@ Response Router::route(const Request &request)
     return noSuchRoute();
 }
 
-/// Everything below "projects" belongs to somebody.
-Response Router::data(const Request &request, const QStringList &pieces)
-{
-    const auto user = userOf(request);
-    if (!user)
-        return unauthenticated();
-    if (!isDataMethod(request.method))
-        return noSuchRoute();
-    if (request.method != "GET")
-        return unimplemented();
-    const auto path = ResourcePath::fromPieces(pieces);
-    if (!path || path->isRoot())
-        return noSuchRoute();
-    if (path->projectID() != m_site.projectID)
-        return permissionDenied();
-    if (path->databaseID() != QLatin1String("(default)"))
-        return notFound(QStringLiteral("The database \"%1\" does not exist.").arg(path->databaseID()));
-    return mayRead(*user, path->segments()) ? m_firestore.get(*path, request) : permissionDenied();
-}
-
-std::optional<QString> Router::userOf(const Request &request) const
-{
-    const QByteArray authorization = request.header("authorization");
-    if (request.headerCount("authorization") != 1 || authorization.left(7).toLower() != "bearer ")
-        return std::nullopt;
-    return m_state.idTokens.userOf(authorization.sliced(7).trimmed());
-}
-
 /// A new account has something to try, like a new installation.
 void Router::welcome(const Account &account)
 {
     seedStarterLibrary(m_state.database, m_site.libraryAppID, account.uid, m_state.clock());
-}
-
-/// A user's own documents, and what anybody has shared.
-bool Router::mayRead(const QString &uid, const QStringList &segments) const
-{
-    if (segments.size() < 5 || segments[0] != QLatin1String("artifacts") ||
-        segments[1] != m_site.libraryAppID)
-        return false;
-    if (segments[2] == QLatin1String("users"))
-        return segments[3] == uid;
-    return segments[2] == QLatin1String("public") && segments[3] == QLatin1String("data");
 }
 
 } // namespace Cloud

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "AuthorizationApi.h"
-#include "FirestoreReadApi.h"
+#include "CallableApi.h"
+#include "FirestoreApi.h"
 #include "IdentityToolkitApi.h"
 #include "Request.h"
 #include "RequestGate.h"
 #include "SecureTokenApi.h"
+#include "SharePage.h"
 #include "Site.h"
 #include "TokenExchangeApi.h"
 
@@ -29,19 +31,19 @@ public:
 
 private:
     Response route(const Request &request);
-    Response data(const Request &request, const QStringList &pieces);
+    bool isFunction(const QStringList &pieces) const;
     void welcome(const Account &account);
-    std::optional<QString> userOf(const Request &request) const;
-    bool mayRead(const QString &uid, const QStringList &segments) const;
 
     Site m_site;
     RequestGate m_gate;
     State &m_state;
-    FirestoreReadApi m_firestore;
+    FirestoreApi m_firestore;
     AuthorizationApi m_authorization;
     TokenExchangeApi m_tokenExchange;
     IdentityToolkitApi m_identityToolkit;
     SecureTokenApi m_secureToken;
+    SharePage m_sharePage;
+    CallableApi m_functions;
 };
 
 } // namespace Cloud

@@ -20,7 +20,7 @@ Service::Service(Site site, const QString &databasePath, const QByteArray &signi
     : m_state(site, databasePath, signingKey, std::move(clock))
     , m_router(site, m_state)
 {
-    openLibrary(site.libraryAppID);
+    openLibrary(site);
 }
 
 Response Service::handle(const Request &request)
@@ -47,15 +47,15 @@ Service::Session Service::issueLocalSession()
     return session;
 }
 
-void Service::openLibrary(const QString &libraryAppID)
+void Service::openLibrary(const Site &site)
 {
     m_isUsable = m_state.database.open();
     m_errorString = m_isUsable ? m_state.database.damageReport() : m_state.database.errorString();
-    if (!m_isUsable)
+    if (!m_isUsable || site.asksPasswords) // the local user has no password
         return;
     try {
         m_state.accounts.put(Accounts::localUser());
-        seedStarterLibrary(m_state.database, libraryAppID, Accounts::localUser().uid, m_state.clock());
+        seedStarterLibrary(m_state.database, site.libraryAppID, Accounts::localUser().uid, m_state.clock());
     } catch (const StorageError &error) {
         m_isUsable = false;
         m_errorString = QString::fromUtf8(error.what());

@@ -33,7 +33,7 @@ public:
     Session issueLocalSession();
 
 private:
-    void openLibrary(const QString &libraryAppID);
+    void openLibrary(const Site &site);
 
     State m_state;
     Router m_router;

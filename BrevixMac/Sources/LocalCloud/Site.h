@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ModelOptions.h"
+
 #include <QString>
+#include <QUrl>
 
 namespace Cloud {
 
@@ -14,6 +17,11 @@ struct Site
     QString apiKey;
     QString clientID;       ///< the only OAuth client
     QString redirectScheme; ///< of that client's own addresses
+    ModelOptions model = {};
+    QString address = {};       ///< that is listened at, if it is not loopback
+    bool isEncrypted = false;   ///< HTTPS is spoken
+    QUrl publicUrl = {};        ///< the origin that clients use, if it is another one
+    bool asksPasswords = false; ///< else everybody who reaches the server may sign in as anybody
 };
 
 } // namespace Cloud

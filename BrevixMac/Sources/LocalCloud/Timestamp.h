@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 namespace Cloud {
 
@@ -18,5 +20,9 @@ Timestamp systemTime();
 
 /// UTC with a "Z" and 0, 3 or 6 digits of fraction, as few as hold the value: "2024-05-01T09:30:12.345Z".
 QByteArray formatTimestamp(Timestamp time);
+
+/// Reads RFC 3339 with any offset; further digits than microseconds are cut off. Nothing for another text, or
+/// outside the years 1 to 9999.
+std::optional<Timestamp> parseTimestamp(const QString &text);
 
 } // namespace Cloud

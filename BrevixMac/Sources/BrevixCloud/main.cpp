@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Console.h"
+#include "UserCommands.h"
+
+#include "Foundation/TerminationSignals.h"
+#include "LocalCloud/LocalCloud.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QProcessEnvironment>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int defaultPort = 8787;
+
+struct CommandLine
+{
+    QCommandLineParser parser;
+    QCommandLineOption listen{
+        QStringLiteral("listen"),
+        QStringLiteral("Where to listen, 127.0.0.1:8787 unless given. Other addresses than "
+                       "this computer's own loopback need --certificate and --key."),
+        QStringLiteral("ADDRESS:PORT")};
+    QCommandLineOption data{QStringLiteral("data"),
+                            QStringLiteral("The folder of the database and the signing key."),
+                            QStringLiteral("FOLDER")};
+    QCommandLineOption certificate{QStringLiteral("certificate"),
+                                   QStringLiteral("The certificate, with its chain, in PEM form."),
+                                   QStringLiteral("FILE")};
+    QCommandLineOption key{QStringLiteral("key"),
+                           QStringLiteral("The certificate's private key in PEM form."),
+                           QStringLiteral("FILE")};
+    QCommandLineOption publicUrl{
+        QStringLiteral("public-url"),
+        QStringLiteral("The address that clients use, if it is not the one listened at."),
+        QStringLiteral("URL")};
+    QCommandLineOption open{QStringLiteral("open"),
+                            QStringLiteral("Ask for no passwords: everybody on this computer may sign in as "
+                                           "anybody. Only on loopback, for trying things out.")};
+    QCommandLineOption name{QStringLiteral("name"), QStringLiteral("The name of a new user."),
+                            QStringLiteral("NAME")};
+    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
+                            QStringLiteral("Show this help and exit.")};
+    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
+                               QStringLiteral("Show the version and exit.")};
+
+    CommandLine()
+    {
+        parser.setApplicationDescription(
+            QStringLiteral("Keeps prompt libraries for a household or a team.\n\n"
+                           "Without a command, serves until it is ended.\n"
+                           "  add-user EMAIL       make an account; its password is asked for\n"
+                           "  set-password EMAIL   change a password and end the account's sessions\n"
+                           "  remove-user EMAIL    delete an account and its library\n"
+                           "  list-users           show the accounts"));
+        parser.addOptions({listen, data, certificate, key, publicUrl, open, name, help, version});
+        parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("One of the above."),
+                                     QStringLiteral("[command]"));
+    }
+};
+
+/// Reads "ADDRESS:PORT" and "[ADDRESS]:PORT" into @p options. False for another text.
+bool readAddress(const QString &text, LocalCloud::Options &options)
+{
+    const qsizetype colon = text.lastIndexOf(u':');
+    if (colon < 0)
+        return false;
+    QString address = text.left(colon);
+    if (address.startsWith(u'[') && address.endsWith(u']'))
+        address = address.sliced(1, address.size() - 2);
+    bool isPort = false;
+    options.port = text.sliced(colon + 1).toUShort(&isPort);
+    options.address =
+        address == QLatin1String("localhost") ? QHostAddress(QHostAddress::LocalHost) : QHostAddress(address);
+    return isPort && !options.address.isNull();
+}
+
+QString defaultFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/brevix-cloud");
+}
+
+int serve(QCoreApplication &application, const LocalCloud::Options &options)
+{
+    TerminationSignals::holdBack();
+    const TerminationSignals signals;
+    LocalCloud cloud(options);
+    if (!cloud.start())
+        return Console::fail(cloud.errorString());
+    QObject::connect(&signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    Console::say(QStringLiteral("Serving %1, data in %2").arg(cloud.origin().toString(), options.dataFolder));
+    if (cloud.waitForDatabase())
+        return QCoreApplication::exec();
+    return Console::fail(cloud.errorString());
+}
+
+int runCommand(const QStringList &words, const QString &name, const LocalCloud::Options &options)
+{
+    const UserCommands users(options);
+    const QString &command = words.constFirst();
+    if (command == QLatin1String("list-users") && words.size() == 1)
+        return users.list();
+    if (words.size() == 2 && command == QLatin1String("add-user"))
+        return users.add(words[1], name.isEmpty() ? words[1].section(u'@', 0, 0) : name);
+    if (words.size() == 2 && command == QLatin1String("set-password"))
+        return users.setPassword(words[1]);
+    if (words.size() == 2 && command == QLatin1String("remove-user"))
+        return users.remove(words[1]);
+    return Console::fail(
+        QStringLiteral("\"%1\" cannot be understood. Try: brevix-cloud --help").arg(words.join(u' ')),
+        Console::exitUsage);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("brevix-cloud"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(BREVIX_VERSION));
+    CommandLine line;
+    if (!line.parser.parse(QCoreApplication::arguments()))
+        return Console::fail(line.parser.errorText() + QStringLiteral("\nTry: brevix-cloud --help"),
+                             Console::exitUsage);
+    if (line.parser.isSet(line.help))
+        return Console::say(line.parser.helpText().trimmed());
+    if (line.parser.isSet(line.version))
+        return Console::say(QStringLiteral("brevix-cloud " BREVIX_VERSION));
+
+    LocalCloud::Options options;
+    options.port = defaultPort;
+    options.dataFolder = line.parser.isSet(line.data) ? line.parser.value(line.data) : defaultFolder();
+    options.certificateFile = line.parser.value(line.certificate);
+    options.keyFile = line.parser.value(line.key);
+    options.publicUrl = QUrl(line.parser.value(line.publicUrl), QUrl::StrictMode);
+    options.asksPasswords = !line.parser.isSet(line.open);
+    if (line.parser.isSet(line.listen) && !readAddress(line.parser.value(line.listen), options))
+        return Console::fail(QStringLiteral("--listen takes ADDRESS:PORT, such as 192.168.1.5:8443."),
+                             Console::exitUsage);
+    const QStringList words = line.parser.positionalArguments();
+    if (!words.isEmpty())
+        return runCommand(words, line.parser.value(line.name), options);
+    QString problem;
+    options.model = Cloud::ModelOptions::fromEnvironment(QProcessEnvironment::systemEnvironment(), problem);
+    if (problem.isEmpty())
+        problem = LocalCloud::problemOf(options);
+    return problem.isEmpty() ? serve(application, options) : Console::fail(problem, Console::exitUsage);
+}
