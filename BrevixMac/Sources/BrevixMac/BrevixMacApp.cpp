@@ -15,6 +15,7 @@
 #include "LocalCloud/LocalCloud.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QFileInfo>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
@@ -60,14 +61,19 @@ AppConfiguration localConfiguration(const QUrl &origin)
 LocalCloud::Options localCloudOptions()
 {
     const AppConfiguration configuration = localConfiguration({});
-    return {.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                          QStringLiteral("/brevix/cloud"),
-            .port = 0,
-            .projectID = configuration.firebase.projectID,
-            .apiKey = configuration.firebase.apiKey,
-            .libraryAppID = configuration.logicalLibraryAppID,
-            .clientID = configuration.firebase.clientID,
-            .redirectScheme = configuration.firebase.reversedClientID};
+    LocalCloud::Options options;
+    options.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                         QStringLiteral("/brevix/cloud");
+    options.projectID = configuration.firebase.projectID;
+    options.apiKey = configuration.firebase.apiKey;
+    options.libraryAppID = configuration.logicalLibraryAppID;
+    options.clientID = configuration.firebase.clientID;
+    options.redirectScheme = configuration.firebase.reversedClientID;
+    QString problem;
+    options.model = Cloud::ModelOptions::fromEnvironment(QProcessEnvironment::systemEnvironment(), problem);
+    if (!problem.isEmpty())
+        qWarning().noquote() << "Prompts are optimized by rules:" << problem;
+    return options;
 }
 
 StoredAuthSession storedSession(const LocalCloud::Session &session)
