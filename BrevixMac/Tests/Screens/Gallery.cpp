@@ -338,6 +338,16 @@ void drawAll()
             stage.desk.isConfigured = false;
         },
         [](Stage &stage) { stage.desk.appState->signIn(false); });
+    picture(
+        QStringLiteral("signing-in"), [](Stage &stage) { stage.desk.isSignedIn = false; },
+        [](Stage &stage) { stage.desk.appState->signIn(true); });
+    picture(
+        QStringLiteral("signing-in-without-browser"),
+        [](Stage &stage) {
+            stage.desk.isSignedIn = false;
+            stage.desk.webAuthenticationSession.hasNoBrowser = true;
+        },
+        [](Stage &stage) { stage.desk.appState->signIn(true); });
     picture(QStringLiteral("failed"), sample, failInsertion);
     picture(QStringLiteral("copied"), sample, [](Stage &stage) {
         QTest::keyClick(&stage.page().searchField(), Qt::Key_Down);
