@@ -70,7 +70,7 @@ QString describe(const WebAuthenticationError &error)
 {
     if (error.code() == WebAuthenticationError::Code::canceledLogin)
         return QStringLiteral("Google sign-in was canceled.");
-    const QString description = Text::trimmed(error.description());
+    QString description = Text::trimmed(error.description());
     const QString reason = Text::trimmed(error.failureReason());
     if (reason.isEmpty() || reason == description)
         return description;

@@ -138,15 +138,14 @@ QCoro::Task<StoredAuthSession> AuthService::refreshRejected(StoredAuthSession se
 
 QFuture<StoredAuthSession> AuthService::sharedRefresh(const StoredAuthSession &session)
 {
-    if (!m_refresh) {
-        const auto promise = std::make_shared<QPromise<StoredAuthSession>>();
-        promise->start();
-        m_refresh = promise->future();
-        const QFuture<StoredAuthSession> future = *m_refresh; // the refresh may be over before the next line
-        detach(runRefresh(session, promise, m_refreshTasks.token()), "refreshing the session");
-        return future;
-    }
-    return *m_refresh;
+    if (m_refresh)
+        return *m_refresh;
+    const auto promise = std::make_shared<QPromise<StoredAuthSession>>();
+    promise->start();
+    QFuture<StoredAuthSession> future = promise->future();
+    m_refresh = future; // first: the refresh may be over, and this reset, before the call returns
+    detach(runRefresh(session, promise, m_refreshTasks.token()), "refreshing the session");
+    return future;
 }
 
 QCoro::Task<> AuthService::runRefresh(StoredAuthSession session, RefreshPromise promise,

@@ -134,7 +134,7 @@ QString authorizationCode(const QUrl &callback, const QString &expectedState)
     const auto state = items.constFind(QStringLiteral("state"));
     if (state == items.constEnd() || *state != expectedState)
         throw AuthError(AuthError::Kind::stateMismatch);
-    const QString code = items.value(QStringLiteral("code"));
+    QString code = items.value(QStringLiteral("code"));
     if (code.isEmpty())
         throw AuthError(AuthError::Kind::missingAuthorizationCode);
     return code;

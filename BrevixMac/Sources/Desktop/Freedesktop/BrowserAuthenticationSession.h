@@ -24,7 +24,7 @@ public:
     };
 
     /// Longest address that is looked at, in UTF-16 units. Real ones have a few hundred.
-    static constexpr qsizetype longestAddress = 16 * 1024;
+    static constexpr qsizetype longestAddress = 16384;
 
     BrowserAuthenticationSession();
     explicit BrowserAuthenticationSession(Options options);
