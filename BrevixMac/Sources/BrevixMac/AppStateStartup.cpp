@@ -57,7 +57,7 @@ AppState::AppState(AppEnvironment environment)
     , m_insertionService(std::make_unique<InsertionService>(
           *m_permissions, *m_accessibilityService, *m_preferences,
           InsertionService::Desktop{m_environment.pasteboard, m_environment.workspace,
-                                    m_environment.keyEvents}))
+                                    m_environment.keyEvents, m_environment.accessibilityTree}))
 {
     if (!sharedInstance)
         sharedInstance = this;

@@ -5,6 +5,7 @@
 #include "PermissionsService.h"
 #include "PreferenceStore.h"
 
+#include "Desktop/AccessibilityTree.h"
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Pasteboard.h"
 #include "Desktop/Workspace.h"
@@ -56,6 +57,17 @@ InsertionResult clipboardNotSavedResult()
                        "Copy instead to replace it."));
 }
 
+/// The application took the text and fell silent. Inserting in another way could double it.
+InsertionResult unknownOutcomeResult(const FocusedTarget &target)
+{
+    const QString name = target.applicationName.value_or(QStringLiteral("The current app"));
+    return InsertionResult::failure(
+        InsertionFailureReason::unknown,
+        QStringLiteral("%1 isn't answering, so Brevix can't tell whether the text "
+                       "arrived. Look there before you copy instead.")
+            .arg(name));
+}
+
 InsertionResult copiedResult()
 {
     return InsertionResult::success(InsertionMethod::copiedOnly,
@@ -78,10 +90,25 @@ PasteConvention pasteConvention(const FocusedTarget &target)
     return isEmbeddedTerminal ? PasteConvention::terminal : convention;
 }
 
-bool isInFront(const Workspace &workspace, const RunningApplication &application)
+/// Whether what is typed now arrives in the process, the window and the field of the capture. A field whose
+/// application does not tell is taken for the same.
+QCoro::Task<bool> isStillTheTarget(InsertionService::Desktop desktop, FocusedTargetPtr target,
+                                   std::stop_token token)
 {
-    const std::optional<RunningApplication> frontmost = workspace.frontmostApplication();
-    return frontmost && frontmost->processIdentifier == application.processIdentifier;
+    std::optional<bool> isFocused;
+    if (desktop.accessibilityTree.isProcessTrusted() && !token.stop_requested())
+        isFocused = co_await desktop.accessibilityTree.isFocused(target->element);
+    // The window comes last, because nothing takes time between this look and the key.
+    co_return isFocused.value_or(true) && desktop.workspace.isInFront(*target->application);
+}
+
+/// The same, noting a refusal in @p isTarget.
+QCoro::Task<bool> lookAgain(InsertionService::Desktop desktop, FocusedTargetPtr target, std::stop_token token,
+                            std::shared_ptr<bool> isTarget)
+{
+    const bool isSame = co_await isStillTheTarget(desktop, target, token);
+    *isTarget = isSame;
+    co_return isSame;
 }
 
 /// The steps between taking over the clipboard and giving it back. Touches only the seams, so that it ends
@@ -96,10 +123,15 @@ QCoro::Task<InsertionResult> pasteInto(InsertionService::Desktop desktop, Focuse
     if (!activated)
         co_return reactivationResult(*target);
     co_await sleepFor(settleTime, token);
-    // The user may have moved on during the wait; a chord now would land in another program.
-    if (!isInFront(desktop.workspace, application))
+    // The user may have moved on during the wait, and may again while modifiers are waited for; a chord then
+    // would land in another field.
+    if (!desktop.workspace.isInFront(application))
         co_return reactivationResult(*target);
-    const bool posted = co_await desktop.keyEvents.postPasteChord(pasteConvention(*target));
+    const auto isTarget = std::make_shared<bool>(true);
+    const KeyEvents::Guard guard = [=] { return lookAgain(desktop, target, token, isTarget); };
+    const bool posted = co_await desktop.keyEvents.postPasteChord(pasteConvention(*target), guard);
+    if (!*isTarget)
+        co_return reactivationResult(*target);
     if (!posted)
         co_return postEventResult();
     co_await sleepFor(settleTime, token);
@@ -167,9 +199,12 @@ InsertionService::attemptAccessibilityInsertion(QString text, FocusedTargetPtr t
 {
     if (!m_permissions.accessibilityGranted() || AccessibilityService::isSecureField(*target))
         co_return std::nullopt;
+    AccessibilityTree &tree = m_desktop.accessibilityTree;
     // insertText() asks first whether the value can be written, so the question costs one round trip, not
     // two.
     const bool inserted = co_await m_accessibility.insertText(text, target);
+    if (!inserted && tree.mayStillBeWritten(target->element))
+        co_return unknownOutcomeResult(*target);
     if (!inserted)
         co_return std::nullopt;
     co_return InsertionResult::success(InsertionMethod::accessibility,

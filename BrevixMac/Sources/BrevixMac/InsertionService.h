@@ -6,6 +6,7 @@
 #include "Foundation/TaskScope.h"
 
 class AccessibilityService;
+class AccessibilityTree;
 class KeyEvents;
 class Pasteboard;
 class PermissionsService;
@@ -23,6 +24,7 @@ public:
         Pasteboard &pasteboard;
         Workspace &workspace;
         KeyEvents &keyEvents;
+        AccessibilityTree &accessibilityTree;
     };
 
     /// All collaborators must outlive this object.

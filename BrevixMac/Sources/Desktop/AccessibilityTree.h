@@ -73,10 +73,20 @@ public:
     virtual QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
                                            AccessibilityValue value) = 0;
 
-    /// False for read-only elements and for those known to accept a write without carrying it out.
+    /// After a write to @p element that was not true: whether it was sent and its outcome never became known.
+    /// The element may then still take it, so nothing else may be tried in its place.
+    virtual bool mayStillBeWritten(const AccessibilityElement &element) const = 0;
+
+    /// False for read-only elements, for those that are not on screen (any more) and for those known to
+    /// accept a write without carrying it out.
     virtual QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) = 0;
 
     virtual QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) = 0;
+
+    /// Whether what is typed into @p element's application arrives in @p element. False only when that is
+    /// sure: another element has the focus there, or @p element is gone. Nothing when the application does
+    /// not tell.
+    virtual QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) = 0;
 
     /// Whether the session lets this process use the tree at all. Known without a round trip.
     virtual bool isProcessTrusted() const = 0;

@@ -18,6 +18,11 @@ QCoro::Task<bool> NullAccessibilityTree::isAttributeSettable(AccessibilityElemen
     co_return false;
 }
 
+QCoro::Task<std::optional<bool>> NullAccessibilityTree::isFocused(AccessibilityElement)
+{
+    co_return std::nullopt;
+}
+
 QCoro::Task<std::optional<qint64>> NullAccessibilityTree::processIdentifier(AccessibilityElement)
 {
     co_return std::nullopt;
@@ -39,7 +44,7 @@ void NullWorkspace::activateOwnWindow(QWindow *window)
         window->requestActivate();
 }
 
-QCoro::Task<bool> NullKeyEvents::postPasteChord(PasteConvention)
+QCoro::Task<bool> NullKeyEvents::postPasteChord(PasteConvention, Guard)
 {
     co_return false;
 }

@@ -25,6 +25,8 @@ public:
                                    AccessibilityValue value) override;
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override;
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override;
+    bool mayStillBeWritten(const AccessibilityElement &) const override { return false; }
+    QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override;
     bool isProcessTrusted() const override { return false; }
     void requestTrust() override {}
 };
@@ -49,6 +51,7 @@ public:
     std::optional<RunningApplication> frontmostApplication() const override { return std::nullopt; }
     std::optional<RunningApplication> application(qint64) const override { return std::nullopt; }
     bool isTerminated(const RunningApplication &) const override { return true; }
+    bool isInFront(const RunningApplication &) override { return false; }
     QCoro::Task<bool> activate(RunningApplication application) override;
 
     /// As far as Qt's own request goes.
@@ -63,7 +66,7 @@ class NullKeyEvents final : public KeyEvents
 public:
     bool isPostingAllowed() const override { return false; }
     void requestPosting() override {}
-    QCoro::Task<bool> postPasteChord(PasteConvention convention) override;
+    QCoro::Task<bool> postPasteChord(PasteConvention convention, Guard isStillWanted) override;
 };
 
 class NullEventMonitor final : public EventMonitor

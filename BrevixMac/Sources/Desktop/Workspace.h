@@ -25,6 +25,10 @@ public:
 
     virtual std::optional<RunningApplication> application(qint64 processIdentifier) const = 0;
 
+    /// Whether what is typed now arrives in @p application, and in the very window it names when it names
+    /// one. Asks afresh, so a change that is still to be told counts already; bounded in milliseconds.
+    virtual bool isInFront(const RunningApplication &application) = 0;
+
     virtual bool isTerminated(const RunningApplication &application) const = 0;
 
     /// Brings @p application's window to the front with the focus. True once it has the focus, or at once

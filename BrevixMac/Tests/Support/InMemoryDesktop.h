@@ -36,6 +36,8 @@ public:
         bool isSettable = true;
         bool acceptsWrites = true;
         bool acceptsCaret = true;
+        std::optional<bool> isFocused = {};
+        bool mayStillBeWritten = false;
         QMap<QString, AccessibilityValue> oddValues = {}; ///< answers in place of the above, by attribute
     };
 
@@ -93,6 +95,18 @@ public:
     {
         co_await roundTrip(QStringLiteral("read the process"));
         co_return fields.value(element.path).pid;
+    }
+
+    bool mayStillBeWritten(const AccessibilityElement &element) const override
+    {
+        return fields.value(element.path).mayStillBeWritten;
+    }
+
+    QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override
+    {
+        co_await roundTrip(QStringLiteral("ask for the focus"));
+        const auto field = fields.find(element.path);
+        co_return field == fields.end() ? std::nullopt : field->isFocused;
     }
 
     bool isProcessTrusted() const override { return trusted; }
@@ -236,6 +250,12 @@ public:
         return found == running.end() ? std::nullopt : std::optional(*found);
     }
 
+    bool isInFront(const RunningApplication &application) override
+    {
+        return frontmost == application.processIdentifier && running.contains(*frontmost) &&
+               (application.window == 0 || running[*frontmost].window == application.window);
+    }
+
     bool isTerminated(const RunningApplication &application) const override
     {
         return !running.contains(application.processIdentifier);
@@ -265,19 +285,34 @@ public:
     int requests = 0;
     bool fails = false; ///< the chord cannot be posted although it is allowed
     QList<PasteConvention> postedChords;
-    std::function<void()> onPaste; ///< what the application in front does with the chord
+    std::function<void()> onPaste;         ///< what the application in front does with the chord
+    std::function<void()> onHeldModifiers; ///< what happens while the chord waits for them
 
     bool isPostingAllowed() const override { return allowed; }
     void requestPosting() override { ++requests; }
 
-    QCoro::Task<bool> postPasteChord(PasteConvention convention) override
+    QCoro::Task<bool> postPasteChord(PasteConvention convention, Guard isStillWanted) override
     {
         if (fails)
+            co_return false;
+        if (onHeldModifiers)
+            onHeldModifiers();
+        const bool isWanted = co_await isWantedBy(isStillWanted);
+        if (!isWanted)
             co_return false;
         postedChords.append(convention);
         if (onPaste)
             onPaste();
         co_return true;
+    }
+
+private:
+    static QCoro::Task<bool> isWantedBy(Guard guard)
+    {
+        if (!guard)
+            co_return true;
+        const bool isWanted = co_await guard();
+        co_return isWanted;
     }
 };
 

@@ -62,6 +62,11 @@ bool AtSpiAccessibilityTree::isProcessTrusted() const
     return m_isTrusted;
 }
 
+bool AtSpiAccessibilityTree::mayStillBeWritten(const AccessibilityElement &element) const
+{
+    return !m_openEdit.owner.isEmpty() && m_openEdit.toElement() == element;
+}
+
 void AtSpiAccessibilityTree::requestTrust()
 {
     m_session.enable();
@@ -120,6 +125,31 @@ QCoro::Task<std::optional<qint64>> AtSpiAccessibilityTree::processIdentifier(Acc
         co_return std::nullopt;
     const auto process = co_await AtSpiBus::processOf(m_bus, element.owner);
     co_return process;
+}
+
+QCoro::Task<std::optional<bool>> AtSpiAccessibilityTree::isFocused(AccessibilityElement element)
+{
+    if (element.kind != AccessibilityElement::Kind::node)
+        co_return std::nullopt;
+    const auto bus = m_bus;
+    const QPointer<AtSpiFocusTracker> focus(&m_focus);
+    const AtSpiObject object = AtSpiObject::fromElement(element);
+    const auto description = co_await AtSpiBus::describe(bus, object);
+    if (!focus)
+        co_return std::nullopt;
+    if (description && description->is(AtSpiState::focused))
+        co_return true;
+    const auto other = co_await AtSpiFocusTracker::focusedIn(focus, object.owner);
+    if (!other) {
+        // With an answering program, an object without a description is one that is gone.
+        const auto program = co_await AtSpiBus::describe(bus, AtSpiObject::root(object.owner));
+        co_return program && !description ? std::optional(false) : std::nullopt;
+    }
+    if (*other == object) // fields made of several parts do not say so themselves
+        co_return true;
+    const auto seen = co_await AtSpiBus::describe(bus, *other);
+    const bool isElsewhere = seen && seen->is(AtSpiState::focused) && !isFocusNoise(*seen);
+    co_return isElsewhere ? std::optional(false) : std::nullopt;
 }
 
 QCoro::Task<std::optional<AccessibilityElement>>
@@ -245,9 +275,11 @@ QCoro::Task<bool> AtSpiAccessibilityTree::writeValue(AtSpiObject object, QString
     if (hasChanged || wouldLoseText)
         co_return false;
     const AtSpiToolkit toolkit = seen->description.toolkit;
-    const bool isDone = co_await AtSpiTextField::replace(bus, object, toolkit, *seen->text, value);
+    const auto outcome = co_await AtSpiTextField::replace(bus, object, toolkit, *seen->text, value);
+    const bool isDone = outcome == AtSpiTextField::Outcome::done;
     if (token.stop_requested())
         co_return isDone;
+    m_openEdit = outcome == AtSpiTextField::Outcome::open ? object : AtSpiObject();
     m_lastRead = {};
     if (isDone)
         m_lastRead = {.object = object,

@@ -26,7 +26,9 @@ public:
                                    AccessibilityValue value) override;
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override;
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override;
+    QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override;
     bool isProcessTrusted() const override;
+    bool mayStillBeWritten(const AccessibilityElement &element) const override;
     void requestTrust() override;
 
     /// Tells which process has come to the front, 0 when that is not known. Programs on GTK 4 do not say so
@@ -69,6 +71,7 @@ private:
     std::shared_ptr<AtSpiBus> m_bus;
     AtSpiFocusTracker m_focus;
     LastRead m_lastRead;
+    AtSpiObject m_openEdit; ///< of the last write whose outcome was never heard
     bool m_isTrusted = false;
     bool m_isConnecting = false;
     TaskScope m_tasks; // keep last

@@ -145,6 +145,16 @@ QCoro::Task<QDBusMessage> AtSpiBus::ask(std::shared_ptr<AtSpiBus> bus, AtSpiCall
     co_return reply;
 }
 
+QCoro::Task<bool> AtSpiBus::isOnBus(std::shared_ptr<AtSpiBus> bus, QString owner)
+{
+    if (!bus->isOpen())
+        co_return false;
+    const auto question = busQuestion(QStringLiteral("NameHasOwner"), {owner});
+    const auto pending = bus->m_connection.asyncCall(question, AtSpiCall::usualDeadline.count());
+    const QDBusMessage reply = co_await pending;
+    co_return replyValue<bool>(reply).value_or(false);
+}
+
 QCoro::Task<std::optional<qint64>> AtSpiBus::processOf(std::shared_ptr<AtSpiBus> bus, QString owner)
 {
     if (const auto known = bus->m_processes.constFind(owner); known != bus->m_processes.constEnd())
@@ -191,12 +201,15 @@ QCoro::Task<AtSpiToolkit> AtSpiBus::toolkitOf(std::shared_ptr<AtSpiBus> bus, QSt
     const AtSpiObject root = AtSpiObject::root(owner);
     auto nameQuestion = ask(bus, propertyCall(root, AtSpi::application, QStringLiteral("ToolkitName")));
     auto versionQuestion = ask(bus, propertyCall(root, AtSpi::application, QStringLiteral("Version")));
+    auto programQuestion = ask(bus, propertyCall(root, AtSpi::accessible, QStringLiteral("Name")));
     const QDBusMessage nameReply = co_await nameQuestion;
     const QDBusMessage versionReply = co_await versionQuestion;
+    const QDBusMessage programReply = co_await programQuestion;
     const auto name = replyValue<QString>(nameReply);
     if (!name)
         co_return AtSpiToolkit::unknown;
-    const auto toolkit = atSpiToolkit(*name, replyValue<QString>(versionReply).value_or(QString()));
+    const auto toolkit = atSpiToolkit(*name, replyValue<QString>(versionReply).value_or(QString()),
+                                      replyValue<QString>(programReply).value_or(QString()));
     bus->m_toolkits.insert(owner, toolkit);
     co_return toolkit;
 }

@@ -51,6 +51,9 @@ public:
     /// Asks, and gives the reply or an error message. Never longer than the deadline of the call.
     static QCoro::Task<QDBusMessage> ask(std::shared_ptr<AtSpiBus> bus, AtSpiCall call);
 
+    /// Whether the program @p owner is on the bus, by the bus's own word: a hung one is.
+    static QCoro::Task<bool> isOnBus(std::shared_ptr<AtSpiBus> bus, QString owner);
+
     /// Process of a program; cached as long as the program is on the bus.
     static QCoro::Task<std::optional<qint64>> processOf(std::shared_ptr<AtSpiBus> bus, QString owner);
 

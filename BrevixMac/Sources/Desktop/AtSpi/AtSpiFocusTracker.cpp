@@ -11,15 +11,6 @@ namespace {
 // A window that comes to the front usually names its focus itself; GTK 4 often does not.
 constexpr std::chrono::milliseconds timeToNameTheFocus{40};
 
-/// Whether a recorded object is still where a user could be typing. FOCUSED cannot be asked for (see the
-/// class).
-bool isStillThere(const AtSpiDescription &description)
-{
-    // GTK 4 never says SHOWING.
-    return description.toolkit == AtSpiToolkit::gtk4 || description.is(AtSpiState::showing) ||
-           description.is(AtSpiState::focused);
-}
-
 } // namespace
 
 AtSpiFocusTracker::AtSpiFocusTracker(std::shared_ptr<AtSpiBus> bus)
@@ -65,9 +56,9 @@ QCoro::Task<std::optional<AtSpiObject>> AtSpiFocusTracker::focusedIn(QPointer<At
         auto fieldQuestion = AtSpiBus::describe(bus, field);
         const auto currentDescription = co_await currentQuestion;
         const auto fieldDescription = co_await fieldQuestion;
-        if (currentDescription && isStillThere(*currentDescription))
+        if (currentDescription && isOnScreen(*currentDescription))
             co_return current;
-        if (fieldDescription && isStillThere(*fieldDescription) && takesText(*fieldDescription))
+        if (fieldDescription && isOnScreen(*fieldDescription) && takesText(*fieldDescription))
             co_return field;
     }
     const auto found = co_await findFocusedObject(bus, owner);

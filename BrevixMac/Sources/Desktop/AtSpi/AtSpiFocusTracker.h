@@ -24,6 +24,10 @@ public:
     static QCoro::Task<std::optional<AtSpiObject>> focusedObject(QPointer<AtSpiFocusTracker> tracker,
                                                                  qint64 processIdentifier);
 
+    /// The same of the program with the bus name @p owner.
+    static QCoro::Task<std::optional<AtSpiObject>> focusedIn(QPointer<AtSpiFocusTracker> tracker,
+                                                             QString owner);
+
     /// Tells that @p processIdentifier has come to the front; 0 when that is not known. From then on the
     /// window system's word counts, and focus events no longer say who is in front.
     void applicationActivated(qint64 processIdentifier);
@@ -47,8 +51,6 @@ private:
     QCoro::Task<> considerCaret(AtSpiObject object, quint64 serial, std::stop_token token);
     QCoro::Task<> lookAhead(QString owner, quint64 serial, std::stop_token token);
     QCoro::Task<> lookAhead(qint64 processIdentifier, quint64 serial, std::stop_token token);
-    static QCoro::Task<std::optional<AtSpiObject>> focusedIn(QPointer<AtSpiFocusTracker> tracker,
-                                                             QString owner);
 
     std::shared_ptr<AtSpiBus> m_bus;
     QHash<QString, Record> m_records; ///< by bus name

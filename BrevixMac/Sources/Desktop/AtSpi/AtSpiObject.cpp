@@ -52,8 +52,10 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, AtSpiObject &obje
     return argument;
 }
 
-AtSpiToolkit atSpiToolkit(const QString &toolkitName, const QString &version)
+AtSpiToolkit atSpiToolkit(const QString &toolkitName, const QString &version, const QString &program)
 {
+    if (program == u"soffice")
+        return AtSpiToolkit::libreOffice;
     const auto named = [&](const char *name) {
         return toolkitName.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
     };

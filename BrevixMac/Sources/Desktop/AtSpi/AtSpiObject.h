@@ -40,8 +40,10 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, AtSpiObject &obje
 /// Families of accessibility implementations that behave differently.
 enum class AtSpiToolkit { unknown, gtk3, gtk4, qt, libreOffice, gecko, chromium };
 
-/// Which family a program is of, from the two properties of its application object.
-AtSpiToolkit atSpiToolkit(const QString &toolkitName, const QString &version);
+/// Which family a program is of, from what its application object says. The name of the program matters
+/// because the office suite passes for GTK 3 when it wears its looks, and counts text differently all the
+/// same.
+AtSpiToolkit atSpiToolkit(const QString &toolkitName, const QString &version, const QString &program = {});
 
 /// The states that matter here, by their bit.
 enum class AtSpiState {

@@ -202,6 +202,13 @@ bool takesText(const AtSpiDescription &description)
            description.is(AtSpiState::editable);
 }
 
+bool isOnScreen(const AtSpiDescription &description)
+{
+    // GTK 4 never says SHOWING.
+    return description.toolkit == AtSpiToolkit::gtk4 || description.is(AtSpiState::showing) ||
+           description.is(AtSpiState::focused);
+}
+
 bool isFocusNoise(const AtSpiDescription &description)
 {
     switch (static_cast<AtSpiRole>(description.role)) {

@@ -44,6 +44,10 @@ QString axSubrole(const AtSpiDescription &description);
 /// Whether a user can type text into the object: an editable field, a password field or a terminal.
 bool takesText(const AtSpiDescription &description);
 
+/// Whether the object can be seen, as far as its toolkit tells. FOCUSED is not asked for: programs take it
+/// back as soon as a hotkey is pressed.
+bool isOnScreen(const AtSpiDescription &description);
+
 /// Whether the role is one of those containers that toolkits report as focused beside, or instead of, the
 /// widget that really has the focus.
 bool isFocusNoise(const AtSpiDescription &description);

@@ -10,9 +10,9 @@ namespace AtSpiTextField {
 
 namespace {
 
-// An edit that was sent cannot be called back, so waiting a little longer for its outcome is better than
-// reporting a failure that another way of inserting would then make double.
-constexpr std::chrono::milliseconds editDeadline{750};
+// An edit that was sent cannot be called back, so its outcome is worth waiting for: as long as it is not
+// known, no other way of inserting may be tried, or the text could be there twice.
+constexpr std::chrono::milliseconds editDeadline{4000};
 
 /// One text object and how to ask it.
 struct Field
@@ -67,6 +67,14 @@ std::optional<AtSpiText::Selection> selectionOf(const Field &field, const QStrin
 bool canCrossTheBus(const QString &text)
 {
     return text.size() <= longestText && text.isValidUtf16() && !text.contains(QChar(u'\0'));
+}
+
+/// One paragraph of an office document is one object: a line end in it would become a manual break, where a
+/// paste makes paragraphs.
+bool wouldBreakParagraph(const Field &field, const QString &before, const QString &after, qsizetype caret)
+{
+    return field.toolkit == AtSpiToolkit::libreOffice &&
+           AtSpiTextEdit::smallestEdit(before, after, caret).inserted.contains(u'\n');
 }
 
 struct EditCalls
@@ -132,7 +140,8 @@ bool isReadable(const AtSpiDescription &description)
 bool isWritable(const AtSpiDescription &description)
 {
     if (!isReadable(description) || !description.lists(AtSpi::editableText) ||
-        !description.is(AtSpiState::editable) || description.is(AtSpiState::readOnly))
+        !description.is(AtSpiState::editable) || description.is(AtSpiState::readOnly) ||
+        !isOnScreen(description))
         return false;
     switch (description.toolkit) {
     case AtSpiToolkit::gtk3:
@@ -191,20 +200,23 @@ QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiO
     co_return result;
 }
 
-QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                          AtSpiText present, QString value)
+QCoro::Task<Outcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                             AtSpiText present, QString value)
 {
-    if (!canCrossTheBus(value))
-        co_return false;
     const Field field{bus, object, toolkit};
     const qsizetype caret = present.selection ? present.selection->start : present.value.size();
+    if (!canCrossTheBus(value) || wouldBreakParagraph(field, present.value, value, caret))
+        co_return Outcome::refused;
     const auto outcome = co_await carryOut(field, present.value, value, caret);
     if (outcome == value)
-        co_return true;
+        co_return Outcome::done;
     // A field that filters or reshapes what it is given keeps its old text instead of half of the new.
     if (outcome && *outcome != present.value)
         co_await carryOut(field, *outcome, present.value, caret);
-    co_return false;
+    if (outcome)
+        co_return Outcome::refused;
+    const bool isThere = co_await AtSpiBus::isOnBus(bus, object.owner);
+    co_return isThere ? Outcome::open : Outcome::refused;
 }
 
 QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,

@@ -24,7 +24,8 @@ namespace AtSpiTextField {
 /// Longest text that is read or written; beyond it a field has no value here.
 inline constexpr qsizetype longestText = qsizetype(4) * 1024 * 1024;
 
-/// Whether an insertion through EditableText is known to arrive in objects like this one.
+/// Whether an insertion through EditableText is known to arrive in objects like this one, and where the user
+/// sees it.
 bool isWritable(const AtSpiDescription &description);
 
 /// Whether the object may be read: it has text, and it is no password field.
@@ -38,11 +39,16 @@ int countOf(const QString &text, AtSpiToolkit toolkit);
 QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
                                            AtSpiToolkit toolkit, int likelyCount);
 
-/// Turns @p present, which the field holds now, into @p value by the smallest edit. True only when the field
-/// has been read back and holds exactly @p value. Otherwise what was changed is taken back as far as
-/// possible.
-QCoro::Task<bool> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                          AtSpiText present, QString value);
+/// What came of an edit.
+enum class Outcome {
+    done,    ///< the field has been read back and holds exactly the value
+    refused, ///< it holds something else; what was changed has been taken back as far as possible
+    open,    ///< the edit was sent and nothing was heard since: it may still be carried out
+};
+
+/// Turns @p present, which the field holds now, into @p value by the smallest edit.
+QCoro::Task<Outcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                             AtSpiText present, QString value);
 
 /// Selects @p selection of @p present, or puts the caret there when it is empty.
 QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,

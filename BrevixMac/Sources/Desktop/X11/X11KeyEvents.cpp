@@ -71,11 +71,22 @@ bool X11KeyEvents::isPostingAllowed() const
     return m_hasTestExtension && m_connection.isValid();
 }
 
-QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention)
+QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention, Guard isStillWanted)
 {
     const std::stop_token token = m_tasks.token();
     const QDeadlineTimer patience(modifierPatience);
-    while (isPostingAllowed() && (m_isPosting || isKeyboardInUse(convention))) {
+    bool isAgreed = !isStillWanted;
+    while (isPostingAllowed()) {
+        if (!m_isPosting && !isKeyboardInUse(convention)) {
+            if (isAgreed)
+                break;
+            isAgreed = co_await isStillWanted();
+            if (token.stop_requested() || !isAgreed)
+                co_return false;
+            continue; // a key may have been pressed meanwhile
+        }
+        // Whoever holds modifiers may be switching windows: what was agreed to is asked again.
+        isAgreed = !isStillWanted;
         if (patience.hasExpired()) {
             qCInfo(log) << "no paste: keys are still held";
             co_return false;

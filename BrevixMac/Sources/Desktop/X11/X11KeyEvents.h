@@ -28,7 +28,7 @@ public:
     bool isPostingAllowed() const override;
     /// X11 has no consent to ask for.
     void requestPosting() override {}
-    QCoro::Task<bool> postPasteChord(PasteConvention convention) override;
+    QCoro::Task<bool> postPasteChord(PasteConvention convention, Guard isStillWanted = {}) override;
 
 Q_SIGNALS:
     /// The modifiers are free and the chord goes out when the handlers return.

@@ -248,6 +248,16 @@ RunningApplication X11Workspace::describe(const X11WindowFacts &facts) const
             .processStartTime = Processes::startTime(facts.processIdentifier)};
 }
 
+bool X11Workspace::isInFront(const RunningApplication &application)
+{
+    if (!m_connection.isValid() || isTerminated(application))
+        return false;
+    updateFront(); // the notification may still be under way
+    const auto front = frontmostApplication();
+    return front && front->processIdentifier == application.processIdentifier &&
+           (application.window == 0 || front->window == application.window);
+}
+
 bool X11Workspace::isTerminated(const RunningApplication &application) const
 {
     return !Processes::isRunning(application.processIdentifier, application.processStartTime);

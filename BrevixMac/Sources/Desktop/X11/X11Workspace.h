@@ -28,6 +28,7 @@ public:
 
     std::optional<RunningApplication> frontmostApplication() const override;
     std::optional<RunningApplication> application(qint64 processIdentifier) const override;
+    bool isInFront(const RunningApplication &application) override;
     bool isTerminated(const RunningApplication &application) const override;
     QCoro::Task<bool> activate(RunningApplication application) override;
     void activateOwnWindow(QWindow *window) override;

@@ -143,8 +143,9 @@ protected:
     InMemoryKeyEvents keyEvents;
     AccessibilityService accessibility{tree, workspace};
     PermissionsService permissions{tree, keyEvents};
-    std::unique_ptr<InsertionService> service = std::make_unique<InsertionService>(
-        permissions, accessibility, preferences, InsertionService::Desktop{pasteboard, workspace, keyEvents});
+    std::unique_ptr<InsertionService> service =
+        std::make_unique<InsertionService>(permissions, accessibility, preferences,
+                                           InsertionService::Desktop{pasteboard, workspace, keyEvents, tree});
 
     QElapsedTimer clock;
     QMap<QString, std::chrono::nanoseconds> steps; ///< when each happened last
@@ -242,6 +243,21 @@ TEST_F(InsertionServiceTest, directInsertionComesFirstAndAPasteIsTheFallback)
         EXPECT_EQ(pastedTexts, isPasted ? QStringList{promptText} : QStringList());
         expectClipboardKept();
     }
+}
+
+TEST_F(InsertionServiceTest, anEditWhoseOutcomeIsUnknownIsNotFollowedByAPaste)
+{
+    field().acceptsWrites = false;
+    field().mayStillBeWritten = true;
+
+    EXPECT_EQ(
+        insertInto(target()),
+        InsertionResult::failure(InsertionFailureReason::unknown,
+                                 u"Editor isn't answering, so Brevix can't tell whether the text arrived. "
+                                 u"Look there before you copy instead."_qs));
+
+    expectClipboardUntouched();
+    EXPECT_TRUE(keyEvents.postedChords.isEmpty());
 }
 
 TEST_F(InsertionServiceTest, directInsertionTouchesNeitherTheClipboardNorTheFocus)
@@ -468,6 +484,46 @@ TEST_F(ClipboardPasteTest, aUserWhoHasMovedOnBeforeTheChordGetsNothingPasted)
 TEST_F(ClipboardPasteTest, aDesktopWithNothingInFrontGetsNothingPasted)
 {
     workspace.onActivation = [this] { workspace.frontmost.reset(); };
+
+    EXPECT_EQ(insertInto(target()), notReactivated(QStringLiteral("Editor")));
+
+    expectClipboardKept();
+    EXPECT_TRUE(keyEvents.postedChords.isEmpty());
+}
+
+TEST_F(ClipboardPasteTest, anotherWindowOfTheSameProcessGetsNothingPasted)
+{
+    workspace.running[editorPid].window = 7;
+    const auto into = target();
+    workspace.onActivation = [this] { workspace.running[editorPid].window = 8; };
+
+    EXPECT_EQ(insertInto(into), notReactivated(QStringLiteral("Editor")));
+
+    expectClipboardKept();
+    EXPECT_TRUE(keyEvents.postedChords.isEmpty());
+}
+
+TEST_F(ClipboardPasteTest, anotherFieldOfTheSameWindowGetsNothingPasted)
+{
+    field().isFocused = false;
+
+    EXPECT_EQ(insertInto(target()), notReactivated(QStringLiteral("Editor")));
+
+    expectClipboardKept();
+    EXPECT_TRUE(keyEvents.postedChords.isEmpty());
+}
+
+TEST_F(ClipboardPasteTest, aFieldThatHasTheFocusOrDoesNotTellIsPastedInto)
+{
+    for (const std::optional<bool> answer : {std::optional(true), std::optional<bool>()}) {
+        field().isFocused = answer;
+        EXPECT_EQ(insertInto(target()), pastedInto(QStringLiteral("Editor")));
+    }
+}
+
+TEST_F(ClipboardPasteTest, aUserWhoMovesOnWhileModifiersAreHeldGetsNothingPasted)
+{
+    keyEvents.onHeldModifiers = [this] { workspace.bringToFront(otherPid); };
 
     EXPECT_EQ(insertInto(target()), notReactivated(QStringLiteral("Editor")));
 

@@ -141,6 +141,9 @@ AtSpiDescription described(AtSpiRole role, const QList<AtSpiState> &states, AtSp
                                  .toolkit = toolkit};
     if (isEditableText)
         description.interfaces.append(AtSpi::editableText);
+    // On screen, as all but those are that say nothing of it.
+    if (toolkit != AtSpiToolkit::gtk4)
+        description.states |= quint64(1) << static_cast<int>(AtSpiState::showing);
     for (const AtSpiState state : states)
         description.states |= quint64(1) << static_cast<int>(state);
     return description;
@@ -189,6 +192,8 @@ TEST(Toolkits, areKnownByNameAndVersion)
     EXPECT_EQ(atSpiToolkit(QStringLiteral("GTK"), QStringLiteral("4.8.3")), AtSpiToolkit::gtk4);
     EXPECT_EQ(atSpiToolkit(QStringLiteral("gtk"), QStringLiteral("5.0")), AtSpiToolkit::unknown);
     EXPECT_EQ(atSpiToolkit(QStringLiteral("Qt"), QStringLiteral("6.4.2")), AtSpiToolkit::qt);
+    EXPECT_EQ(atSpiToolkit(QStringLiteral("gtk"), QStringLiteral("3.24.38"), QStringLiteral("soffice")),
+              AtSpiToolkit::libreOffice);
     EXPECT_EQ(atSpiToolkit(QStringLiteral("VCL"), QStringLiteral("7.4")), AtSpiToolkit::libreOffice);
     EXPECT_EQ(atSpiToolkit(QStringLiteral("Gecko"), {}), AtSpiToolkit::gecko);
     EXPECT_EQ(atSpiToolkit(QStringLiteral("Chromium"), {}), AtSpiToolkit::chromium);
@@ -212,6 +217,9 @@ TEST(DirectInsertion, isOnlyForFieldsThatAreKnownToTakeIt)
     EXPECT_FALSE(AtSpiTextField::isWritable(described(AtSpiRole::text, manyLines, Toolkit::gtk3, false)));
     EXPECT_FALSE(AtSpiTextField::isWritable(described(AtSpiRole::passwordText, editable, Toolkit::gtk3)));
     EXPECT_FALSE(AtSpiTextField::isReadable(described(AtSpiRole::passwordText, editable, Toolkit::gtk3)));
+    AtSpiDescription hidden = described(AtSpiRole::text, manyLines, Toolkit::gtk3);
+    hidden.states &= ~(quint64(1) << static_cast<int>(AtSpiState::showing));
+    EXPECT_FALSE(AtSpiTextField::isWritable(hidden));
     for (const Toolkit toolkit : {Toolkit::gecko, Toolkit::chromium, Toolkit::unknown})
         EXPECT_FALSE(AtSpiTextField::isWritable(described(AtSpiRole::entry, manyLines, toolkit)));
 }

@@ -223,6 +223,53 @@ TEST_F(Traps, aWindowThatIsLeftForAMomentIsInFrontAgainByTheWindowSystemsWord)
     EXPECT_EQ(systemFocus(), firstField);
 }
 
+TEST_F(Traps, aFieldKnowsWhetherItHasTheFocusWithinItsProgram)
+{
+    const Target two(QStringLiteral(QT_FIELDS), {QStringLiteral("two"), QStringLiteral("first")});
+    const auto first = focusedElement(two.pid(), AX::textField);
+    EXPECT_EQ(await(tree.isFocused(first)), true);
+    // Leaving its window makes this program give the focus to its second field.
+    const Target other(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("other")});
+    focusedElement(other.pid(), AX::textArea);
+    bringToFront(two.pid());
+    EXPECT_TRUE(waitUntil([&] { return await(tree.isFocused(first)) == false; }));
+    const auto second = focusedElement(two.pid(), AX::textField);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(await(tree.isFocused(second)), true);
+}
+
+TEST_F(Traps, aFieldThatIsGoneHasNoFocusAndAHungProgramDoesNotTell)
+{
+    Target target(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("text")});
+    const auto element = focusedElement(target.pid(), AX::textArea);
+    EXPECT_EQ(await(tree.isFocused(element)), true);
+    auto gone = element;
+    gone.path += QStringLiteral("99999");
+    EXPECT_EQ(await(tree.isFocused(gone)), false);
+    EXPECT_EQ(await(tree.isFocused(tree.applicationElement(target.pid()))), std::nullopt);
+    target.stop();
+    EXPECT_EQ(await(tree.isFocused(element)), std::nullopt);
+    target.resume();
+}
+
+TEST_F(Traps, aFieldThatUndoesWhatItsUserDidNotTypeIsLeftAsItWas)
+{
+    const Target target(QStringLiteral(QT_FIELDS), {QStringLiteral("resetting"), QStringLiteral("own text")});
+    const auto element = focusedElement(target.pid(), AX::textArea);
+    EXPECT_FALSE(insert(element, QStringLiteral("foreign ")));
+    EXPECT_EQ(target.text(), QStringLiteral("own text"));
+}
+
+TEST_F(Traps, aFieldThatIsNoLongerOnScreenIsNotWritten)
+{
+    const Target two(QStringLiteral(QT_FIELDS), {QStringLiteral("hiding"), QStringLiteral("first")});
+    const auto field = focusedElement(two.pid(), AX::textArea);
+    const Target other(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("other")});
+    focusedElement(other.pid(), AX::textArea);
+    EXPECT_TRUE(waitUntil([&] { return !await(tree.isAttributeSettable(field, AX::value)); }));
+    expectRefusal(field);
+}
+
 TEST_F(Traps, aProgramWithoutAccessibilityInFrontLeavesNothingFocused)
 {
     const Target field(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("behind")});

@@ -115,6 +115,16 @@ protected:
     }
 };
 
+namespace {
+
+QCoro::Task<bool> answer(const bool *isWanted, int *questions)
+{
+    ++*questions;
+    co_return *isWanted;
+}
+
+} // namespace
+
 TEST_F(X11KeyEventsTest, postingIsAllowedWhereTheExtensionIs)
 {
     EXPECT_TRUE(m_keyEvents.isPostingAllowed());
@@ -218,6 +228,27 @@ TEST_F(X11KeyEventsTest, modifiersThatStayHeldMeanThatNothingIsPosted)
         EXPECT_TRUE(aboutToPost.isEmpty());
         xdotool({QStringLiteral("keyup"), QString::fromLatin1(key)});
     }
+}
+
+TEST_F(X11KeyEventsTest, whetherTheChordIsStillWantedIsAskedWhenTheModifiersAreFree)
+{
+    bool isWanted = true;
+    int questions = 0;
+    const KeyEvents::Guard guard = [&]() -> QCoro::Task<bool> { return answer(&isWanted, &questions); };
+    QSignalSpy aboutToPost(&m_keyEvents, &X11KeyEvents::aboutToPostPasteChord);
+    xdotool({QStringLiteral("keydown"), QStringLiteral("alt")});
+    auto task = m_keyEvents.postPasteChord(PasteConvention::standard, guard);
+    EXPECT_FALSE(waitUntil([&] { return questions > 0; }, 200ms));
+    isWanted = false; // the user has switched to another window meanwhile
+    xdotool({QStringLiteral("keyup"), QStringLiteral("alt")});
+    EXPECT_FALSE(await(std::move(task)));
+    EXPECT_EQ(questions, 1);
+    EXPECT_TRUE(aboutToPost.isEmpty());
+    EXPECT_TRUE(areAllKeysUp());
+
+    isWanted = true;
+    EXPECT_TRUE(await(m_keyEvents.postPasteChord(PasteConvention::standard, guard)));
+    EXPECT_EQ(aboutToPost.size(), 1);
 }
 
 TEST_F(X11KeyEventsTest, locksAreNoHeldModifiers)

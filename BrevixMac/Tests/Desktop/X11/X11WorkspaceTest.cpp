@@ -276,6 +276,33 @@ TEST_F(X11Desktop, aClosedWindowIsReplacedByAnotherOfTheSameProcess)
     EXPECT_EQ(workspace.frontmostApplication()->window, left.id());
 }
 
+TEST_F(X11Desktop, onlyTheVeryWindowOfTheVeryProcessIsInFront)
+{
+    TestWindow captured;
+    waitForFront(captured);
+    const RunningApplication application = *workspace.frontmostApplication();
+    EXPECT_TRUE(workspace.isInFront(application));
+
+    RunningApplication wholeProcess = application;
+    wholeProcess.window = 0;
+    RunningApplication otherProcess = application;
+    otherProcess.processIdentifier = 1;
+    RunningApplication reused = application;
+    reused.processStartTime += 1;
+    EXPECT_TRUE(workspace.isInFront(wholeProcess));
+    EXPECT_FALSE(workspace.isInFront(otherProcess));
+    EXPECT_FALSE(workspace.isInFront(reused));
+
+    TestWindow second;
+    waitForFront(second);
+    EXPECT_FALSE(workspace.isInFront(application));
+    EXPECT_TRUE(workspace.isInFront(wholeProcess));
+    second.destroy();
+    captured.destroy();
+    EXPECT_TRUE(waitUntil([&] { return !workspace.isInFront(wholeProcess); }));
+    EXPECT_FALSE(workspace.isInFront(application));
+}
+
 TEST_F(X11Desktop, aWindowNumberThatAnotherProcessHasNowIsNotActivated)
 {
     SKIP_WITHOUT(xterm);
