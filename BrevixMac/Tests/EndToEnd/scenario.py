@@ -92,10 +92,14 @@ class Scenario(unittest.TestCase):
 
     def choose(self, item):
         """Hotkey, search, Return."""
+        self.find(item)
+        desk.keys("Return")
+
+    def find(self, item):
+        """Hotkey and search: the item is the selected one then."""
         self.brevix.press_hotkey()
         desk.type_text(item["title"])
         desk.wait_for(f"{item['title']} in the picker", lambda: self.selected_title() == item["title"], 5, 0.03)
-        desk.keys("Return")
 
     def selected_title(self):
         root = desk.application(self.brevix.pid)
