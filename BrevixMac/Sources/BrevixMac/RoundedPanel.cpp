@@ -78,7 +78,7 @@ void RoundedPanel::hideEvent(QHideEvent *event)
 
 void RoundedPanel::closeEvent(QCloseEvent *event)
 {
-    // The window manager's close only hides; the panel is used again.
-    event->ignore();
-    hide();
+    // This only hides the panel, which is used again. It must not be refused: Qt asks every window on screen
+    // before the program ends, and a refusal would keep it running.
+    QWidget::closeEvent(event);
 }

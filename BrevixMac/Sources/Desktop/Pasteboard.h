@@ -29,8 +29,8 @@ public:
     using QObject::QObject;
 
     /// Everything on the clipboard, every type as raw bytes. An empty clipboard is an empty list; a type the
-    /// owner refuses is left out. Nothing when the owner did not answer within the time bound (about 500 ms)
-    /// or the content is larger than can be kept (64 MiB): then it must not be overwritten unasked.
+    /// owner refuses is left out. Nothing when the owner fell silent (for about 500 ms), took longer than 2
+    /// s, or offers more than can be kept (64 MiB): then it must not be overwritten unasked.
     virtual QCoro::Task<std::optional<QList<PasteboardItem>>> items() = 0;
 
     /// Replaces the clipboard by @p text as plain text. False when the session refused.

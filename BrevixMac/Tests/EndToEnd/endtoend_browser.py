@@ -16,7 +16,16 @@ PAGE = """<!doctype html><meta charset="utf-8"><title>Fields</title>
 const field = document.getElementById("f");
 field.focus();
 field.oninput = () => {{ document.title = "=" + encodeURIComponent(field.value ?? field.innerText); }};
+{script}
 </script>"""
+
+# An editor that keeps its text itself: the field only catches what the user does, and is emptied at each turn.
+OWN_ENGINE = """
+let model = "";
+const show = added => { model += added; field.value = ""; document.title = "=" + encodeURIComponent(model); };
+field.addEventListener("paste", event => { event.preventDefault(); show(event.clipboardData.getData("text/plain")); });
+field.oninput = () => show(field.value);
+"""
 
 FIELDS = {
     "input": '<input id="f" value="">',
@@ -52,10 +61,10 @@ def wait_for_value(window, expected):
 class InsertionIntoABrowser(scenario.Scenario):
     extra_flags = ["--force-renderer-accessibility"]
 
-    def open_page(self, kind):
+    def open_page(self, kind, script=""):
         folder = pathlib.Path(tempfile.mkdtemp())
         page = folder / "page.html"
-        page.write_text(PAGE.format(field=FIELDS[kind]))
+        page.write_text(PAGE.format(field=FIELDS[kind], script=script))
         sandbox = ["--no-sandbox"] if os.geteuid() == 0 else []
         program, window = self.open_window("chromium", "chromium", *FLAGS, *self.extra_flags, *sandbox,
                                            f"--user-data-dir={folder}/profile", f"--app=file://{page}", dy=0.9)
@@ -86,6 +95,13 @@ class InsertionIntoABrowser(scenario.Scenario):
         desk.keys(*["shift+Left"] * len("replace"))
         expected = self.insert_lines()
         wait_for_value(window, "keep " + expected)
+
+    def test_text_lands_once_in_an_editor_that_only_pretends_to_be_a_field(self):
+        _, window = self.open_page("multi-line", OWN_ENGINE)
+        desk.type_text("a")
+        wait_for_value(window, "a")
+        expected = self.insert_lines()
+        wait_for_value(window, "a" + expected)
 
     def test_a_password_field_is_refused(self):
         program, _ = self.open_page("password")

@@ -85,6 +85,13 @@ class FaultyClipboards(scenario.Scenario):
         self.start_brevix()
 
 
+    def test_the_end_is_obeyed_while_the_picker_is_open(self):
+        self.brevix.press_hotkey()
+        self.brevix.process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.brevix.process.wait(5), 0)
+        self.start_brevix()
+
+
 class DamagedFiles(scenario.Scenario):
     def restart_after(self, damage):
         self.brevix.stop()

@@ -70,6 +70,17 @@ class InsertionIntoEditors(scenario.Scenario):
             desk.type_text("!")
             desk.wait_for_text(field, expected + "!")
 
+    def test_undo_brings_the_text_back(self):
+        for _, window, field in self.editors():
+            self.put(field, "before after")
+            desk.keys(*["Left"] * len(" after"))
+            expected = self.insert_lines()
+            desk.wait_for_text(field, "before" + expected + " after")
+            self.brevix.wait_until_closed()
+            desk.wait_for("the focus to be back", lambda: desk.active_window() == window)
+            desk.keys("ctrl+z")
+            desk.wait_for_text(field, "before after")
+
     def test_the_clipboard_is_untouched_by_direct_insertion(self):
         for _, _, field in self.editors():
             owner, content = self.own_rich_clipboard()

@@ -20,13 +20,14 @@ def _numbered(line, size):
 
 
 KIB_100 = 100 * 1024
+# No title is the beginning of another, so that a title typed whole finds its prompt first.
 TEXTS = {
-    "zulu line": "Write a haiku about autumn, please.",
-    "zulu lines": "First line of three.\n\n- second: \u00e4\u00f6\u00fc\n- third",
-    "zulu script": f"\u05e9\u05dc\u05d5\u05dd \u05e2\u05d5\u05dc\u05dd {WOMAN} \u0645\u0631\u062d\u0628\u0627 {ACUTE} \u65e5\u672c",
-    "zulu long line": _numbered("[{}] a sentence of a long text; ", KIB_100).rstrip(),
-    "zulu long lines": _numbered("[{}] a line of a long text with some words in it\n", KIB_100).rstrip(),
-    "zulu thousand": _numbered("[{}] some words of a text\n", 1000)[:1000],
+    "zuluone": "Write a haiku about autumn, please.",
+    "zulutwo": "First line of three.\n\n- second: \u00e4\u00f6\u00fc\n- third",
+    "zuluthree": f"\u05e9\u05dc\u05d5\u05dd \u05e2\u05d5\u05dc\u05dd {WOMAN} \u0645\u0631\u062d\u0628\u0627 {ACUTE} \u65e5\u672c",
+    "zulufour": _numbered("[{}] a sentence of a long text; ", KIB_100).rstrip(),
+    "zulufive": _numbered("[{}] a line of a long text with some words in it\n", KIB_100).rstrip(),
+    "zulusix": _numbered("[{}] some words of a text\n", 1000)[:1000],
 }
 
 
@@ -38,13 +39,15 @@ def add_prompts(texts):
     """Adds prompts, by title, to the library that a first start of Brevix has made."""
     file = next(path for path in database_path().iterdir() if path.suffix in (".db", ".sqlite", ".sqlite3"))
     with sqlite3.connect(file) as database:
-        collection, fields, created = database.execute(
-            "SELECT collection, fields, created FROM documents WHERE collection LIKE '%/prompts' LIMIT 1").fetchone()
+        database.row_factory = sqlite3.Row
+        sample = dict(database.execute("SELECT * FROM documents WHERE collection LIKE '%/prompts' LIMIT 1").fetchone())
+        columns = ", ".join(sample)
+        places = ", ".join(f":{name}" for name in sample)
         for number, (title, text) in enumerate(texts.items()):
-            record = json.loads(fields)
+            record = json.loads(sample["fields"])
             record["title"] = {"stringValue": title}
             record["text"] = {"stringValue": text}
             record["order"] = {"integerValue": str(1000 + number)}
             body = json.dumps(record, ensure_ascii=False, separators=(",", ":"), sort_keys=True).encode()
-            database.execute("INSERT OR REPLACE INTO documents VALUES(?, ?, ?, ?, ?)",
-                             (collection, f"seeded-{number}", body, created, created))
+            database.execute(f"INSERT OR REPLACE INTO documents({columns}) VALUES({places})",
+                             {**sample, "id": f"seeded-{number}", "fields": body})

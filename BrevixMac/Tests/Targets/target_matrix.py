@@ -134,9 +134,10 @@ class Matrix:
     @staticmethod
     def title_for(target, case):
         if case == "script":
-            return "zulu script"
-        size = "long " if case == "long" else ""
-        return f"zulu {size}line" if target.is_single_line else f"zulu {size}lines"
+            return "zuluthree"
+        if case == "long":
+            return "zulufour" if target.is_single_line else "zulufive"
+        return "zuluone" if target.is_single_line else "zulutwo"
 
     @classmethod
     def text_for(cls, target, case):
@@ -180,7 +181,7 @@ class Matrix:
     @staticmethod
     def expect_refusal(stage, target, cell):
         desk.wait_for("an outcome", lambda: target.read() != "secret" or desk.panel() is None
-                      or "Password fields are protected" in stage.picker_says(), 8, 0.05)
+                      or "Password fields are" in stage.picker_says(), 8, 0.05)
         if target.read() != "secret":
             raise desk.Failure(f"the password field holds {target.read()!r}")
         if desk.panel() is None:

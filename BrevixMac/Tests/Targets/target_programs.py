@@ -53,6 +53,7 @@ class Target:
         self.clear()
 
     def focus(self):
+        desk.activate(self.window)
         desk.click_into(self.window, *self.click)
 
     def find_field(self):

@@ -14,17 +14,26 @@ Q_LOGGING_CATEGORY(log, "brevix.pasteboard", QtInfoMsg)
 
 using namespace std::chrono_literals;
 
-// Some browsers ask twice, the second time up to 100 ms after the first under load.
-constexpr std::chrono::milliseconds quietAfterReading = 200ms;
+// Some browsers ask twice, 20 ms apart on an idle machine and several hundred on a busy one. How busy it is
+// shows in the time from the chord to the first reading, usually some 5 ms.
+constexpr std::chrono::milliseconds quietAfterReading = 600ms;
+constexpr std::chrono::milliseconds longestQuietAfterReading = 4s;
+constexpr int quietPerLatency = 10;
 // A reader that is not the application in front may be its helper (a virtual machine's screen, a remote
 // session), or a clipboard history that looks at everything. The real reader gets more time then.
 constexpr auto quietAfterStrangersReading = 2s;
 constexpr auto restoreCap = 8s;
 // The selection of the terminal in front; the keys come 180 ms later.
-constexpr X11PasteboardReader::Limits primaryLimits{.time = 100ms, .bytes = qint64(4) * 1024 * 1024};
+constexpr X11PasteboardReader::Limits primaryLimits{
+    .time = 100ms, .total = 100ms, .bytes = qint64(4) * 1024 * 1024};
 // A snapshot can be large, and what is not pasted over soon is not worth the memory.
 constexpr auto snapshotLife = 30s;
 constexpr auto handOverTime = 300ms;
+
+std::chrono::milliseconds quietFor(std::chrono::milliseconds latency)
+{
+    return std::clamp(quietPerLatency * latency, quietAfterReading, longestQuietAfterReading);
+}
 
 } // namespace
 
@@ -170,6 +179,9 @@ void X11Pasteboard::onAboutToPostChord()
     if (!m_transient)
         return;
     m_transient->isChordPosted = true;
+    qCDebug(log) << "the chord goes out";
+    m_transient->sinceChord.start();
+    m_transient->latency.reset();
     m_transient->quietEnd.reset();
     if (m_transient->takesPrimary && m_primary.content() != m_transient->text)
         takePrimary(); // its old content could not be read in time: the paste goes before
@@ -184,7 +196,10 @@ void X11Pasteboard::onDataRead(quint32 requestor, quint32 target)
     // The application in front decides: others that read as well neither shorten nor lengthen its quiet time.
     const bool isInFront = isFocusedClient(requestor);
     if (isInFront || !m_transient->quietEnd) {
-        const std::chrono::milliseconds quiet = isInFront ? quietAfterReading : quietAfterStrangersReading;
+        if (isInFront && !m_transient->latency && m_transient->sinceChord.isValid())
+            m_transient->latency = std::chrono::milliseconds(m_transient->sinceChord.elapsed());
+        const std::chrono::milliseconds quiet =
+            isInFront ? quietFor(m_transient->latency.value_or(0ms)) : quietAfterStrangersReading;
         m_transient->quietEnd = QDeadlineTimer(quiet, Qt::PreciseTimer);
     }
     considerRestoring();
@@ -242,6 +257,7 @@ void X11Pasteboard::finishRestoring()
     m_transient.reset();
     m_quietTimer.stop();
     m_capTimer.stop();
+    qCDebug(log) << "restored";
     Q_EMIT restored();
 }
 

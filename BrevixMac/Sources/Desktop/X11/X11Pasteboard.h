@@ -8,6 +8,7 @@
 #include "X11PasteboardReader.h"
 
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <optional>
@@ -52,7 +53,9 @@ private:
         bool isRestoreAskedFor = false;
         X11PasteboardContent restoredContent;
         bool isChordPosted = false;
-        std::optional<QDeadlineTimer> quietEnd; ///< set as soon as the text has been read
+        QElapsedTimer sinceChord;
+        std::optional<std::chrono::milliseconds> latency; ///< from the chord to the target's first reading
+        std::optional<QDeadlineTimer> quietEnd;           ///< set as soon as the text has been read
     };
 
     std::optional<QList<PasteboardItem>> knownItems() const;

@@ -165,6 +165,8 @@ void X11PasteboardOwner::onRequest(const xcb_selection_request_event_t &event)
         m_isOwned && (isMultiple ? convertMultiple(event.requestor, event.property, content)
                                  : convert(event.requestor, event.target, property, content));
 
+    qCDebug(log) << "asked for" << m_connection.atomName(event.target) << "by" << event.requestor
+                 << (isConverted ? "given" : "refused");
     xcb_selection_notify_event_t notify = {};
     notify.response_type = XCB_SELECTION_NOTIFY;
     notify.time = event.time;

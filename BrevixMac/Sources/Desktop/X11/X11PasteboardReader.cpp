@@ -112,7 +112,6 @@ QFuture<X11PasteboardReader::Result> X11PasteboardReader::read(Limits limits)
     QFuture<Result> future = m_promise->future();
     m_limits = limits;
     m_clock.start();
-    m_deadline.start(limits.time);
     start();
     return future;
 }
@@ -149,6 +148,7 @@ void X11PasteboardReader::request(xcb_atom_t target)
     m_current = {};
     m_current.target = target;
     m_requestClock.start();
+    restartDeadline();
     xcb_delete_property(m_connection.connection(), m_window, m_property);
     xcb_convert_selection(m_connection.connection(), m_window, m_selection, target, m_property, m_time);
     m_connection.flush();
@@ -278,6 +278,7 @@ void X11PasteboardReader::onIncrement()
         m_current.format = property.format;
     }
     m_current.bytes += property.bytes;
+    restartDeadline();
     if (property.bytes.isEmpty())
         keep(std::move(m_current));
 }
@@ -319,6 +320,12 @@ void X11PasteboardReader::onTimeLimit()
                 << m_content.byteCount() + m_current.bytes.size() << "bytes of" << m_offered.size()
                 << "targets";
     finish(std::nullopt);
+}
+
+void X11PasteboardReader::restartDeadline()
+{
+    const auto left = m_limits.total - std::chrono::milliseconds(m_clock.elapsed());
+    m_deadline.start(std::clamp(left, std::chrono::milliseconds::zero(), m_limits.time));
 }
 
 void X11PasteboardReader::finishWithContent()

@@ -25,7 +25,8 @@ class X11PasteboardReader final : public QObject
 public:
     struct Limits
     {
-        std::chrono::milliseconds time{500};
+        std::chrono::milliseconds time{500};   ///< of silence
+        std::chrono::milliseconds total{2000}; ///< for an owner that answers slowly but steadily
         qint64 bytes = qint64(64) * 1024 * 1024;
     };
 
@@ -70,6 +71,7 @@ private:
     void finish(Result result);
     void finishWithContent();
     void onTimeLimit();
+    void restartDeadline();
 
     X11Connection &m_connection;
     xcb_atom_t m_selection;

@@ -231,6 +231,8 @@ TEST_F(Traps, aFieldKnowsWhetherItHasTheFocusWithinItsProgram)
     // Leaving its window makes this program give the focus to its second field.
     const Target other(QStringLiteral(QT_FIELDS), {kindPlain, QStringLiteral("other")});
     focusedElement(other.pid(), AX::textArea);
+    // It is given the time to notice, as above.
+    EXPECT_TRUE(waitUntil([&] { return !two.witness().value(QStringLiteral("isFocused")).toBool(); }));
     bringToFront(two.pid());
     EXPECT_TRUE(waitUntil([&] { return await(tree.isFocused(first)) == false; }));
     const auto second = focusedElement(two.pid(), AX::textField);

@@ -29,6 +29,8 @@
 
 namespace {
 
+constexpr unsigned slowness = 200'000; // microseconds to make each type
+
 constexpr size_t increment = 100 * 1000;
 
 xcb_connection_t *connection;
@@ -194,6 +196,8 @@ private:
         if (found->second.bytes.size() > increment) {
             beginTransfer(request);
         } else {
+            if (m_mode == "--slow")
+                usleep(slowness);
             put(request.requestor, request.property, found->second, 0, found->second.bytes.size());
             say("read " + nameOf(request.target));
         }

@@ -145,6 +145,18 @@ TEST_F(X11PasteboardReadingTest, aStoppedOwnerCostsTheBudgetAndNeverTheEventLoop
     EXPECT_TRUE(waitUntil([&] { return typesRead() == QStringList{QStringLiteral("UTF8_STRING")}; }));
 }
 
+TEST_F(X11PasteboardReadingTest, anOwnerThatAnswersSlowlyButSteadilyIsReadWhole)
+{
+    QStringList expected;
+    QList<SeenType> offers;
+    for (int number = 0; number < 5; ++number) {
+        expected.append(QStringLiteral("application/x-%1").arg(number));
+        offers.append({expected.last(), expected.last(), 8, QByteArrayLiteral("content")});
+    }
+    const auto other = owner(clipboard, offers, QStringLiteral("--slow"));
+    EXPECT_EQ(typesRead(), expected);
+}
+
 TEST_F(X11PasteboardReadingTest, anOwnerThatDiesHalfwayLeavesAnEmptyClipboardAtOnce)
 {
     const auto other =
