@@ -10,6 +10,8 @@
 #include "Desktop/Pasteboard.h"
 #include "Desktop/Workspace.h"
 
+#include <QDeadlineTimer>
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -17,6 +19,9 @@ using namespace std::chrono_literals;
 /// After reactivation, for the application to give the focus back to its field, and again after the chord,
 /// for it to read the clipboard.
 constexpr auto settleTime = 180ms;
+
+constexpr auto focusPatience = 300ms;
+constexpr auto focusPollInterval = 20ms;
 
 InsertionResult noTargetResult()
 {
@@ -95,6 +100,15 @@ PasteConvention pasteConvention(const FocusedTarget &target)
 QCoro::Task<bool> isStillTheTarget(InsertionService::Desktop desktop, FocusedTargetPtr target,
                                    std::stop_token token)
 {
+    // The window manager may be slower to give the focus than to say so.
+    const QDeadlineTimer patience(focusPatience);
+    while (!desktop.workspace.isInFront(*target->application)) {
+        if (patience.hasExpired())
+            co_return false;
+        const bool hasSlept = co_await sleepFor(focusPollInterval, token);
+        if (!hasSlept)
+            break;
+    }
     std::optional<bool> isFocused;
     if (desktop.accessibilityTree.isProcessTrusted() && !token.stop_requested())
         isFocused = co_await desktop.accessibilityTree.isFocused(target->element);
@@ -125,8 +139,6 @@ QCoro::Task<InsertionResult> pasteInto(InsertionService::Desktop desktop, Focuse
     co_await sleepFor(settleTime, token);
     // The user may have moved on during the wait, and may again while modifiers are waited for; a chord then
     // would land in another field.
-    if (!desktop.workspace.isInFront(application))
-        co_return reactivationResult(*target);
     const auto isTarget = std::make_shared<bool>(true);
     const KeyEvents::Guard guard = [=] { return lookAgain(desktop, target, token, isTarget); };
     const bool posted = co_await desktop.keyEvents.postPasteChord(pasteConvention(*target), guard);

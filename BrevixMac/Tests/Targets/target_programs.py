@@ -500,7 +500,8 @@ class Konsole(Terminal):
 
 BROWSER_FIELDS = ("multi-line", "line", "rich", "password")
 ALL = [Mousepad, Zenity, GnomeTextEditor, FeatherPad, KWrite, FocusWriter, Writer,
-       *[with_kind(browser, kind) for browser in (Chromium, Firefox, Falkon) for kind in BROWSER_FIELDS],
+       *[with_kind(browser, kind) for browser in (Chromium, Firefox) for kind in BROWSER_FIELDS],
+       with_kind(Falkon, "multi-line"), with_kind(Falkon, "line"),
        with_kind(PlainChromium, "multi-line"), with_kind(PlainChromium, "password"),
        XTerm, Urxvt, XfceTerminal, Konsole]
 

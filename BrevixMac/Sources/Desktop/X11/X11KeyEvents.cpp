@@ -76,10 +76,21 @@ QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention, Guard
     const std::stop_token token = m_tasks.token();
     const QDeadlineTimer patience(modifierPatience);
     bool isAgreed = !isStillWanted;
+    xcb_window_t agreedFocus = XCB_WINDOW_NONE;
     while (isPostingAllowed()) {
-        if (!m_isPosting && !isKeyboardInUse(convention)) {
-            if (isAgreed)
+        const bool isFree = !m_isPosting && !isKeyboardInUse(convention);
+        if (isFree && isAgreed) {
+            const QList<xcb_keycode_t> keys = chord(X11Keyboard(m_connection), convention);
+            if (keys.isEmpty()) {
+                qCInfo(log) << "no paste: the keyboard has no key for it";
+                co_return false;
+            }
+            Q_EMIT aboutToPostPasteChord();
+            if (post(keys, agreedFocus))
                 break;
+            Q_EMIT pasteChordDropped();
+        } else if (isFree) {
+            agreedFocus = inputFocus();
             isAgreed = co_await isStillWanted();
             if (token.stop_requested() || !isAgreed)
                 co_return false;
@@ -95,15 +106,7 @@ QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention, Guard
         if (!hasSlept)
             co_return false;
     }
-    if (!isPostingAllowed())
-        co_return false;
-    const QList<xcb_keycode_t> keys = chord(X11Keyboard(m_connection), convention);
-    if (keys.isEmpty()) {
-        qCInfo(log) << "no paste: the keyboard has no key for it";
-        co_return false;
-    }
-    Q_EMIT aboutToPostPasteChord();
-    if (!post(keys))
+    if (!m_isPosting)
         co_return false;
     const bool hasSlept = co_await sleepFor(holdTime, token);
     if (!hasSlept)
@@ -121,19 +124,36 @@ bool X11KeyEvents::isKeyboardInUse(PasteConvention convention)
            std::any_of(keys.begin(), keys.end(), [&](xcb_keycode_t key) { return keyboard.isDown(key); });
 }
 
-bool X11KeyEvents::post(const QList<xcb_keycode_t> &keys)
+xcb_window_t X11KeyEvents::inputFocus()
+{
+    auto *xcb = m_connection.connection();
+    const XcbPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+    return focus ? focus->focus : xcb_window_t(XCB_WINDOW_NONE);
+}
+
+/// False when the focus is no longer where it was agreed to be (none: anywhere).
+bool X11KeyEvents::post(const QList<xcb_keycode_t> &keys, xcb_window_t agreedFocus)
 {
     m_shared.sync();
     auto *xcb = m_connection.connection();
     const auto fake = [&](quint8 type, xcb_keycode_t key, std::chrono::milliseconds delay) {
         xcb_test_fake_input(xcb, type, key, quint32(delay.count()), XCB_WINDOW_NONE, 0, 0, 0);
     };
-    for (const xcb_keycode_t key : keys)
-        fake(XCB_KEY_PRESS, key, 0ms);
-    std::chrono::milliseconds delay = holdTime;
-    for (auto key = keys.rbegin(); key != keys.rend(); ++key)
-        fake(XCB_KEY_RELEASE, *key, std::exchange(delay, 0ms));
+    // Nobody can move the focus between the look at it and the keys.
+    xcb_grab_server(xcb);
+    const bool isThere = agreedFocus == XCB_WINDOW_NONE || inputFocus() == agreedFocus;
+    if (isThere) {
+        for (const xcb_keycode_t key : keys)
+            fake(XCB_KEY_PRESS, key, 0ms);
+    }
+    xcb_ungrab_server(xcb);
+    if (isThere) {
+        std::chrono::milliseconds delay = holdTime;
+        for (auto key = keys.rbegin(); key != keys.rend(); ++key)
+            fake(XCB_KEY_RELEASE, *key, std::exchange(delay, 0ms));
+    }
     m_connection.flush();
-    m_isPosting = m_connection.isValid();
-    return m_isPosting;
+    m_isPosting = isThere && m_connection.isValid();
+    return isThere;
 }

@@ -33,10 +33,13 @@ public:
 Q_SIGNALS:
     /// The modifiers are free and the chord goes out when the handlers return.
     void aboutToPostPasteChord();
+    /// It did not after all, because the focus has moved in the last moment.
+    void pasteChordDropped();
 
 private:
     bool isKeyboardInUse(PasteConvention convention);
-    bool post(const QList<xcb_keycode_t> &keys);
+    xcb_window_t inputFocus();
+    bool post(const QList<xcb_keycode_t> &keys, xcb_window_t agreedFocus);
 
     X11Connection &m_shared;
     X11Connection m_connection;

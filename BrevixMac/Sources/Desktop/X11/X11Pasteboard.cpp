@@ -51,6 +51,11 @@ X11Pasteboard::X11Pasteboard(X11Connection &connection, X11KeyEvents *keyEvents,
     connect(&m_clipboard, &X11PasteboardOwner::lost, this, &X11Pasteboard::onClipboardLost);
     if (keyEvents)
         connect(keyEvents, &X11KeyEvents::aboutToPostPasteChord, this, &X11Pasteboard::onAboutToPostChord);
+    if (keyEvents)
+        connect(keyEvents, &X11KeyEvents::pasteChordDropped, this, [this] {
+            if (m_transient)
+                m_transient->isChordPosted = false;
+        });
     for (QTimer *timer : {&m_quietTimer, &m_capTimer, &m_snapshotExpiry}) {
         timer->setSingleShot(true);
         timer->setTimerType(Qt::PreciseTimer);

@@ -9,6 +9,7 @@
 
 #include <xcb/res.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -166,6 +167,29 @@ xcb_window_t X11Windows::focusedTopLevel()
         window = tree->parent;
     }
     return noWindow;
+}
+
+bool X11Windows::hasInputFocus(xcb_window_t window)
+{
+    auto *xcb = m_connection.connection();
+    const XcbPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+    if (!focus)
+        return false;
+    xcb_window_t each = focus->focus;
+    for (int depth = 0; depth < deepestNesting && each > XCB_INPUT_FOCUS_POINTER_ROOT; ++depth) {
+        if (each == window)
+            return true;
+        xcb_generic_error_t *rawError = nullptr;
+        const XcbPointer<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(xcb, xcb_query_tree(xcb, each), &rawError));
+        const XcbPointer<xcb_generic_error_t> error(rawError);
+        each = tree ? tree->parent : xcb_window_t(noWindow);
+    }
+    // Some programs keep the focus in a window of their own that nobody manages.
+    const auto managed = stackingList();
+    return m_connection.isSameClient(focus->focus, window) &&
+           std::find(managed.begin(), managed.end(), focus->focus) == managed.end();
 }
 
 std::vector<xcb_window_t> X11Windows::children(xcb_window_t window)

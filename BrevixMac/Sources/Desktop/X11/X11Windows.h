@@ -40,6 +40,10 @@ public:
     /// manager.
     xcb_window_t focusedTopLevel();
 
+    /// Whether what is typed arrives in @p window, as the server has it: window managers tell of a change
+    /// later than they carry it out.
+    bool hasInputFocus(xcb_window_t window);
+
     /// The windows under the pointer, the outermost first.
     std::vector<xcb_window_t> windowsUnderPointer();
 

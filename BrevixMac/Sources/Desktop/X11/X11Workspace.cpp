@@ -254,8 +254,9 @@ bool X11Workspace::isInFront(const RunningApplication &application)
         return false;
     updateFront(); // the notification may still be under way
     const auto front = frontmostApplication();
-    return front && front->processIdentifier == application.processIdentifier &&
-           (application.window == 0 || front->window == application.window);
+    const bool isTarget = front && front->processIdentifier == application.processIdentifier &&
+                          (application.window == 0 || front->window == application.window);
+    return isTarget && (m_managerWindow == noWindow || m_windows.hasInputFocus(m_frontWindow));
 }
 
 bool X11Workspace::isTerminated(const RunningApplication &application) const
