@@ -9,9 +9,9 @@ HEADINGS = {"empty": "empty field", "middle": "caret in the middle", "selection"
 EXPLANATIONS = {
     "Zenity/line|long|": "A one-line entry of GTK 3 holds 65,534 characters; direct insertion sees that its text was cut and "
                          "takes it back, and the paste is cut by the entry as one by hand would be.",
-    "Falkon/multi-line||": "Falkon carries out every Ctrl+V twice, also one of its user's: the preparation of the field, which "
-                           "does not involve Brevix, is doubled as well.",
-    "Falkon/line||": "As above: Falkon carries out every Ctrl+V twice.",
+    "Falkon/multi-line||": "Falkon carries out many a Ctrl+V twice: those by which the field is prepared, without Brevix, were "
+                           "doubled too.",
+    "Falkon/line||": "As above: Falkon carries out many a Ctrl+V twice.",
     "Chromium as installed/password|password|": "Without accessibility a page's fields cannot be told apart, so a password field "
                                                 "is pasted into like any other; with it (row above) it is refused.",
 }
