@@ -209,6 +209,19 @@ class SigningIn(scenario.Scenario):
         self.assertEqual(self.picker_says(), before)
 
 
+class SignedOut(scenario.Scenario):
+    def test_it_lasts_across_a_restart(self):
+        self.brevix.press_hotkey()
+        press(wait_for_button(self.brevix.pid, "Sign Out"))
+        self.wait_for_message("Sign in to sync your library")
+        self.assertEqual(self.brevix.stop(), 0)
+        type(self).brevix = desk.Brevix(os.environ["BREVIX"], log=self.brevix.log_path, first_start=True)
+        self.brevix.wait_until_ready()
+        self.brevix.press_hotkey()
+        self.wait_for_message("Sign in to sync your library")
+        self.assertNotIn(scenario.LINE["title"], self.picker_says())
+
+
 class WithoutARunningInstance(unittest.TestCase):
     def test_an_address_for_nobody_is_said_clearly(self):
         done = open_url("app.brevix.local:/oauthredirect?code=secret&state=b")
