@@ -5,6 +5,7 @@
 #include "AppConfiguration.h"
 #include "AuthService.h"
 #include "CloudEndpoints.h"
+#include "DraftStore.h"
 #include "FirebaseBootstrap.h"
 #include "HotkeyService.h"
 #include "InsertionService.h"
@@ -65,6 +66,7 @@ struct AppEnvironment
     QString bundleIdentifier; ///< of this application
     qint64 processIdentifier; ///< of this application
     std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
+    QString draftFolder = {}; ///< where unsaved texts are kept; beside the defaults when empty
 };
 
 /// The application's one coordinator: owns the services and the observable state, and turns a hotkey press or
@@ -119,6 +121,7 @@ public:
     PreferenceStore &preferences() { return *m_preferences; }
     PermissionsService &permissions() { return *m_permissions; }
     RecentUsageStore &recents() { return *m_recents; }
+    DraftStore &draftStore() { return *m_draftStore; }
     HotkeyService &hotkeyService() { return *m_hotkeyService; }
     LaunchAtLoginService &launchAtLoginService() { return *m_launchAtLoginService; }
     KeyCapture &keyCapture() { return m_environment.keyCapture; }
@@ -287,6 +290,7 @@ private:
     std::unique_ptr<PreferenceStore> m_preferences;
     std::unique_ptr<PermissionsService> m_permissions;
     std::unique_ptr<RecentUsageStore> m_recents;
+    std::unique_ptr<DraftStore> m_draftStore;
     std::unique_ptr<HotkeyService> m_hotkeyService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<FirebaseBootstrap> m_firebaseBootstrap;

@@ -6,6 +6,9 @@
 #include "Desktop/Pasteboard.h"
 #include "Desktop/Workspace.h"
 
+#include "Foundation/UserDefaults.h"
+
+#include <QFileInfo>
 #include <QPointer>
 
 // How the application comes up and stays ready: the services, the onboarding rule, the hotkey, and the memory
@@ -34,6 +37,13 @@ QString noHotkeysHere()
                           "desktop's keyboard settings.");
 }
 
+QString draftFolder(const AppEnvironment &environment)
+{
+    if (!environment.draftFolder.isEmpty())
+        return environment.draftFolder;
+    return QFileInfo(environment.defaults.filePath()).absolutePath() + QStringLiteral("/drafts");
+}
+
 } // namespace
 
 AppState::AppState(AppEnvironment environment)
@@ -42,6 +52,7 @@ AppState::AppState(AppEnvironment environment)
     , m_permissions(
           std::make_unique<PermissionsService>(m_environment.accessibilityTree, m_environment.keyEvents))
     , m_recents(std::make_unique<RecentUsageStore>(m_environment.defaults, m_environment.now))
+    , m_draftStore(std::make_unique<DraftStore>(draftFolder(m_environment)))
     , m_hotkeyService(std::make_unique<HotkeyService>(m_environment.hotKeys))
     , m_launchAtLoginService(std::make_unique<LaunchAtLoginService>(m_environment.loginItem))
     , m_firebaseBootstrap(std::make_unique<FirebaseBootstrap>(m_environment.configuration))

@@ -6,6 +6,8 @@
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
+#include "PromptEditorController.h"
+#include "SkillEditorController.h"
 
 #include "Desktop/Workspace.h"
 
@@ -15,6 +17,8 @@ AppWindows::AppWindows(AppState &appState, Workspace &workspace, MenuBarControll
     : m_appState(appState)
     , m_workspace(workspace)
     , m_menuBar(menuBar)
+    , m_promptEditor(std::make_unique<PromptEditorController>(appState))
+    , m_skillEditor(std::make_unique<SkillEditorController>(appState))
 {
     const MenuBarPickerView &view = menuBar.panel()->view();
     connect(&view, &MenuBarPickerView::newSkillRequested, this, &AppWindows::showSkillEditor);
@@ -27,10 +31,14 @@ AppWindows::~AppWindows() = default;
 
 void AppWindows::showSkillEditor()
 {
+    m_menuBar.closePicker();
+    m_skillEditor->show();
 }
 
 void AppWindows::showPromptEditor()
 {
+    m_menuBar.closePicker();
+    m_promptEditor->show();
 }
 
 void AppWindows::showSettings()

@@ -8,6 +8,8 @@
 class AppState;
 class FloatingPanelController;
 class MenuBarController;
+class PromptEditorController;
+class SkillEditorController;
 class Workspace;
 
 /// The application's windows beside the picker panel. Each is made on its first use and raised afterwards.
@@ -38,4 +40,6 @@ private:
     Workspace &m_workspace;
     MenuBarController &m_menuBar;
     std::unique_ptr<FloatingPanelController> m_palette;
+    std::unique_ptr<PromptEditorController> m_promptEditor;
+    std::unique_ptr<SkillEditorController> m_skillEditor;
 };

@@ -94,6 +94,8 @@ struct BrevixMacApp::Parts
     explicit Parts(Library library)
         : isFirstStart(!QFileInfo::exists(UserDefaults::pathForDomain(defaultsDomain(library))))
         , defaults(UserDefaults::pathForDomain(defaultsDomain(library)))
+        , draftFolder(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/' +
+                      defaultsDomain(library) + u"/drafts")
         , loginItem(loginApplication(library))
     {
     }
@@ -102,6 +104,7 @@ struct BrevixMacApp::Parts
     std::optional<QString> problem;
     // In the order of dependence: each may use those above it.
     UserDefaults defaults;
+    QString draftFolder;
     HttpClient http;
     DesktopSession desktop;
     AutostartEntry loginItem;
@@ -130,6 +133,7 @@ struct BrevixMacApp::Parts
             .loginItem = loginItem,
             .bundleIdentifier = bundleIdentifier(),
             .processIdentifier = QCoreApplication::applicationPid(),
+            .draftFolder = draftFolder,
         });
     }
 

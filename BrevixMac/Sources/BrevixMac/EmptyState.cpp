@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "EmptyState.h"
 
-#include "ScreenTexts.h"
 #include "Symbols.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
@@ -64,11 +63,6 @@ EmptyState::EmptyState(QWidget *parent)
 {
     for (TextLabel *label : {m_title, m_detail})
         label->setAlignment(Qt::AlignCenter);
-    for (ThemedButton *button : {m_newPrompt, m_newSkill}) {
-        button->setEnabled(false);
-        button->setToolTip(ScreenTexts::notAvailableYet());
-        button->setAccessibleDescription(ScreenTexts::notAvailableYet());
-    }
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(2);
     buttons->addStretch();

@@ -102,8 +102,6 @@ LibraryPage::LibraryPage(AppState &appState, ShareRequests &sharing, QWidget *pa
 void LibraryPage::makeControls()
 {
     m_header->setUnderlined(true);
-    for (ThemedButton *button : {m_newPrompt, m_newSkill})
-        button->setEnabled(false);
     m_header->addButton(m_newPrompt);
     m_header->addButton(m_newSkill);
     m_search->setSymbol(QStringLiteral("magnifyingglass"));

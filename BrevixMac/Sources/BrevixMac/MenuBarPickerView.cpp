@@ -5,6 +5,7 @@
 #include "CompactVariableForm.h"
 #include "HintBubble.h"
 #include "LibraryPage.h"
+#include "MenuBarPromptEditorView.h"
 #include "PageFade.h"
 #include "PickerSearchPage.h"
 #include "PromptTemplateParser.h"
@@ -26,6 +27,7 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     , m_pages(new QStackedWidget(this))
     , m_searchPage(new PickerSearchPage(appState, *m_sharing))
     , m_libraryPage(new LibraryPage(appState, *m_sharing))
+    , m_editor(new MenuBarPromptEditorView(appState))
     , m_fillView(new VariableFillView(appState))
     , m_hint(new HintBubble(this))
     , m_fade(new PageFade(this))
@@ -36,10 +38,12 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     layout->addWidget(m_pages);
     m_pages->addWidget(m_searchPage);
     m_pages->addWidget(m_libraryPage);
+    m_pages->addWidget(m_editor);
     m_pages->addWidget(m_fillView);
     setAccessibleName(QStringLiteral("Brevix"));
     observeSearchPage();
     observeLibraryPage();
+    observeEditor();
     connect(&appState, &AppState::activeVariablePromptChanged, this, &MenuBarPickerView::showActiveForm);
 }
 
@@ -62,6 +66,12 @@ void MenuBarPickerView::observeLibraryPage()
     connect(m_libraryPage, &LibraryPage::newSkillRequested, this, &MenuBarPickerView::newSkillRequested);
 }
 
+void MenuBarPickerView::observeEditor()
+{
+    connect(m_editor, &MenuBarPromptEditorView::cancelled, this, &MenuBarPickerView::closeEditor);
+    connect(m_editor, &MenuBarPromptEditorView::saved, this, &MenuBarPickerView::closeEditor);
+}
+
 QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const
 {
     switch (route) {
@@ -69,9 +79,10 @@ QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const
         return m_searchPage;
     case PickerPanelRoute::library:
         return m_libraryPage;
-    case PickerPanelRoute::settings:
     case PickerPanelRoute::newPrompt:
-        return nullptr; // their pages arrive one by one; until then nothing leads here
+        return m_editor;
+    case PickerPanelRoute::settings:
+        return nullptr; // its page is still to come; until then nothing leads here
     }
     return nullptr;
 }

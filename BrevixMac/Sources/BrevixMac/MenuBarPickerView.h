@@ -8,6 +8,7 @@
 class AppState;
 class HintBubble;
 class LibraryPage;
+class MenuBarPromptEditorView;
 class PageFade;
 class PickerSearchPage;
 class QStackedWidget;
@@ -41,6 +42,7 @@ public:
     LibraryPage &libraryPage() const { return *m_libraryPage; }
     ShareConfirmationBannerView &banner() const { return *m_banner; }
     VariableFillView &variableFillView() const { return *m_fillView; }
+    MenuBarPromptEditorView &promptEditor() const { return *m_editor; }
 
 Q_SIGNALS:
     void routeChanged();
@@ -58,6 +60,7 @@ protected:
 private:
     void observeSearchPage();
     void observeLibraryPage();
+    void observeEditor();
     void focusPage();
     QWidget *pageOf(PickerPanelRoute route) const;
     void closeEditor();
@@ -68,6 +71,7 @@ private:
     QStackedWidget *m_pages;
     PickerSearchPage *m_searchPage;
     LibraryPage *m_libraryPage;
+    MenuBarPromptEditorView *m_editor;
     VariableFillView *m_fillView;
     HintBubble *m_hint;
     PageFade *m_fade;

@@ -12,7 +12,6 @@
 #include "PickerNotices.h"
 #include "PickerRowActions.h"
 #include "ResultLine.h"
-#include "ScreenTexts.h"
 #include "SearchListKeys.h"
 #include "ShareRequests.h"
 #include "StatusCard.h"
@@ -83,16 +82,8 @@ void PickerSearchPage::layOut()
 
 void PickerSearchPage::addPlusMenu()
 {
-    const auto addUnavailable = [this](const QString &text, const QString &symbol) {
-        ThemedButton &entry = m_plusMenu->addEntry(text, symbol);
-        entry.setEnabled(false);
-        entry.setToolTip(ScreenTexts::notAvailableYet());
-        entry.setAccessibleDescription(ScreenTexts::notAvailableYet());
-        return &entry;
-    };
-    m_menuNewPrompt = addUnavailable(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
-    m_menuNewSkill = addUnavailable(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
-    m_plusMenu->addNote(ScreenTexts::notAvailableYet());
+    m_menuNewPrompt = &m_plusMenu->addEntry(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
+    m_menuNewSkill = &m_plusMenu->addEntry(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
     const ThemedButton &palette =
         m_plusMenu->addEntry(QStringLiteral("Open Palette"), QStringLiteral("rectangle.split.3x1"));
     connect(&palette, &QPushButton::clicked, this, &PickerSearchPage::paletteRequested);

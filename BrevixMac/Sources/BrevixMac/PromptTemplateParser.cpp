@@ -48,6 +48,18 @@ QList<VariableToken> variables(const QString &text)
     return tokens;
 }
 
+QList<Placeholder> placeholders(const QString &text)
+{
+    QList<Placeholder> places;
+    forEachField(text, [&](QStringView field) {
+        constexpr qsizetype braces = 2;
+        if (!Text::isBlank(field))
+            places.append(
+                {.start = field.begin() - text.constBegin() - braces, .length = field.size() + 2 * braces});
+    });
+    return places;
+}
+
 RenderedPrompt render(const PromptItem &prompt, const VariableValues &values)
 {
     QString text = prompt.text;

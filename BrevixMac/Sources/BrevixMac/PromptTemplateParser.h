@@ -10,6 +10,18 @@ namespace PromptTemplateParser {
 /// A field is two opening braces, one or more characters other than braces, two closing braces.
 QList<VariableToken> variables(const QString &text);
 
+/// Where a field stands in a text, braces included, in UTF-16 units.
+struct Placeholder
+{
+    qsizetype start = 0;
+    qsizetype length = 0;
+
+    bool operator==(const Placeholder &) const = default;
+};
+
+/// The places of all fields that variables() would find, repeated ones too, in order.
+QList<Placeholder> placeholders(const QString &text);
+
 /// Replaces every exact `{{name}}` by its value, one variable after another. A variable without an entry in
 /// @p values keeps its placeholder; so does a field written with spaces inside its braces.
 RenderedPrompt render(const PromptItem &prompt, const VariableValues &values);

@@ -10,6 +10,7 @@ add_library(BrevixMac STATIC
     # Controls
     ButtonBar.cpp ButtonBar.h
     BrandGlyph.cpp BrandGlyph.h
+    ButtonBar.cpp ButtonBar.h
     ContentScrollArea.cpp ContentScrollArea.h
     HintBubble.cpp HintBubble.h
     PageFade.cpp PageFade.h
@@ -17,6 +18,8 @@ add_library(BrevixMac STATIC
     SidebarList.cpp SidebarList.h
     SidebarModel.cpp SidebarModel.h
     InPanelMenu.cpp InPanelMenu.h
+    PageHeader.cpp PageHeader.h
+    PreviewBox.cpp PreviewBox.h
     StatusCard.cpp StatusCard.h
     TextField.cpp TextField.h
     TextLabel.cpp TextLabel.h
@@ -58,6 +61,26 @@ add_library(BrevixMac STATIC
     VariableFields.cpp VariableFields.h
     VariableForm.cpp VariableForm.h
     VariableFillView.cpp VariableFillView.h
+    # Editors
+    CategoryField.cpp CategoryField.h
+    CategoryMenu.cpp CategoryMenu.h
+    ColorSwatches.cpp ColorSwatches.h
+    DraftNoteBar.cpp DraftNoteBar.h
+    EditorFrame.cpp EditorFrame.h
+    EditorStatusLine.cpp EditorStatusLine.h
+    EditorTextView.cpp EditorTextView.h
+    EditorWindow.cpp EditorWindow.h
+    FlowLayout.cpp FlowLayout.h
+    FormParts.cpp FormParts.h
+    MenuBarPromptEditorView.cpp MenuBarPromptEditorView.h
+    NewCategoryForm.cpp NewCategoryForm.h
+    PromptBodyTextView.cpp PromptBodyTextView.h
+    PromptEditorController.cpp PromptEditorController.h
+    PromptEditorForm.cpp PromptEditorForm.h
+    PromptEditorView.cpp PromptEditorView.h
+    SkillEditorController.cpp SkillEditorController.h
+    SkillEditorView.cpp SkillEditorView.h
+    VariableChips.cpp VariableChips.h
     # Resources
     Resources/Symbols.qrc
 )

@@ -34,6 +34,11 @@ int32_t icuSize(QStringView text)
     return static_cast<int32_t>(text.size());
 }
 
+bool isWhiteSpace(QChar unit)
+{
+    return u_isUWhiteSpace(unit.unicode()) != 0;
+}
+
 /// Tells whether all code units are below @p limit. Whole blocks at a time, so that the compiler can
 /// vectorise it.
 bool isAllBelow(QStringView text, char16_t limit)
@@ -276,12 +281,16 @@ Collator titleCollator()
 
 QString Text::trimmed(QStringView text)
 {
-    const auto isWhiteSpace = [](QChar unit) { return u_isUWhiteSpace(unit.unicode()) != 0; };
     while (!text.isEmpty() && isWhiteSpace(text.front()))
         text = text.sliced(1);
     while (!text.isEmpty() && isWhiteSpace(text.back()))
         text.chop(1);
     return text.toString();
+}
+
+bool Text::isBlank(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), isWhiteSpace);
 }
 
 QString Text::lowercased(QStringView text)
@@ -371,4 +380,24 @@ int Text::compareTitles(const QString &left, const QString &right)
         return QString::compare(left, right, Qt::CaseInsensitive);
     const auto units = [](const QString &text) { return reinterpret_cast<const UChar *>(text.utf16()); };
     return ucol_strcoll(collator.get(), units(left), icuSize(left), units(right), icuSize(right));
+}
+
+qsizetype Text::wordCount(QStringView text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const auto *units = reinterpret_cast<const UChar *>(text.utf16());
+    const BreakIterator words(ubrk_open(UBRK_WORD, "", units, icuSize(text), &status));
+    if (U_FAILURE(status))
+        return 0;
+    qsizetype count = 0;
+    while (ubrk_next(words.get()) != UBRK_DONE) {
+        if (ubrk_getRuleStatus(words.get()) >= UBRK_WORD_NONE_LIMIT)
+            ++count;
+    }
+    return count;
+}
+
+qsizetype Text::lineCount(QStringView text)
+{
+    return text.isEmpty() ? 0 : text.count(u'\n') + 1;
 }

@@ -13,6 +13,9 @@ namespace Text {
 /// @p text without the White_Space characters and line breaks at both ends.
 QString trimmed(QStringView text);
 
+/// Whether nothing is left of @p text when it is trimmed.
+bool isBlank(QStringView text);
+
 /// Full Unicode lower-case mapping in the root locale (so "I" is "i" for Turkish users too).
 QString lowercased(QStringView text);
 
@@ -54,5 +57,13 @@ std::vector<qsizetype> characterBoundaries(QStringView text);
 /// Order of two titles in the user's locale, letter case ignored: negative, zero or positive.
 /// Canonically equivalent titles compare as equal.
 int compareTitles(const QString &left, const QString &right);
+
+/// Number of words in @p text by the rules of UAX #29: runs of letters, digits or ideographs. Punctuation and
+/// symbols are no words, "don't" is one, "e-mail" is two, and scripts without blanks between words are
+/// divided by ICU's dictionaries.
+qsizetype wordCount(QStringView text);
+
+/// Number of lines in @p text, which line feeds divide. An empty text has none.
+qsizetype lineCount(QStringView text);
 
 } // namespace Text

@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UserDefaults.h"
 
+#include "PrivateFile.h"
 #include "PropertyList.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcDefaults, "brevix.defaults")
-
-constexpr QFileDevice::Permissions ownerReadWrite = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 
 /// Value under @p key if it is a T, nothing otherwise: a stored text "false" is no boolean.
 template <typename T>
@@ -27,17 +24,6 @@ std::optional<T> valueOfKind(const QVariantMap &values, const QString &key)
     return value.value<T>();
 }
 
-/// Creates the missing folders of @p path, open to the owner alone.
-bool makePrivateFolder(const QString &path)
-{
-    if (QFileInfo(path).isDir())
-        return true;
-    const QString parent = QFileInfo(path).path();
-    if (parent == path || !makePrivateFolder(parent))
-        return false;
-    return QDir().mkdir(path, ownerReadWrite | QFileDevice::ExeOwner) || QFileInfo(path).isDir();
-}
-
 /// Gives a name beside @p filePath that is not taken.
 QString nameForDamagedFile(const QString &filePath)
 {
@@ -47,14 +33,6 @@ QString nameForDamagedFile(const QString &filePath)
     for (int attempt = 2; QFileInfo::exists(name); ++attempt)
         name = QStringLiteral("%1-%2").arg(base).arg(attempt);
     return name;
-}
-
-/// QSaveFile writes a temporary file beside the old one, syncs it to the disk and renames it over the old
-/// one.
-bool writeAtomically(QSaveFile &file, const QByteArray &bytes)
-{
-    return file.open(QIODevice::WriteOnly) && file.setPermissions(ownerReadWrite) &&
-           file.write(bytes) == bytes.size() && file.commit();
 }
 
 } // namespace
@@ -131,12 +109,7 @@ void UserDefaults::load()
 
 void UserDefaults::write() const
 {
-    if (!makePrivateFolder(QFileInfo(m_filePath).absolutePath())) {
-        qCWarning(lcDefaults, "The folder of %ls cannot be made", qUtf16Printable(m_filePath));
-        return;
-    }
-    QSaveFile file(m_filePath);
-    if (!writeAtomically(file, PropertyList::serialize(m_values)))
+    if (const auto problem = PrivateFile::write(m_filePath, PropertyList::serialize(m_values)))
         qCWarning(lcDefaults, "%ls cannot be written: %ls", qUtf16Printable(m_filePath),
-                  qUtf16Printable(file.errorString()));
+                  qUtf16Printable(*problem));
 }

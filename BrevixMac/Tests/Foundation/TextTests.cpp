@@ -9,6 +9,7 @@
 #include <thread>
 
 using Text::Needle;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -305,4 +306,32 @@ TEST(TextCompareTitles, ignoresCaseButNotAccents)
     EXPECT_LT(compare(u"a", u"ab"), 0);
     EXPECT_GT(compare(u"Zebra", u"Ärger"), 0) << "no code point order";
     QLocale::setDefault(previous);
+}
+
+struct CountCase
+{
+    const char *name;
+    QString text;
+    qsizetype words;
+    qsizetype lines;
+};
+
+TEST(TextCounts, followTheWordRulesOfUnicode)
+{
+    const CountCase cases[] = {
+        {"nothing", QString(), 0, 0},
+        {"one word", u"word"_s, 1, 1},
+        {"several", u"one two  three"_s, 3, 1},
+        {"lines", u"one\ntwo\n\nthree"_s, 3, 4},
+        {"an apostrophe joins", u"don't stop"_s, 2, 1},
+        {"a hyphen divides", u"e-mail"_s, 2, 1},
+        {"numbers count", u"3.14 and 42"_s, 3, 1},
+        {"punctuation does not", u"# -- *** !"_s, 0, 1},
+        {"no blanks between words", u"\u6771\u4eac\u306b\u884c\u304f"_s, 3, 1},
+        {"right to left", u"\u0645\u0631\u062d\u0628\u0627 \u0628\u0643"_s, 2, 1},
+    };
+    for (const CountCase &given : cases) {
+        EXPECT_EQ(Text::wordCount(given.text), given.words) << given.name;
+        EXPECT_EQ(Text::lineCount(given.text), given.lines) << given.name;
+    }
 }

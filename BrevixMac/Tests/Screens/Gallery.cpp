@@ -3,6 +3,7 @@
 //   QT_QPA_PLATFORM=offscreen gallery FOLDER [WORD]
 // With a word, only the states whose names contain it.
 #include "AppWindows.h"
+#include "EditorGallery.h"
 #include "FloatingPanelController.h"
 #include "LibraryPage.h"
 #include "MenuBarController.h"
@@ -391,6 +392,7 @@ int main(int argc, char **argv)
     for (const Theme::Scheme scheme : {Theme::Scheme::light, Theme::Scheme::dark}) {
         Theme::shared().forceScheme(scheme);
         drawAll();
+        drawEditors(outputFolder, wantedWord);
     }
     return 0;
 }

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// From a key in a prompt's text to everything repainted: text with its marks, chips and preview.
+#include "Screens/EditorStage.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+
+namespace {
+
+/// A text of @p size UTF-16 units in paragraphs of some 600, each with a variable.
+QString promptOf(qsizetype size)
+{
+    const QString sentence =
+        QStringLiteral("Rewrite the paragraph for {{reader_%1}} and keep the facts; be brief and friendly. ");
+    QString text;
+    int number = 0;
+    while (text.size() < size) {
+        text += sentence.arg(number % 40);
+        if (++number % 8 == 0)
+            text += u'\n';
+    }
+    return text.first(size);
+}
+
+/// Types letters in the middle of the text; what is reported once a frame is reported at every key.
+void keystrokeInAPrompt(benchmark::State &state, EditorKind kind)
+{
+    PromptStage stage;
+    stage.open(kind);
+    stage.fill(QStringLiteral("Title"), promptOf(state.range(0)));
+    PromptBodyTextView &body = stage.form().body();
+    QTextCursor cursor = body.textCursor();
+    cursor.setPosition(static_cast<int>(state.range(0) / 2));
+    body.setTextCursor(cursor);
+    int typed = 0;
+    for (auto _ : state) {
+        QTest::keyClick(&body, ++typed % 6 ? Qt::Key_A : Qt::Key_Space);
+        body.report();
+        QCoreApplication::sendPostedEvents();
+        stage.top().repaint();
+    }
+}
+BENCHMARK_CAPTURE(keystrokeInAPrompt, panel, EditorKind::panel)
+    ->Arg(1 << 10)
+    ->Arg(100 << 10)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(keystrokeInAPrompt, window, EditorKind::window)
+    ->Arg(100 << 10)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    testing::InitGoogleTest();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "EditorModel.h"
+
+#include "AppState.h"
+
+EditorModel::EditorModel(AppState &appState, DraftStore::Form form, QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+    , m_session(std::make_unique<DraftSession>(appState.draftStore(), appState.authService(), form,
+                                               [this] { return content(); }))
+{
+    connect(m_session.get(), &DraftSession::accountChanged, this, &EditorModel::onAccountChanged);
+    connect(m_session.get(), &DraftSession::tooLongChanged, this,
+            [this] { setDraftNote(m_session->isTooLong() ? DraftNote::tooLong : DraftNote::none); });
+}
+
+EditorModel::~EditorModel() = default;
+
+void EditorModel::closeSession()
+{
+    m_session.reset();
+}
+
+void EditorModel::begin()
+{
+    if (m_isSaving || !content().isBlank())
+        return;
+    const auto draft = m_session->open();
+    if (draft)
+        replaceContent(*draft);
+    setDraftNote(draft                       ? DraftNote::restored
+                 : m_session->hasCancelled() ? DraftNote::cancelled
+                                             : DraftNote::none);
+}
+
+void EditorModel::cancel()
+{
+    if (m_isSaving)
+        return;
+    m_session->cancel();
+    replaceContent({});
+    setStatus({});
+    setDraftNote(DraftNote::none);
+}
+
+void EditorModel::discardDraft()
+{
+    if (m_isSaving)
+        return;
+    cancel();
+    if (m_session->hasCancelled())
+        setDraftNote(DraftNote::discarded);
+}
+
+void EditorModel::restoreCancelled()
+{
+    if (m_isSaving)
+        return;
+    const auto draft = m_session->takeCancelled();
+    if (!draft)
+        return;
+    replaceContent(*draft);
+    setDraftNote(DraftNote::restored);
+}
+
+void EditorModel::flush()
+{
+    m_session->flush();
+}
+
+void EditorModel::refuseInsertion()
+{
+    showProblem(
+        QStringLiteral("That text is too large to be pasted here. The library holds texts of up to 1 MB."));
+}
+
+void EditorModel::replaceContent(const EditorDraft &content)
+{
+    m_contentTasks.restart();
+    setContent(content);
+    Q_EMIT contentReplaced();
+    Q_EMIT canSaveChanged();
+}
+
+void EditorModel::onAccountChanged()
+{
+    setSaving(false);
+    setStatus({});
+    replaceContent({});
+    begin();
+}
+
+void EditorModel::noteEdit()
+{
+    m_session->noteChange();
+    Q_EMIT canSaveChanged();
+}
+
+void EditorModel::setStatus(const std::optional<EditorStatusMessage> &status)
+{
+    if (status == m_statusMessage)
+        return;
+    m_statusMessage = status;
+    Q_EMIT statusMessageChanged();
+}
+
+void EditorModel::setSaving(bool isSaving)
+{
+    if (isSaving == m_isSaving)
+        return;
+    m_isSaving = isSaving;
+    Q_EMIT isSavingChanged();
+    Q_EMIT canSaveChanged();
+}
+
+void EditorModel::setDraftNote(DraftNote note)
+{
+    if (note == m_draftNote)
+        return;
+    m_draftNote = note;
+    Q_EMIT draftNoteChanged();
+}
+
+void EditorModel::finishSaving()
+{
+    setSaving(false);
+    replaceContent({});
+    m_session->finish();
+    setStatus({});
+    setDraftNote(DraftNote::none);
+}
+
+std::optional<QString> EditorModel::problemOfSize(const QString &title, const QString &text)
+{
+    // A UTF-16 unit takes one to three bytes of UTF-8; a huge text need not be converted to be refused.
+    qsizetype bytes = title.size() + text.size();
+    if (bytes <= maximumSavedBytes)
+        bytes = title.toUtf8().size() + text.toUtf8().size();
+    if (bytes <= maximumSavedBytes)
+        return std::nullopt;
+    const double megabytes = static_cast<double>(bytes) / (1024 * 1024);
+    return QStringLiteral("This text is too large to be saved: it has %1 MB, and the library holds 1 MB. "
+                          "Shorten it and save again.")
+        .arg(megabytes, 0, 'f', megabytes < 10 ? 2 : 0);
+}
+
+bool EditorModel::isEditable(const QString &text)
+{
+    if (text.size() > maximumEditableLength)
+        return false;
+    qsizetype start = 0;
+    while (start < text.size()) {
+        const qsizetype end = text.indexOf(u'\n', start);
+        if ((end < 0 ? text.size() : end) - start > maximumEditableLine)
+            return false;
+        if (end < 0)
+            break;
+        start = end + 1;
+    }
+    return true;
+}

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "MenuBarPromptEditorView.h"
+
+#include "EditorFrame.h"
+#include "PageHeader.h"
+#include "PromptBodyTextView.h"
+#include "PromptEditorForm.h"
+#include "PromptEditorModel.h"
+#include "Theme.h"
+
+#include <QShowEvent>
+#include <QVBoxLayout>
+
+namespace {
+
+PromptEditorTexts texts()
+{
+    return {.line = QStringLiteral("Create and save a prompt without leaving the menu bar."),
+            .hideNewCategory = QStringLiteral("Hide"),
+            .optimize = QStringLiteral("Optimize"),
+            .variablesHeading = {},
+            .variablesHint = QStringLiteral("Use {{variable}} to create dynamic fields."),
+            .insertVariable = QStringLiteral("Insert"),
+            .save = QStringLiteral("Save Prompt"),
+            .categoryNeeded = QStringLiteral("Create a category before saving.")};
+}
+
+} // namespace
+
+MenuBarPromptEditorView::MenuBarPromptEditorView(AppState &appState, QWidget *parent)
+    : QWidget(parent)
+    , m_model(new PromptEditorModel(appState, DraftStore::Form::menuBarPrompt, texts().categoryNeeded, this))
+    , m_header(new PageHeader(QStringLiteral("New Prompt"), this))
+    , m_form(new PromptEditorForm(*m_model, texts(), PromptEditorForm::Columns::one, Theme::margin, this))
+    , m_frame(new EditorFrame(*m_model, m_header, m_form, texts().save, Theme::margin, this))
+{
+    m_header->setSubtitle(texts().line);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_frame);
+    connect(m_header, &PageHeader::backRequested, m_frame, &EditorFrame::cancel);
+    connect(m_frame, &EditorFrame::cancelled, this, &MenuBarPromptEditorView::cancelled);
+    connect(m_model, &EditorModel::saved, this, &MenuBarPromptEditorView::saved);
+}
+
+void MenuBarPromptEditorView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (event->spontaneous())
+        return;
+    m_model->begin();
+    m_form->focusFirst();
+}
+
+void MenuBarPromptEditorView::hideEvent(QHideEvent *event)
+{
+    m_form->body().report();
+    m_model->flush();
+    QWidget::hideEvent(event);
+}

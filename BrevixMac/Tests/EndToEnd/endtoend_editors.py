@@ -1,0 +1,117 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The editors as a user has them: a prompt in a new category from the panel, a skill from a Markdown file, and a draft
+that outlives a killed program."""
+import os
+import pathlib
+import signal
+import unittest
+
+from gi.repository import GLib
+
+import desktop_driver as desk
+import scenario
+
+TITLE = "Weekly summary"
+TEXT = "Summarise the week for {{reader}} in five lines."
+SKILL_NAME = "Release Note Rules"
+SKILL = f"# {SKILL_NAME}\n\nWrite for users.\nOne line for each change.\n"
+SHOWING = 25
+DRAFT = "Half a thought that must not be lost"
+
+
+def extents(node):
+    return node._call("org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))[0]
+
+
+class Editors(scenario.Scenario):
+    def node(self, name, role=None, deadline=8):
+        """A visible element of Brevix by its accessible name."""
+        def matches(node):
+            return (node.name == name and (role is None or node.role == role) and node.has(SHOWING)
+                    and extents(node)[2] > 0)
+
+        def search():
+            root = desk.application(self.brevix.pid)
+            return root and desk.find(root, matches)
+        return desk.wait_for(f"{name!r} in Brevix", search, deadline, 0.05)
+
+    def click(self, name, role=None):
+        x, y, width, height = extents(self.node(name, role))
+        desk.click(x + width // 2, y + height // 2)
+
+    def open_new(self, entry):
+        self.brevix.press_hotkey()
+        self.click("New")
+        self.click(entry)
+
+    def test_1_a_prompt_in_a_new_category_is_created_in_the_panel_and_inserted(self):
+        self.open_new("New Prompt")
+        self.node("Title")
+        desk.type_text(TITLE)
+        self.click("New Category")
+        desk.wait_for("the name field", lambda: self.node("Category name").has(desk.FOCUSED))
+        desk.type_text("Reports")
+        desk.keys("Return")
+        self.wait_for_message('Created category "Reports".')
+        self.assertEqual(self.node("Category: Reports").name, "Category: Reports")
+        self.click("Prompt Text")
+        desk.type_text(TEXT)
+        desk.wait_for_text(self.node("Preview"), TEXT)
+        desk.keys("ctrl+s")
+        self.node("Search prompts or skills")
+        desk.keys("Escape")
+        self.brevix.wait_until_closed()
+
+        editor, _ = self.open_window("mousepad", "mousepad")
+        field = desk.field(editor.pid)
+        prompt = {"title": TITLE, "text": TEXT}
+        self.choose(prompt)
+        self.fill_and_continue(prompt, {"reader": "the board"})
+        desk.wait_for_text(field, TEXT.replace("{{reader}}", "the board"))
+
+    def test_2_a_skill_is_imported_from_a_file_and_inserted(self):
+        path = pathlib.Path(os.environ["HOME"]) / "release-notes.md"
+        path.write_text(SKILL)
+        self.open_new("New Skill")
+        window = desk.wait_for("the editor's window", lambda: self.editor_window("New Skill"))
+        desk.wait_for("the editor to have the focus", lambda: desk.active_window() == window)
+        self.click("Import .txt/.md")
+        chooser = desk.wait_for("the file chooser", lambda: self.editor_window("Import Skill"))
+        desk.wait_for("the chooser to have the focus", lambda: desk.active_window() == chooser)
+        desk.type_text(str(path))
+        desk.keys("Return")
+        self.wait_for_message("Imported release-notes.md")
+        self.assertEqual(self.node("Skill Name").text, SKILL_NAME)
+        self.assertEqual(self.node("Skill Instructions").text, SKILL)
+        desk.wait_for("the editor to have the focus again", lambda: desk.active_window() == window)
+        desk.keys("ctrl+s")
+        desk.wait_for("the window to close", lambda: not self.editor_window("New Skill"))
+
+        editor, _ = self.open_window("mousepad", "mousepad")
+        field = desk.field(editor.pid)
+        self.choose({"title": SKILL_NAME})
+        desk.wait_for_text(field, SKILL)
+
+    def editor_window(self, title):
+        found = desk.output("xdotool", "search", "--onlyvisible", "--name", f"^{title}$").split()
+        return int(found[-1]) if found else None
+
+    def test_3_a_draft_outlives_a_killed_program(self):
+        self.open_new("New Prompt")
+        self.node("Title")
+        desk.type_text(DRAFT)
+        drafts = pathlib.Path(os.environ["HOME"]) / ".local/share/brevix-local/drafts"
+        desk.wait_for("the draft on disk",
+                      lambda: any(DRAFT in each.read_text() for each in drafts.glob("*.json")), 3)
+        os.kill(self.brevix.pid, signal.SIGKILL)
+        self.brevix.process.wait()
+        type(self).start_brevix()
+        self.open_new("New Prompt")
+        desk.wait_for_text(self.node("Title"), DRAFT)
+        self.node("Draft restored")
+        self.click("Cancel")
+        self.node("Search prompts or skills")
+
+
+if __name__ == "__main__":
+    scenario.main()

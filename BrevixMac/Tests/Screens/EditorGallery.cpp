@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "EditorGallery.h"
+
+#include "CategoryField.h"
+#include "EditorStage.h"
+#include "EditorTextView.h"
+#include "NewCategoryForm.h"
+#include "SkillEditorModel.h"
+#include "SkillEditorView.h"
+#include "ThemePainting.h"
+
+#include <QDir>
+#include <QPainter>
+
+#include <functional>
+
+namespace {
+
+const QString longTitle = QStringLiteral(
+    "Rechtsschutzversicherungsgesellschaftskorrespondenz mit <b>Auszeichnung</b> &amp; Sonderzeichen");
+const QString sampleText =
+    QStringLiteral("Hi {{name}}, following up on my note about the {{topic}}. Would a short call "
+                   "this week be of use?");
+const QString arabic = QStringLiteral(
+    "\u0645\u0631\u062d\u0628\u0627 {{name}}\u060c \u0634\u0643\u0631\u0627 \u0639\u0644\u0649 "
+    "\u0648\u0642\u062a\u0643 \u0627\u0644\u064a\u0648\u0645");
+
+/// Draws widgets that are shown, and remembers which names are wanted.
+struct Camera
+{
+    const QDir &folder;
+    QString word;
+
+    bool wants(const QString &name) const { return name.contains(word); }
+
+    void shoot(QWidget &widget, const QString &name, bool isPanel) const
+    {
+        const Theme &theme = Theme::shared();
+        const bool isDark = theme.scheme() == Theme::Scheme::dark;
+        for (const int ratio : {1, 2}) {
+            QImage image(widget.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
+            image.setDevicePixelRatio(ratio);
+            image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
+            QPainter painter(&image);
+            const QRect place(QPoint(40, 40), widget.size());
+            if (isPanel) {
+                ThemePainting::fillRounded(painter, place, Theme::panelRadius,
+                                           theme.color(Theme::Color::surface));
+                ThemePainting::strokeRounded(painter, place, Theme::panelRadius,
+                                             theme.color(Theme::Color::line));
+            }
+            widget.render(&painter, QPoint(40, 40), {},
+                          isPanel ? QWidget::DrawChildren
+                                  : QWidget::DrawWindowBackground | QWidget::DrawChildren);
+            painter.end();
+            const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
+            image.save(folder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
+        }
+    }
+};
+
+using ArrangePrompt = std::function<void(PromptStage &)>;
+using ArrangeSkill = std::function<void(EditorDesk &, SkillEditorView &)>;
+
+void drawPrompt(const Camera &camera, const QString &name, const ArrangePrompt &before,
+                const ArrangePrompt &after)
+{
+    for (const EditorKind kind : {EditorKind::panel, EditorKind::window}) {
+        const bool isPanel = kind == EditorKind::panel;
+        const QString full = (isPanel ? QStringLiteral("editor-") : QStringLiteral("editor-window-")) + name;
+        if (!camera.wants(full))
+            continue;
+        PromptStage stage;
+        before(stage);
+        stage.open(kind);
+        after(stage);
+        stage.settle();
+        camera.shoot(stage.top(), full, isPanel);
+    }
+}
+
+void drawSkill(const Camera &camera, const QString &name, const ArrangeSkill &arrange)
+{
+    const QString full = u"skill-" + name;
+    if (!camera.wants(full))
+        return;
+    EditorDesk desk;
+    desk.start();
+    SkillEditorView view(*desk.appState);
+    view.show();
+    view.activateWindow();
+    arrange(desk, view);
+    PromptStage::settle();
+    camera.shoot(view, full, false);
+}
+
+void nothing(PromptStage &)
+{
+}
+
+void fillSample(PromptStage &stage)
+{
+    stage.fill(QStringLiteral("Cold outreach follow-up"), sampleText);
+    stage.form().titleField().setFocus();
+}
+
+void fail(PromptStage &stage)
+{
+    fillSample(stage);
+    stage.desk.server.refusal = QStringLiteral(
+        "Quota exceeded for quota metric \"Write requests\" and limit \"Write requests per minute\" "
+        "of this project. Try again in a minute.");
+    stage.model().save();
+    waitUntil([&] { return stage.model().statusMessage().has_value(); });
+}
+
+void longTexts(PromptStage &stage)
+{
+    stage.desk.server.addCategory(
+        QStringLiteral("aaa"), QStringLiteral("Donaudampfschifffahrtsgesellschaftskapit\u00e4nsm\u00fctzen"),
+        {});
+}
+
+void fillLong(PromptStage &stage)
+{
+    QString text;
+    for (int number = 0; number < 30; ++number)
+        text +=
+            QStringLiteral("Sehr geehrte {{anrede_%1}}, Kraftfahrzeughaftpflichtversicherung. ").arg(number);
+    stage.fill(longTitle, text);
+    stage.model().selectCategory(QStringLiteral("aaa"));
+}
+
+void drawPromptEditors(const Camera &camera)
+{
+    drawPrompt(camera, QStringLiteral("empty"), nothing, nothing);
+    drawPrompt(camera, QStringLiteral("filled"), nothing, [](PromptStage &stage) {
+        fillSample(stage);
+        stage.optimize();
+        stage.fill(QStringLiteral("Cold outreach follow-up"), sampleText);
+        stage.form().titleField().setFocus();
+    });
+    drawPrompt(camera, QStringLiteral("error"), nothing, fail);
+    drawPrompt(camera, QStringLiteral("long"), longTexts, fillLong);
+    drawPrompt(camera, QStringLiteral("right-to-left"), nothing, [](PromptStage &stage) {
+        stage.fill(QStringLiteral("\u0645\u062a\u0627\u0628\u0639\u0629"), arabic);
+    });
+    drawPrompt(camera, QStringLiteral("new-category"), nothing, [](PromptStage &stage) {
+        fillSample(stage);
+        stage.form().newCategoryToggle().click();
+        stage.type(QStringLiteral("Hiring"));
+    });
+    drawPrompt(camera, QStringLiteral("menu"), longTexts, [](PromptStage &stage) {
+        fillSample(stage);
+        stage.form().categoryField().openMenu();
+    });
+    drawPrompt(
+        camera, QStringLiteral("no-category"),
+        [](PromptStage &stage) {
+            stage.desk.server.removeCategory(QStringLiteral("outreach"));
+            stage.desk.server.removeCategory(QStringLiteral("writing"));
+        },
+        [](PromptStage &stage) {
+            fillSample(stage);
+            stage.model().save();
+        });
+    drawPrompt(camera, QStringLiteral("saving"), nothing, [](PromptStage &stage) {
+        fillSample(stage);
+        stage.desk.server.isHolding = true;
+        stage.model().save();
+    });
+    drawPrompt(camera, QStringLiteral("restored"), nothing, [](PromptStage &stage) {
+        fillSample(stage);
+        stage.frame().cancel();
+        stage.reopen();
+        stage.model().restoreCancelled();
+    });
+}
+
+void drawSkillEditor(const Camera &camera)
+{
+    drawSkill(camera, QStringLiteral("empty"), [](EditorDesk &, SkillEditorView &) {});
+    drawSkill(camera, QStringLiteral("imported"), [](EditorDesk &desk, SkillEditorView &view) {
+        view.model().importFile(desk.write(QStringLiteral("code-review.md"),
+                                           "# Code Review Rules\n\nYou review changes for correctness first, "
+                                           "then for clarity.\n\n- Name the risk.\n- "
+                                           "Show the smallest fix.\n- Keep to the project's style.\n"));
+        waitUntil([&] { return !view.model().isImporting(); });
+    });
+    drawSkill(camera, QStringLiteral("error"), [](EditorDesk &desk, SkillEditorView &view) {
+        view.model().importFile(desk.write(QStringLiteral("latin1.txt"), "caf\xe9"));
+        waitUntil([&] { return !view.model().isImporting(); });
+    });
+    drawSkill(camera, QStringLiteral("huge"), [](EditorDesk &desk, SkillEditorView &view) {
+        view.model().importFile(
+            desk.write(QStringLiteral("huge-log-of-a-very-long-name-that-does-not-fit.txt"),
+                       QByteArray("one two three four five six seven eight nine\n").repeated(60'000)));
+        waitUntil([&] { return !view.model().isImporting(); });
+        view.model().save();
+    });
+}
+
+} // namespace
+
+void drawEditors(const QDir &folder, const QString &word)
+{
+    const Camera camera{folder, word};
+    drawPromptEditors(camera);
+    drawSkillEditor(camera);
+    Theme::shared().forceFontScale(2);
+    drawPrompt(camera, QStringLiteral("filled-200"), nothing, fillSample);
+    drawPrompt(camera, QStringLiteral("long-200"), longTexts, [](PromptStage &stage) {
+        fillLong(stage);
+        fail(stage);
+    });
+    drawSkill(camera, QStringLiteral("empty-200"), [](EditorDesk &, SkillEditorView &) {});
+    Theme::shared().forceFontScale(std::nullopt);
+}
