@@ -18,6 +18,8 @@ EditorModel::~EditorModel() = default;
 
 void EditorModel::closeSession()
 {
+    // Its last store may have news, which nobody is left to hear.
+    m_session->disconnect(this);
     m_session.reset();
 }
 
