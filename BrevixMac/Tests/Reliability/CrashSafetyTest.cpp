@@ -31,20 +31,25 @@ int rounds()
 
 using Numbers = QMap<char, int>;
 
-/// Lets the writer write for a moment, kills it, and gives the last number that it reported of each kind.
-Numbers writeUntilKilled(const QString &folder, std::chrono::microseconds moment)
+/// Lets the writer report @p reports writes, waits for @p moment more, kills it, and gives the last number
+/// that it reported of each kind.
+Numbers writeUntilKilled(const QString &folder, qsizetype reports, std::chrono::microseconds moment)
 {
     QProcess writer;
     writer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     writer.start(qEnvironmentVariable("STATE_WRITER"), {folder});
-    EXPECT_TRUE(writer.waitForReadyRead(20'000)) << "the writer has not started";
-    usleep(useconds_t(moment.count()));
+    QByteArray output;
+    while (output.count('\n') <= reports && writer.waitForReadyRead(20'000))
+        output += writer.readAllStandardOutput();
+    EXPECT_GT(output.count('\n'), reports) << "the writer does not write";
+    usleep(useconds_t(moment.count())); // into the middle of a write
     kill(pid_t(writer.processId()), SIGKILL);
-    writer.waitForFinished(5000);
+    writer.waitForFinished(20'000);
     EXPECT_EQ(writer.exitStatus(), QProcess::CrashExit) << "the writer ended by itself";
+    output += writer.readAllStandardOutput();
 
     Numbers last;
-    const QList<QByteArray> lines = writer.readAllStandardOutput().split('\n');
+    const QList<QByteArray> lines = output.split('\n');
     for (const QByteArray &line : lines) {
         if (line.size() > 2)
             last[line.at(0)] = line.mid(2).toInt();
@@ -98,8 +103,9 @@ TEST(CrashSafety, killedWhileWritingEverythingStaysReadableAndNothingIsOlderThan
     std::mt19937 random(20261121);
     int writes = 0;
     for (int round = 1; round <= rounds() && !testing::Test::HasFatalFailure(); ++round) {
-        const std::chrono::microseconds moment(random() % 25'000);
-        const Numbers last = writeUntilKilled(folder.path(), moment);
+        const qsizetype reports = random() % 24;
+        const std::chrono::microseconds moment(random() % 4000);
+        const Numbers last = writeUntilKilled(folder.path(), reports, moment);
         writes = qMax(writes, last.value(StoredState::preferences));
         expectNothingOlder(folder.path(), last, round);
     }
