@@ -186,6 +186,8 @@ class PastingByChoice(scenario.Scenario):
                 program.stop()
 
     def test_an_empty_clipboard_is_empty_again(self):
+        owner, _ = self.own_rich_clipboard()
+        owner.stop()  # whatever was there before, nobody owns it now
         program, _ = self.open_window("mousepad", "mousepad", "--disable-server")
         field = desk.field(program.pid, is_multi_line)
         expected = self.insert_lines()

@@ -5,6 +5,7 @@ usage: endurance.py ROUNDS [SEED]     (on a virtual desktop)
 
 After every round: the text is in the right field exactly once, or it is not there and the picker says why; every other
 field is as it was; the clipboard is identical; no key is down; no child process is left. The same seed gives the same rounds.
+SIGTERM ends the run after the present round, with its report.
 """
 import collections
 import os
@@ -69,6 +70,8 @@ class Endurance:
         self.milliseconds = collections.defaultdict(list)
         self.violations = []
         self.memory = []
+        self.is_stopping = False
+        signal.signal(signal.SIGTERM, lambda *_: setattr(self, "is_stopping", True))
 
     # Programs
 
@@ -255,7 +258,7 @@ class Endurance:
             Stage.defaults = {"preferredInsertionMethod": preference}
             Stage.start_brevix()
             self.memory = []
-            while number < rounds * (part + 1) // len(halves):
+            while not self.is_stopping and number < rounds * (part + 1) // len(halves):
                 number += 1
                 self.run_round(number)
             self.report_memory(preference.decode())

@@ -9,6 +9,7 @@ HEADINGS = {"empty": "empty field", "middle": "caret in the middle", "selection"
 EXPLANATIONS = {
     "Zenity/line|long|": "A one-line entry of GTK 3 holds 65,534 characters; direct insertion sees that its text was cut and "
                          "takes it back, and the paste is cut by the entry as one by hand would be.",
+    "Konsole/terminal|long|": "Konsole asks its user whether to paste so much text, and gets no answer here.",
     "Falkon/multi-line||": "Falkon carries out many a Ctrl+V twice: those by which the field is prepared, without Brevix, were "
                            "doubled too.",
     "Falkon/line||": "As above: Falkon carries out many a Ctrl+V twice.",
@@ -29,8 +30,8 @@ the text seen in the field, means that all of this held:
 - no key was left pressed.
 
 *direct* is an insertion by accessibility, *paste* one by the clipboard; *refused* is the message that password fields are
-protected, with field and clipboard untouched. A dash is a case that the field does not have. **FAILED** is explained
-below the tables.
+protected, with field and clipboard untouched. A dash is a case that the field does not have, *not run* a row that was left out
+(programs may be named to measure some rows alone, so rows are of different moments). **FAILED** is explained below the tables.
 """
 
 PREFERENCES = {"direct": "Preference: direct first (hybrid)", "paste": "Preference: paste"}
@@ -83,6 +84,9 @@ def line(key, row, method, failures):
     cells = row.get(method, {})
     texts = []
     for case in HEADINGS:
+        if not cells:
+            texts.append("not run")
+            continue
         result = cells.get(case) or (cells.get("password") if case == "empty" else None) or cells.get("start")
         texts.append("**FAILED**" if result and result.get("problem") else cell(result))
     for case, result in cells.items():

@@ -486,17 +486,6 @@ class Konsole(Terminal):
     name, toolkit, package = "Konsole", "Qt 5", "konsole"
     wm_class, command = "konsole", ("konsole", "--separate", "-e")
 
-    def prepare(self):
-        # Its user is asked before a long text is pasted; here that was answered once for all.
-        settings = self.folder / "config/konsolerc"
-        settings.parent.mkdir()
-        settings.write_text("[Notification Messages]\nShowPasteHugeTextWarning=false\n")
-        return super().prepare()
-
-    def open(self):
-        self.environment = {"XDG_CONFIG_HOME": str(self.folder / "config")}
-        super().open()
-
 
 BROWSER_FIELDS = ("multi-line", "line", "rich", "password")
 ALL = [Mousepad, Zenity, GnomeTextEditor, FeatherPad, KWrite, FocusWriter, Writer,
