@@ -292,11 +292,14 @@ TEST_F(LibraryStoreTest, aTokenThatExpiresInTheMiddleOfASyncIsRefreshedForTheNex
     fireTimer();
     ASSERT_TRUE(waitUntil([&] { return store->syncState() == SyncState::error(u"UNAUTHENTICATED"_s); }));
     EXPECT_EQ(store->prompts(), prompts);
-    EXPECT_EQ(server.count("token"), 0);
     fireTimer();
     ASSERT_TRUE(waitUntil([&] { return store->syncState() == SyncState::synced(now); }));
     EXPECT_EQ(server.count("token"), 1);
-    EXPECT_TRUE(server.requests().last().head.contains("\r\nAuthorization: Bearer newer"));
+    // Not the last one: one that the timer has cancelled may arrive late.
+    const auto hasNewToken = [](const FaultyServer::Request &request) {
+        return request.lastPiece() == "skills" && request.head.contains("\r\nAuthorization: Bearer newer");
+    };
+    EXPECT_TRUE(std::any_of(server.requests().begin(), server.requests().end(), hasNewToken));
 }
 
 TEST_F(LibraryStoreTest, aTokenThatCannotBeHadIsNamed)
@@ -374,24 +377,25 @@ TEST(LibraryStoreRecords, fieldsAreReadUnderTheirStoredNames)
     const QJsonObject time = Value::timestamp(utc(9)).restValue();
     const PromptCategory category =
         LibraryDocuments::makeCategory(document(u"c"_s, {{u"name"_s, string(u"N"_s)},
-                                                     {u"color"_s, string(u"#fff"_s)},
-                                                     {u"order"_s, integer(u"4"_s)},
-                                                     {u"createdAt"_s, time}}));
+                                                         {u"color"_s, string(u"#fff"_s)},
+                                                         {u"order"_s, integer(u"4"_s)},
+                                                         {u"createdAt"_s, time}}));
     EXPECT_EQ(category, (PromptCategory{u"c"_s, u"N"_s, u"#fff"_s, 4, utc(9)}));
-    const PromptItem prompt = LibraryDocuments::makePrompt(document(u"p"_s, {{u"title"_s, string(u"T"_s)},
-                                                                         {u"text"_s, string(u"X"_s)},
-                                                                         {u"categoryId"_s, string(u"c"_s)},
-                                                                         {u"categoryID"_s, string(u"no"_s)},
-                                                                         {u"order"_s, integer(u"-4"_s)},
-                                                                         {u"createdAt"_s, time}}));
+    const PromptItem prompt =
+        LibraryDocuments::makePrompt(document(u"p"_s, {{u"title"_s, string(u"T"_s)},
+                                                       {u"text"_s, string(u"X"_s)},
+                                                       {u"categoryId"_s, string(u"c"_s)},
+                                                       {u"categoryID"_s, string(u"no"_s)},
+                                                       {u"order"_s, integer(u"-4"_s)},
+                                                       {u"createdAt"_s, time}}));
     EXPECT_EQ(prompt, (PromptItem{u"p"_s, u"T"_s, u"X"_s, u"c"_s, -4, utc(9)}));
     const SkillItem skill =
         LibraryDocuments::makeSkill(document(u"s"_s, {{u"title"_s, string(u"T"_s)},
-                                                  {u"name"_s, string(u"no"_s)},
-                                                  {u"text"_s, string(u"X"_s)},
-                                                  {u"content"_s, string(u"no"_s)},
-                                                  {u"sourceFilename"_s, string(u"f.md"_s)},
-                                                  {u"createdAt"_s, time}}));
+                                                      {u"name"_s, string(u"no"_s)},
+                                                      {u"text"_s, string(u"X"_s)},
+                                                      {u"content"_s, string(u"no"_s)},
+                                                      {u"sourceFilename"_s, string(u"f.md"_s)},
+                                                      {u"createdAt"_s, time}}));
     EXPECT_EQ(skill, (SkillItem{u"s"_s, u"T"_s, u"X"_s, u"f.md"_s, 0, utc(9)}));
 }
 

@@ -411,7 +411,7 @@ TEST_F(SignInTest, signingOutEndsItWhereverItIs)
         if (!stage.isEmpty()) {
             browser.openURL(answer());
             const qsizetype requests = stage == exchangePath ? 1 : 2;
-            ASSERT_TRUE(waitUntil([&] { return server.requests().size() == before + requests; }));
+            ASSERT_TRUE(waitUntil([&] { return server.requests().size() >= before + requests; }));
         }
         service->signOut();
         expectNothingKept(*service);
@@ -428,18 +428,18 @@ TEST_F(SignInTest, dyingEndsItWhereverItIs)
 {
     for (const QByteArray &stage : {QByteArray(), exchangePath, firebasePath}) {
         if (!stage.isEmpty())
-            server.replyOnce(stage,
-                             {.body = stage == exchangePath ? googleTokens : firebaseSession, .delay = 20ms});
+            server.replyOnce(
+                stage, {.body = stage == exchangePath ? googleTokens : firebaseSession, .delay = 300ms});
         const qsizetype before = server.requests().size();
         auto service = beginSignIn();
         if (!stage.isEmpty()) {
             browser.openURL(answer());
             const qsizetype requests = stage == exchangePath ? 1 : 2;
-            ASSERT_TRUE(waitUntil([&] { return server.requests().size() == before + requests; }));
+            ASSERT_TRUE(waitUntil([&] { return server.requests().size() >= before + requests; }));
         }
         service.reset();
         EXPECT_FALSE(browser.running);
-        EXPECT_FALSE(waitUntil([&] { return stored().has_value(); }, 60ms));
+        EXPECT_FALSE(waitUntil([&] { return stored().has_value(); }, 400ms));
     }
 }
 

@@ -121,8 +121,7 @@ TEST_F(TokenRefreshTest, aClockSetBackDoesNotMakeAnOldTokenYoung)
     const auto service = makeService();
     EXPECT_EQ(tokenOrError(*service), u"i2"_s);
     server.reply("token", {.body = refreshedAgain});
-    now = now.addDays(-1);
-    EXPECT_EQ(tokenOrError(*service), u"i2"_s);
+    now = now.addDays(-1); // by this clock the token is good for more than a day
     ASSERT_TRUE(waitUntil([&] { return tokenOrError(*service) == u"i3"; }, 3s));
 }
 
