@@ -49,6 +49,14 @@ QUrl shareBaseURL(const OptionalList &list)
     return AppConfiguration::fallback().publicShareBaseURL;
 }
 
+/// Nothing without an address: such a build asks nobody. A key that is none leaves feeds nobody can sign.
+UpdateConfiguration updatesFrom(const OptionalList &list)
+{
+    const QString key = Text::trimmed(textValue(list, QStringLiteral("UPDATE_PUBLIC_KEY"), QString()));
+    return {.feedURL = urlValue(list, QStringLiteral("UPDATE_FEED_URL")),
+            .publicKey = QByteArray::fromBase64(key.toLatin1())};
+}
+
 FirebaseRuntimeConfiguration firebaseFrom(const OptionalList &list)
 {
     const FirebaseRuntimeConfiguration &fallback = AppConfiguration::fallback().firebase;
@@ -132,5 +140,6 @@ AppConfiguration AppConfiguration::load(const QString &resourceFolder)
             textValue(own, QStringLiteral("LOGICAL_LIBRARY_APP_ID"), fallback().logicalLibraryAppID),
         .supportEmail = textValue(own, QStringLiteral("SUPPORT_EMAIL"), fallback().supportEmail),
         .publicShareBaseURL = shareBaseURL(own),
+        .updates = updatesFrom(own),
     };
 }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QUrl>
+
+#include <optional>
 
 /// The Firebase project's values. A value.
 struct FirebaseRuntimeConfiguration
@@ -22,6 +25,15 @@ struct FirebaseRuntimeConfiguration
     bool operator==(const FirebaseRuntimeConfiguration &) const = default;
 };
 
+/// Where updates are announced and whose signature counts. Without an address nothing is ever asked. A value.
+struct UpdateConfiguration
+{
+    std::optional<QUrl> feedURL = {};
+    QByteArray publicKey = {};
+
+    bool operator==(const UpdateConfiguration &) const = default;
+};
+
 /// The cloud settings, read once at start and passed by value. A value.
 struct AppConfiguration
 {
@@ -29,6 +41,7 @@ struct AppConfiguration
     QString logicalLibraryAppID;
     QString supportEmail;
     QUrl publicShareBaseURL;
+    UpdateConfiguration updates = {};
 
     /// The built-in values; a process-wide constant.
     static const AppConfiguration &fallback();

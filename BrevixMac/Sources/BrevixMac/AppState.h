@@ -18,6 +18,7 @@
 #include "PromptOptimizationService.h"
 #include "RecentUsageStore.h"
 #include "ShareConfirmation.h"
+#include "UpdateService.h"
 
 #include "Desktop/EventMonitor.h"
 
@@ -128,6 +129,7 @@ public:
     AuthService &authService() { return *m_authService; }
     LibraryStore &libraryStore() { return *m_libraryStore; }
     PromptOptimizationService &promptOptimizationService() { return *m_promptOptimizationService; }
+    UpdateService &updateService() { return *m_updateService; }
     AccessibilityService &accessibilityService() { return *m_accessibilityService; }
     InsertionService &insertionService() { return *m_insertionService; }
 
@@ -194,6 +196,8 @@ public:
     void updateShortcut(const KeyboardShortcut &shortcut);
     const std::optional<QString> &shortcutProblem() const { return m_shortcutProblem; }
     void setShortcutProblem(const std::optional<QString> &problem);
+    /// Puts @p text on the clipboard and tells nobody: no prompt was copied.
+    void copyText(const QString &text);
     /// Starts Brevix at login or no longer. A failure leaves the preference and becomes
     /// lastInsertionResult().
     void setLaunchAtLogin(bool enabled);
@@ -297,6 +301,7 @@ private:
     std::unique_ptr<AuthService> m_authService;
     std::unique_ptr<LibraryStore> m_libraryStore;
     std::unique_ptr<PromptOptimizationService> m_promptOptimizationService;
+    std::unique_ptr<UpdateService> m_updateService;
     std::unique_ptr<AccessibilityService> m_accessibilityService;
     std::unique_ptr<InsertionService> m_insertionService;
 

@@ -63,6 +63,9 @@ AppState::AppState(AppEnvironment environment)
                                                     *m_authService, m_environment.http, m_environment.now))
     , m_promptOptimizationService(std::make_unique<PromptOptimizationService>(
           m_environment.configuration, m_environment.endpoints, *m_authService, m_environment.http))
+    , m_updateService(std::make_unique<UpdateService>(m_environment.configuration.updates,
+                                                      QStringLiteral(BREVIX_VERSION), m_environment.http,
+                                                      m_environment.defaults, m_environment.now))
     , m_accessibilityService(std::make_unique<AccessibilityService>(
           m_environment.accessibilityTree, m_environment.workspace, m_environment.now))
     , m_insertionService(std::make_unique<InsertionService>(
@@ -161,6 +164,11 @@ void AppState::setShortcutProblem(const std::optional<QString> &problem)
         return;
     m_shortcutProblem = problem;
     Q_EMIT shortcutProblemChanged();
+}
+
+void AppState::copyText(const QString &text)
+{
+    m_insertionService->copy(text);
 }
 
 void AppState::setLaunchAtLogin(bool enabled)

@@ -7,6 +7,7 @@
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PromptEditorController.h"
+#include "SettingsWindowController.h"
 #include "SkillEditorController.h"
 
 #include "Desktop/Workspace.h"
@@ -43,6 +44,11 @@ void AppWindows::showPromptEditor()
 
 void AppWindows::showSettings()
 {
+    m_menuBar.closePicker();
+    if (!m_settings)
+        m_settings = std::make_unique<SettingsWindowController>(m_appState);
+    m_settings->show();
+    m_workspace.activateOwnWindow(m_settings->window().windowHandle());
 }
 
 FloatingPanelController &AppWindows::makePalette()

@@ -10,6 +10,7 @@ class FloatingPanelController;
 class MenuBarController;
 class PromptEditorController;
 class SkillEditorController;
+class SettingsWindowController;
 class Workspace;
 
 /// The application's windows beside the picker panel. Each is made on its first use and raised afterwards.
@@ -42,4 +43,5 @@ private:
     std::unique_ptr<FloatingPanelController> m_palette;
     std::unique_ptr<PromptEditorController> m_promptEditor;
     std::unique_ptr<SkillEditorController> m_skillEditor;
+    std::unique_ptr<SettingsWindowController> m_settings;
 };

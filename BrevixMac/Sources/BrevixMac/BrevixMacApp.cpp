@@ -202,6 +202,8 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
                      &MenuBarController::togglePickerWithFocus);
     QObject::connect(&instance, &InstanceService::paletteRequested, parts.windows.get(),
                      &AppWindows::showPalette);
+    QObject::connect(&instance, &InstanceService::settingsRequested, parts.windows.get(),
+                     &AppWindows::showSettings);
     QObject::connect(&instance, &InstanceService::showRequested, parts.appState.get(),
                      &AppState::handleHotkey);
     QObject::connect(&instance, &InstanceService::openRequested, &parts.desktop.webAuthenticationSession(),

@@ -34,11 +34,13 @@ public Q_SLOTS:
     void Toggle() { Q_EMIT toggleRequested(); }
     void Palette() { Q_EMIT paletteRequested(); }
     void Show() { Q_EMIT showRequested(); }
+    void Settings() { Q_EMIT settingsRequested(); }
 
 Q_SIGNALS:
     void toggleRequested();
     void paletteRequested();
     void showRequested();
+    void settingsRequested();
     /// The desktop asks to open @p address, from whomever it comes.
     void openRequested(const QString &address);
 };

@@ -9,6 +9,7 @@
 #include "PageFade.h"
 #include "PickerSearchPage.h"
 #include "PromptTemplateParser.h"
+#include "SettingsPage.h"
 #include "ShareConfirmationBannerView.h"
 #include "ShareRequests.h"
 #include "Theme.h"
@@ -28,6 +29,7 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     , m_searchPage(new PickerSearchPage(appState, *m_sharing))
     , m_libraryPage(new LibraryPage(appState, *m_sharing))
     , m_editor(new MenuBarPromptEditorView(appState))
+    , m_settingsPage(new SettingsPage(appState))
     , m_fillView(new VariableFillView(appState))
     , m_hint(new HintBubble(this))
     , m_fade(new PageFade(this))
@@ -39,11 +41,14 @@ MenuBarPickerView::MenuBarPickerView(AppState &appState, QWidget *parent)
     m_pages->addWidget(m_searchPage);
     m_pages->addWidget(m_libraryPage);
     m_pages->addWidget(m_editor);
+    m_pages->addWidget(m_settingsPage);
     m_pages->addWidget(m_fillView);
     setAccessibleName(QStringLiteral("Brevix"));
     observeSearchPage();
     observeLibraryPage();
     observeEditor();
+    connect(m_settingsPage, &SettingsPage::backRequested, this,
+            [this] { setRoute(PickerPanelRoute::picker); });
     connect(&appState, &AppState::activeVariablePromptChanged, this, &MenuBarPickerView::showActiveForm);
 }
 
@@ -82,7 +87,7 @@ QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const
     case PickerPanelRoute::newPrompt:
         return m_editor;
     case PickerPanelRoute::settings:
-        return nullptr; // its page is still to come; until then nothing leads here
+        return m_settingsPage;
     }
     return nullptr;
 }
@@ -113,8 +118,10 @@ void MenuBarPickerView::focusPage()
         m_libraryPage->focusSearch();
         break;
     case PickerPanelRoute::settings:
+        m_settingsPage->focusFirst();
+        break;
     case PickerPanelRoute::newPrompt:
-        break; // these put the focus themselves
+        break; // puts the focus itself
     }
 }
 

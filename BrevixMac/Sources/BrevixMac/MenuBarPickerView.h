@@ -11,6 +11,7 @@ class LibraryPage;
 class MenuBarPromptEditorView;
 class PageFade;
 class PickerSearchPage;
+class SettingsPage;
 class QStackedWidget;
 class ShareRequests;
 class ShareConfirmationBannerView;
@@ -41,6 +42,7 @@ public:
     PickerSearchPage &searchPage() const { return *m_searchPage; }
     LibraryPage &libraryPage() const { return *m_libraryPage; }
     ShareConfirmationBannerView &banner() const { return *m_banner; }
+    SettingsPage &settingsPage() const { return *m_settingsPage; }
     VariableFillView &variableFillView() const { return *m_fillView; }
     MenuBarPromptEditorView &promptEditor() const { return *m_editor; }
 
@@ -72,6 +74,7 @@ private:
     PickerSearchPage *m_searchPage;
     LibraryPage *m_libraryPage;
     MenuBarPromptEditorView *m_editor;
+    SettingsPage *m_settingsPage;
     VariableFillView *m_fillView;
     HintBubble *m_hint;
     PageFade *m_fade;

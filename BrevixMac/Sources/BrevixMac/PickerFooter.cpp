@@ -2,7 +2,6 @@
 #include "PickerFooter.h"
 
 #include "AppState.h"
-#include "ScreenTexts.h"
 #include "ThemedButton.h"
 
 #include <QHBoxLayout>
@@ -21,13 +20,6 @@ ThemedButton *plainButton(const QString &text, QWidget *parent)
     return new ThemedButton(ThemedButton::Kind::plain, text, parent);
 }
 
-void markUnavailable(ThemedButton *button)
-{
-    button->setEnabled(false);
-    button->setToolTip(button->text() + u": " + ScreenTexts::notAvailableYet());
-    button->setAccessibleDescription(ScreenTexts::notAvailableYet());
-}
-
 } // namespace
 
 PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
@@ -43,7 +35,6 @@ PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     m_plus->setFace(ThemedButton::Face::symbolOnly);
     m_plus->setToolTip(QStringLiteral("New prompt or skill"));
     m_library->setToolTip(m_library->text());
-    markUnavailable(m_settings);
 
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(sideMargin, 5, sideMargin, 4);

@@ -3,7 +3,6 @@
 
 #include "AppState.h"
 #include "BrandGlyph.h"
-#include "ScreenTexts.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
 
@@ -28,9 +27,7 @@ PickerHeader::PickerHeader(AppState &appState, QWidget *parent)
     m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_settings->setFaceSymbol(QStringLiteral("gearshape"));
     m_settings->setFace(ThemedButton::Face::symbolOnly);
-    m_settings->setEnabled(false);
-    m_settings->setToolTip(u"Settings. " + ScreenTexts::notAvailableYet());
-    m_settings->setAccessibleDescription(ScreenTexts::notAvailableYet());
+    m_settings->setToolTip(m_settings->text());
 
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);

@@ -81,6 +81,20 @@ add_library(BrevixMac STATIC
     SkillEditorController.cpp SkillEditorController.h
     SkillEditorView.cpp SkillEditorView.h
     VariableChips.cpp VariableChips.h
+    # Settings
+    ChoiceRow.cpp ChoiceRow.h
+    DiagnosticsRows.cpp DiagnosticsRows.h
+    KeyCaps.cpp KeyCaps.h
+    SettingsCard.cpp SettingsCard.h
+    SettingsPage.cpp SettingsPage.h
+    SettingsRow.cpp SettingsRow.h
+    SettingsView.cpp SettingsView.h
+    SettingsWindowController.cpp SettingsWindowController.h
+    ShortcutCaptureMonitor.cpp ShortcutCaptureMonitor.h
+    ShortcutRecorderView.cpp ShortcutRecorderView.h
+    StatusChip.cpp StatusChip.h
+    ThemedSwitch.cpp ThemedSwitch.h
+    UpdateRow.cpp UpdateRow.h
     # Resources
     Resources/Symbols.qrc
 )

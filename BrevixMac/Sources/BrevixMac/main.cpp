@@ -44,9 +44,10 @@ struct CommandLine
             QStringLiteral("toggle: open or close the picker of the running Brevix; "
                            "bind it to a key where the global shortcut is not available.\n"
                            "palette: open the prompt palette of the running Brevix.\n"
+                           "settings: open the settings of the running Brevix.\n"
                            "open-url ADDRESS: hand the last address of the sign-in page to the running "
                            "Brevix; the desktop does this by itself."),
-            QStringLiteral("[toggle | palette | open-url ADDRESS]"));
+            QStringLiteral("[toggle | palette | settings | open-url ADDRESS]"));
     }
 };
 
@@ -117,6 +118,10 @@ int main(int argc, char **argv)
     if (commands == QStringList{QStringLiteral("palette")}) {
         const QCoreApplication application(argc, argv);
         return exitCodeFor(InstanceService::ask(QStringLiteral("Palette")));
+    }
+    if (commands == QStringList{QStringLiteral("settings")}) {
+        const QCoreApplication application(argc, argv);
+        return exitCodeFor(InstanceService::ask(QStringLiteral("Settings")));
     }
     if (commands.size() == 2 && commands.first() == u"open-url") {
         const QCoreApplication application(argc, argv);

@@ -175,6 +175,7 @@ public:
     Exchange(QNetworkAccessManager &network, const HttpRequest &request, std::stop_token token)
         : m_host(request.url.host())
         , m_timeout(request.timeout)
+        , m_maximumBodySize(request.maximumBodySize)
         , m_token(std::move(token))
         , m_reply(startRequest(network, request))
     {
@@ -255,7 +256,7 @@ private:
     // Spares the transfer of what would be thrown away. A compressed answer is counted as it is unpacked.
     void checkAnnouncedSize()
     {
-        if (m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > HttpClient::maximumBodySize)
+        if (m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > m_maximumBodySize)
             stop(Outcome::tooLarge);
     }
 
@@ -264,7 +265,7 @@ private:
         if (m_outcome)
             return;
         m_response.body += m_reply->readAll();
-        if (m_response.body.size() > HttpClient::maximumBodySize)
+        if (m_response.body.size() > m_maximumBodySize)
             stop(Outcome::tooLarge);
     }
 
@@ -285,6 +286,7 @@ private:
 
     const QString m_host;
     const std::chrono::milliseconds m_timeout;
+    const qint64 m_maximumBodySize;
     const std::stop_token m_token;
     QPointer<QNetworkReply> m_reply;
     std::optional<Outcome> m_outcome;

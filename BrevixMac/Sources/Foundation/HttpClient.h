@@ -18,11 +18,15 @@ class QNetworkAccessManager;
 /// One request. Header names and values are sent as given.
 struct HttpRequest
 {
+    /// Largest body that is accepted unless said otherwise, in bytes (64 MiB).
+    static constexpr qint64 defaultMaximumBodySize = 64LL * 1024 * 1024;
+
     QByteArray method = "GET";
     QUrl url;
     QList<QPair<QByteArray, QByteArray>> headers;
     QByteArray body;
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    qint64 maximumBodySize = defaultMaximumBodySize; ///< of the answer, in bytes
 };
 
 struct HttpResponse
@@ -64,8 +68,7 @@ public:
 class HttpClient
 {
 public:
-    /// Largest body that is accepted, in bytes (64 MiB).
-    static constexpr qint64 maximumBodySize = 64LL * 1024 * 1024;
+    static constexpr qint64 maximumBodySize = HttpRequest::defaultMaximumBodySize;
 
     HttpClient();
     ~HttpClient();

@@ -15,6 +15,7 @@
 #include "PickerSearchPage.h"
 #include "PromptPalettePanel.h"
 #include "PromptPaletteView.h"
+#include "SettingsGallery.h"
 #include "ShareConfirmationBannerView.h"
 #include "SidebarList.h"
 #include "TextField.h"
@@ -393,6 +394,7 @@ int main(int argc, char **argv)
         Theme::shared().forceScheme(scheme);
         drawAll();
         drawEditors(outputFolder, wantedWord);
+        drawSettings(outputFolder);
     }
     return 0;
 }

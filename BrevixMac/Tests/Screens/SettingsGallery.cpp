@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SettingsGallery.h"
+
+#include "ContentScrollArea.h"
+#include "DiagnosticsRows.h"
+#include "MenuBarPickerPanel.h"
+#include "MenuBarPickerView.h"
+#include "PickerStage.h"
+#include "SettingsPage.h"
+#include "SettingsView.h"
+#include "SettingsWindowController.h"
+#include "ShortcutRecorderView.h"
+#include "Theme.h"
+#include "ThemedButton.h"
+#include "ThemedSwitch.h"
+
+#include <QPainter>
+#include <QScrollBar>
+
+namespace {
+
+using Arrange = std::function<void(PickerStage &)>;
+
+void save(const QDir &folder, QWidget &widget, const QString &name)
+{
+    const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
+    for (const int ratio : {1, 2}) {
+        QImage image(widget.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
+        QPainter painter(&image);
+        widget.render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
+        painter.end();
+        const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
+        image.save(folder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
+    }
+}
+
+SettingsView &settings(PickerStage &stage)
+{
+    return stage.view().settingsPage().view();
+}
+
+void scroll(SettingsView &view, double share)
+{
+    QScrollBar *bar = view.findChild<ContentScrollArea *>()->verticalScrollBar();
+    bar->setValue(static_cast<int>(bar->maximum() * share));
+}
+
+void picture(const QDir &folder, const QString &name, const Arrange &before, const Arrange &after,
+             double scrolled = 0)
+{
+    PickerStage stage;
+    stage.desk.displayName = QStringLiteral("Ann Example");
+    stage.desk.addSampleLibrary();
+    before(stage);
+    stage.install();
+    stage.desk.press();
+    stage.panel().activateWindow();
+    stage.view().setRoute(PickerPanelRoute::settings);
+    QTest::qWait(30);
+    after(stage);
+    QTest::qWait(30);
+    scroll(settings(stage), scrolled);
+    QTest::qWait(30);
+    save(folder, stage.panel(), name);
+}
+
+void nothing(PickerStage &)
+{
+}
+
+void windowPicture(const QDir &folder, const QString &name)
+{
+    PickerDesk desk;
+    desk.displayName = QStringLiteral("Ann Example");
+    desk.addSampleLibrary();
+    desk.start();
+    SettingsWindowController controller(*desk.appState);
+    controller.show();
+    QTest::qWait(50);
+    QWidget &window = controller.window();
+    save(folder, window, name);
+}
+
+} // namespace
+
+void drawSettings(const QDir &folder)
+{
+    picture(folder, QStringLiteral("settings"), nothing, [](PickerStage &stage) {
+        stage.desk.appState->setLaunchAtLogin(true);
+        stage.desk.appState->preferences().setShowMenuBarIcon(false);
+    });
+    picture(folder, QStringLiteral("settings-middle"), nothing, nothing, 0.5);
+    picture(folder, QStringLiteral("settings-end"), nothing, nothing, 1);
+    picture(
+        folder, QStringLiteral("settings-diagnostics"), nothing,
+        [](PickerStage &stage) { settings(stage).diagnostics().showButton().click(); }, 1);
+    picture(
+        folder, QStringLiteral("settings-signed-out"),
+        [](PickerStage &stage) {
+            stage.desk.isSignedIn = false;
+            stage.desk.tree.trusted = false;
+            stage.desk.hotKeys.takenByOthers = {{0, KeyboardShortcut::option}};
+            stage.desk.loginItem.problem = QStringLiteral(
+                "The login item ~/.config/autostart/app.brevix.Brevix.desktop could not be written: "
+                "Read-only file system.");
+        },
+        [](PickerStage &stage) {
+            settings(stage).loginSwitch().click();
+            stage.desk.appState->updateShortcut({.keyCode = 0, .modifiers = KeyboardShortcut::option});
+        });
+    picture(
+        folder, QStringLiteral("settings-signing-in"),
+        [](PickerStage &stage) {
+            stage.desk.isSignedIn = false;
+            stage.desk.isConfigured = true;
+        },
+        [](PickerStage &stage) {
+            stage.desk.webAuthenticationSession.hasNoBrowser = true;
+            stage.desk.appState->signIn(true);
+        });
+    picture(folder, QStringLiteral("settings-recording"), nothing,
+            [](PickerStage &stage) { settings(stage).recorder().recordButton().click(); });
+    picture(folder, QStringLiteral("settings-focus"), nothing,
+            [](PickerStage &stage) { settings(stage).loginSwitch().setFocus(Qt::TabFocusReason); });
+    Theme::shared().forceFontScale(2);
+    for (const double scrolled : {0.0, 0.25, 0.5, 0.75, 1.0})
+        picture(folder, QStringLiteral("settings-200-%1").arg(qRound(scrolled * 100)), nothing, nothing,
+                scrolled);
+    Theme::shared().forceFontScale(std::nullopt);
+    windowPicture(folder, QStringLiteral("settings-window"));
+}
