@@ -84,7 +84,7 @@ QCoro::Task<QString> AuthService::validFirebaseIDToken()
         if (token.stop_requested())
             throw CancelledError();
         session = refreshed;
-    } else if (session->firebaseIDToken == m_rejectedToken) {
+    } else if (session->firebaseIDToken == m_rejectedToken || m_refresh) {
         const StoredAuthSession usable = co_await refreshRejected(*session);
         if (token.stop_requested())
             throw CancelledError();
