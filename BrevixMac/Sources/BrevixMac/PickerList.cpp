@@ -2,6 +2,7 @@
 #include "PickerList.h"
 
 #include "PickerRowDelegate.h"
+#include "RowOverlay.h"
 #include "Theme.h"
 #include "ThinScrollBar.h"
 
@@ -21,7 +22,8 @@ PickerList::PickerList(PickerRowActions::Wording wording, QWidget *parent, Picke
     : QListView(parent)
     , m_items(new PickerListModel(this))
     , m_delegate(delegate ? delegate : new PickerRowDelegate)
-    , m_actions(new PickerRowActions(wording, viewport()))
+    , m_actions(new PickerRowActions(wording, this))
+    , m_overlay(new RowOverlay(*this, *m_actions))
 {
     m_delegate->setParent(this);
     setModel(m_items);
@@ -38,7 +40,6 @@ PickerList::PickerList(PickerRowActions::Wording wording, QWidget *parent, Picke
     setSideMargins(Theme::margin, Theme::margin);
     setAccessibleName(QStringLiteral("Prompts and skills"));
     viewport()->setAutoFillBackground(false);
-    m_actions->hide();
     connect(&Theme::shared(), &Theme::changed, this, &PickerList::onThemeChanged);
 }
 
@@ -119,13 +120,12 @@ void PickerList::placeActions()
 {
     const QRect row = selectedResult() ? visualRect(currentIndex()) : QRect();
     if (!row.isValid()) {
-        m_actions->hide();
+        m_overlay->place({});
         return;
     }
     const int width = m_actions->fit(row.width());
     m_delegate->setActionsWidth(width + Theme::shared().scaled(8));
-    m_actions->setGeometry(row.right() + 1 - width, row.top(), width, row.height());
-    m_actions->show();
+    m_overlay->place(QRect(row.right() + 1 - width, row.top(), width, row.height()));
     viewport()->update(row);
 }
 

@@ -7,6 +7,7 @@
 #include <QListView>
 
 class PickerRowDelegate;
+class RowOverlay;
 
 /// A list of prompts and skills under a search field. Exactly one item is selected while there are any, and
 /// that row carries the actions. Never takes the focus itself: the search field moves its selection.
@@ -62,5 +63,6 @@ private:
     PickerListModel *m_items;
     PickerRowDelegate *m_delegate;
     PickerRowActions *m_actions;
+    RowOverlay *m_overlay;
     QString m_section; ///< of the row that was selected last
 };

@@ -49,6 +49,7 @@ PreviewText::PreviewText(QWidget *parent)
     setTabChangesFocus(true);
     setAccessibleName(QStringLiteral("Preview"));
     setVerticalScrollBar(new ThinScrollBar(this));
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // its room is the right padding
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     viewport()->setAutoFillBackground(false);

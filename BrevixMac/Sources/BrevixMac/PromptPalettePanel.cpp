@@ -7,14 +7,8 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
-namespace {
-
-constexpr int cornerRadius = 22;
-
-}
-
 PromptPalettePanel::PromptPalettePanel(AppState &appState)
-    : RoundedPanel(Qt::Window, cornerRadius)
+    : RoundedPanel(Qt::Window, PromptPaletteView::cornerRadius)
     , m_view(new PromptPaletteView(appState, this))
 {
     setWindowTitle(QStringLiteral("Prompt Picker"));

@@ -25,6 +25,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
 
@@ -40,7 +41,7 @@ constexpr int previewStretch = 9;
 const QString allID = QStringLiteral("all");
 const QString categoryPrefix = QStringLiteral("category:");
 
-/// The column of categories, set apart by its ground and a hairline.
+/// The column of categories, set apart by its ground and a hairline. Leaves the window's round corner free.
 class SidebarGround final : public QWidget
 {
 protected:
@@ -48,7 +49,12 @@ protected:
     {
         const Theme &theme = Theme::shared();
         QPainter painter(this);
-        painter.fillRect(rect(), theme.color(Theme::Color::sidebar));
+        painter.setRenderHint(QPainter::Antialiasing);
+        QPainterPath panel;
+        panel.addRoundedRect(QRect(mapFrom(window(), QPoint()), window()->size()),
+                             PromptPaletteView::cornerRadius, PromptPaletteView::cornerRadius);
+        painter.setClipRect(rect());
+        painter.fillPath(panel, theme.color(Theme::Color::sidebar));
         painter.fillRect(QRect(width() - 1, 0, 1, height()), theme.color(Theme::Color::line));
     }
 };

@@ -27,6 +27,9 @@ class PromptPaletteView final : public QWidget
     Q_OBJECT
 
 public:
+    /// Of the window around it.
+    static constexpr int cornerRadius = 22;
+
     /// @p appState must outlive this widget.
     explicit PromptPaletteView(AppState &appState, QWidget *parent = nullptr);
 

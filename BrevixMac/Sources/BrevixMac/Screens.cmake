@@ -15,6 +15,7 @@ add_library(BrevixMac STATIC
     HintBubble.cpp HintBubble.h
     PageFade.cpp PageFade.h
     PageHeader.cpp PageHeader.h
+    RowOverlay.cpp RowOverlay.h
     SidebarList.cpp SidebarList.h
     SidebarModel.cpp SidebarModel.h
     InPanelMenu.cpp InPanelMenu.h

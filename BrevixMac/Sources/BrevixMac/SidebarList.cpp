@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SidebarList.h"
 
+#include "RowOverlay.h"
 #include "Symbols.h"
 #include "ThemePainting.h"
 #include "ThemedButton.h"
@@ -120,7 +121,8 @@ SidebarList::SidebarList(const QString &accessibleName, QWidget *parent)
     : QListView(parent)
     , m_entries(new SidebarModel(this))
     , m_delegate(new Delegate(this))
-    , m_share(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Share Category"), viewport()))
+    , m_share(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Share Category"), this))
+    , m_overlay(new RowOverlay(*this, *m_share))
 {
     setAccessibleName(accessibleName);
     setModel(m_entries);
@@ -140,7 +142,6 @@ SidebarList::SidebarList(const QString &accessibleName, QWidget *parent)
     m_share->setFaceSymbol(QStringLiteral("square.and.arrow.up"));
     m_share->setFace(ThemedButton::Face::symbolOnly);
     m_share->setDesignHeight(shareHeight - 2 * Theme::haloWidth);
-    m_share->hide();
     connect(m_share, &QPushButton::clicked, this, [this] { Q_EMIT shareRequested(selectedID()); });
     connect(&Theme::shared(), &Theme::changed, this, &SidebarList::onThemeChanged);
     onThemeChanged();
@@ -184,13 +185,12 @@ void SidebarList::placeShareButton()
     const SidebarEntry *entry = m_entries->entry(currentIndex().row());
     const QRect row = visualRect(currentIndex());
     if (!entry || !entry->canBeShared || !row.isValid()) {
-        m_share->hide();
+        m_overlay->place({});
         return;
     }
     const QSize size = m_share->sizeHint();
-    m_share->setGeometry(row.right() - size.width(), row.center().y() + 1 - size.height() / 2, size.width(),
-                         size.height());
-    m_share->show();
+    m_overlay->place(QRect(row.right() - size.width(), row.center().y() + 1 - size.height() / 2, size.width(),
+                           size.height()));
 }
 
 void SidebarList::currentChanged(const QModelIndex &current, const QModelIndex &previous)

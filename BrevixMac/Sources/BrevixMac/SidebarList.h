@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class RowOverlay;
 class ThemedButton;
 
 /// The filters beside a list: one is selected, and a selected category carries its share button. One stop of
@@ -55,5 +56,6 @@ private:
     SidebarModel *m_entries;
     Delegate *m_delegate;
     ThemedButton *m_share;
+    RowOverlay *m_overlay;
     bool m_isShowing = false;
 };

@@ -52,8 +52,10 @@ class ThePanel(scenario.Scenario):
         return [f"{role}: {name}" for role, name, _ in tree if role in CONTROLS]
 
     def focused(self):
+        """The control with the focus. The current item of a list calls itself focused too, wherever the focus is."""
         root = desk.application(self.brevix.pid)
-        found = root and desk.find(root, lambda node: node.has(desk.FOCUSED) and node.has(SHOWING))
+        found = root and desk.find(root, lambda node: node.has(desk.FOCUSED) and node.has(SHOWING)
+                                   and node.role != "list item")
         return found.name if found else None
 
     def tab_to(self, name, presses=25):

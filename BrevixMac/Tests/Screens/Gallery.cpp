@@ -18,6 +18,7 @@
 #include "SettingsGallery.h"
 #include "ShareConfirmationBannerView.h"
 #include "SidebarList.h"
+#include "SystemAppearance.h"
 #include "TextField.h"
 #include "Theme.h"
 #include "ThemedButton.h"
@@ -295,6 +296,26 @@ void drawPalette()
     palettePicture(QStringLiteral("palette-empty"), nothing, asItIs);
 }
 
+/// What the desktop's settings portal would report.
+void askForContrast(uint contrast)
+{
+    QMetaObject::invokeMethod(Theme::shared().findChild<SystemAppearance *>(), "onSettingChanged",
+                              Q_ARG(QString, QStringLiteral("org.freedesktop.appearance")),
+                              Q_ARG(QString, QStringLiteral("contrast")),
+                              Q_ARG(QDBusVariant, QDBusVariant(QVariant::fromValue(contrast))));
+}
+
+void drawMoreContrast()
+{
+    askForContrast(1);
+    picture(QStringLiteral("contrast-picker"), sample, nothing);
+    picture(QStringLiteral("contrast-library"), sample, [](Stage &stage) {
+        openLibrary(stage).setFilter(LibraryFilter::category(QStringLiteral("hiring")));
+    });
+    palettePicture(QStringLiteral("contrast-palette"), sample, [](PromptPaletteView &) {});
+    askForContrast(0);
+}
+
 void drawAll()
 {
     picture(QStringLiteral("picker"), sample, [](Stage &stage) { stage.type(QStringLiteral("follow")); });
@@ -365,6 +386,7 @@ void drawAll()
     drawLibrary();
     drawSharing();
     drawPalette();
+    drawMoreContrast();
     Theme::shared().forceFontScale(2);
     picture(QStringLiteral("long-texts-200"), longLibrary, nothing);
     picture(QStringLiteral("fill-200"), sample, fillThree);
