@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QRect>
 
 class QAbstractItemView;
 class QWidget;
