@@ -4,6 +4,7 @@
 #include <QAbstractItemView>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QStackedWidget>
 
 RowOverlay::RowOverlay(QAbstractItemView &list, QWidget &controls)
     : QObject(&list)
@@ -18,7 +19,13 @@ RowOverlay::RowOverlay(QAbstractItemView &list, QWidget &controls)
 
 void RowOverlay::adopt()
 {
-    QWidget *host = m_list.parentWidget() ? m_list.parentWidget() : &m_list;
+    QWidget *host = &m_list;
+    while (host->parentWidget()) {
+        host = host->parentWidget();
+        if (!qobject_cast<QStackedWidget *>(host))
+            break;
+        host->installEventFilter(this); // it may move or hide, and the list with it
+    }
     if (m_controls.parentWidget() != host)
         m_controls.setParent(host);
 }
@@ -32,7 +39,7 @@ void RowOverlay::place(const QRect &frame)
 void RowOverlay::show()
 {
     const QRect visible = m_frame & m_list.viewport()->rect();
-    if (m_list.isHidden() || visible.isEmpty()) {
+    if (!m_list.isVisibleTo(m_controls.parentWidget()) || visible.isEmpty()) {
         m_controls.hide();
         return;
     }

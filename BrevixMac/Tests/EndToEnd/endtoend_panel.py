@@ -72,7 +72,10 @@ class ThePanel(scenario.Scenario):
         self.brevix.press_hotkey()
         self.tab_to("View Library")
         desk.keys("Return")
-        desk.wait_for("the library", lambda: "Filters" in "".join(self.lines("Brevix")), 5, 0.05)
+        desk.wait_for("the library", lambda: "list: Filters" in self.lines("Brevix"), 5, 0.05)
+        desk.keys("ctrl+a", "BackSpace")    # its search outlives the panel
+        desk.wait_for("the whole library",
+                      lambda: any(line.startswith("label: Full library") for line in self.lines("Brevix")), 5, 0.05)
 
     def open_palette(self):
         self.assertEqual(subprocess.run([os.environ["BREVIX"], "palette"], timeout=20).returncode, 0)
