@@ -44,7 +44,7 @@ EditorFrame::EditorFrame(EditorModel &model, QWidget *header, QWidget *form, con
                                        QKeySequence(Qt::CTRL | Qt::Key_Enter)};
     for (const QKeySequence &keys : saveKeys) {
         auto *shortcut = new QShortcut(keys, this);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        shortcut->setContext(Qt::WindowShortcut); // wherever the focus is, or nowhere; not while hidden
         connect(shortcut, &QShortcut::activated, this, [this] { m_model.save(); });
     }
     connect(m_save, &QPushButton::clicked, &model, &EditorModel::save);

@@ -24,19 +24,22 @@ def extents(node):
 
 
 class Editors(scenario.Scenario):
-    def node(self, name, role=None, deadline=8):
-        """A visible element of Brevix by its accessible name."""
+    def node(self, name, deadline=8, is_field=False):
+        """A visible element of Brevix by its accessible name; a heading may bear the name of its field."""
         def matches(node):
-            return (node.name == name and (role is None or node.role == role) and node.has(SHOWING)
-                    and extents(node)[2] > 0)
+            return (node.name == name and node.has(SHOWING) and extents(node)[2] > 0
+                    and (node.is_text() or not is_field))
 
         def search():
             root = desk.application(self.brevix.pid)
             return root and desk.find(root, matches)
         return desk.wait_for(f"{name!r} in Brevix", search, deadline, 0.05)
 
-    def click(self, name, role=None):
-        x, y, width, height = extents(self.node(name, role))
+    def text_field(self, name):
+        return self.node(name, is_field=True)
+
+    def click(self, name, is_field=False):
+        x, y, width, height = extents(self.node(name, is_field=is_field))
         desk.click(x + width // 2, y + height // 2)
 
     def open_new(self, entry):
@@ -46,19 +49,19 @@ class Editors(scenario.Scenario):
 
     def test_1_a_prompt_in_a_new_category_is_created_in_the_panel_and_inserted(self):
         self.open_new("New Prompt")
-        self.node("Title")
+        self.text_field("Title")
         desk.type_text(TITLE)
         self.click("New Category")
-        desk.wait_for("the name field", lambda: self.node("Category name").has(desk.FOCUSED))
+        desk.wait_for("the name field", lambda: self.text_field("Category name").has(desk.FOCUSED))
         desk.type_text("Reports")
         desk.keys("Return")
         self.wait_for_message('Created category "Reports".')
         self.assertEqual(self.node("Category: Reports").name, "Category: Reports")
-        self.click("Prompt Text")
+        self.click("Prompt Text", is_field=True)
         desk.type_text(TEXT)
-        desk.wait_for_text(self.node("Preview"), TEXT)
+        desk.wait_for_text(self.text_field("Preview"), TEXT)
         desk.keys("ctrl+s")
-        self.node("Search prompts or skills")
+        self.text_field("Search prompts or skills")
         desk.keys("Escape")
         self.brevix.wait_until_closed()
 
@@ -81,8 +84,8 @@ class Editors(scenario.Scenario):
         desk.type_text(str(path))
         desk.keys("Return")
         self.wait_for_message("Imported release-notes.md")
-        self.assertEqual(self.node("Skill Name").text, SKILL_NAME)
-        self.assertEqual(self.node("Skill Instructions").text, SKILL)
+        self.assertEqual(self.text_field("Skill Name").text, SKILL_NAME)
+        self.assertEqual(self.text_field("Skill Instructions").text, SKILL)
         desk.wait_for("the editor to have the focus again", lambda: desk.active_window() == window)
         desk.keys("ctrl+s")
         desk.wait_for("the window to close", lambda: not self.editor_window("New Skill"))
@@ -98,7 +101,7 @@ class Editors(scenario.Scenario):
 
     def test_3_a_draft_outlives_a_killed_program(self):
         self.open_new("New Prompt")
-        self.node("Title")
+        self.text_field("Title")
         desk.type_text(DRAFT)
         drafts = pathlib.Path(os.environ["HOME"]) / ".local/share/brevix-local/drafts"
         desk.wait_for("the draft on disk",
@@ -107,10 +110,10 @@ class Editors(scenario.Scenario):
         self.brevix.process.wait()
         type(self).start_brevix()
         self.open_new("New Prompt")
-        desk.wait_for_text(self.node("Title"), DRAFT)
+        desk.wait_for_text(self.text_field("Title"), DRAFT)
         self.node("Draft restored")
         self.click("Cancel")
-        self.node("Search prompts or skills")
+        self.text_field("Search prompts or skills")
 
 
 if __name__ == "__main__":
