@@ -137,6 +137,19 @@ struct BrevixMacApp::Parts
         });
     }
 
+    /// The library server that BREVIX_SERVER names, else the real services.
+    void useCloud(const QProcessEnvironment &environment)
+    {
+        const QUrl origin(environment.value(QStringLiteral("BREVIX_SERVER")), QUrl::StrictMode);
+        const auto server = CloudEndpoints::server(origin);
+        if (server)
+            makeState(localConfiguration(origin), *server);
+        else if (environment.value(QStringLiteral("BREVIX_SERVER")).isEmpty())
+            makeState(AppConfiguration::load(), CloudEndpoints::production(environment));
+        else
+            problem = QStringLiteral("BREVIX_SERVER must be like https://library.example.org");
+    }
+
     /// Starts the embedded cloud and leaves a session of its user where a sign-in would have left it.
     bool startLocalCloud()
     {
@@ -185,8 +198,9 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
         m_parts->makeState(localConfiguration(origin), CloudEndpoints::local(origin));
         m_parts->followLocalSignIn();
     } else {
-        m_parts->makeState(AppConfiguration::load(),
-                           CloudEndpoints::production(QProcessEnvironment::systemEnvironment()));
+        m_parts->useCloud(QProcessEnvironment::systemEnvironment());
+        if (m_parts->problem)
+            return;
     }
 
     Parts &parts = *m_parts;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CloudEndpoints.h"
 
+#include <QHostAddress>
 #include <QLoggingCategory>
 #include <QProcessEnvironment>
 
@@ -89,6 +90,21 @@ CloudEndpoints CloudEndpoints::local(const QUrl &origin)
     endpoints.m_firestoreBase = origin;
     endpoints.m_secureTokenBase = emulated(secureTokenHost, origin);
     endpoints.m_functionsOrigin = origin;
+    return endpoints;
+}
+
+std::optional<CloudEndpoints> CloudEndpoints::server(const QUrl &origin)
+{
+    const bool isOwnComputer =
+        origin.host() == QLatin1String("localhost") || QHostAddress(origin.host()).isLoopback();
+    const bool isPrivate = origin.scheme() == QLatin1String("https") ||
+                           (origin.scheme() == QLatin1String("http") && isOwnComputer);
+    const bool isOrigin = origin.isValid() && !origin.host().isEmpty() && origin.path().isEmpty() &&
+                          origin.userInfo().isEmpty() && !origin.hasQuery() && !origin.hasFragment();
+    if (!isPrivate || !isOrigin)
+        return std::nullopt;
+    CloudEndpoints endpoints = local(origin);
+    endpoints.m_issuer = origin.toString();
     return endpoints;
 }
 

@@ -21,6 +21,10 @@ public:
     /// Everything at one origin, in the emulators' URL shapes: "http://127.0.0.1:PORT".
     static CloudEndpoints local(const QUrl &origin);
 
+    /// The same for a library server that somebody else runs. It must be HTTPS, or on this computer: nothing
+    /// for any other address.
+    static std::optional<CloudEndpoints> server(const QUrl &origin);
+
     /// Which set of services these are. A session that another set has issued must not be used here: its
     /// tokens would reach a server that has not issued them. All local clouds of a user count as one, since
     /// only their port changes from start to start.

@@ -10,7 +10,9 @@ namespace Cloud {
 
 RequestGate::RequestGate(const Site &site)
 {
-    const QByteArray suffix = ':' + QByteArray::number(site.port);
+    // Clients leave the port out when it is the scheme's own.
+    const bool isUsualPort = site.port == (site.isEncrypted ? 443 : 80);
+    const QByteArray suffix = isUsualPort ? QByteArray() : QByteArray(':' + QByteArray::number(site.port));
     m_hosts = {"127.0.0.1" + suffix, "localhost" + suffix, "[::1]" + suffix};
     if (!site.address.isEmpty()) {
         const bool isIPv6 = site.address.contains(u':');

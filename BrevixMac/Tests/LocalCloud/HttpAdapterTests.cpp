@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <utility>
 
 using namespace Cloud;
 using namespace std::chrono_literals;
@@ -320,6 +321,87 @@ TEST_F(HttpAdapterTest, adapterCanGoWhileRequestsAreComing)
     received(*socket, "{\"end\":1}");
     socket->write("POST /a HTTP/1.1\r\nContent-Length: 10\r\n\r\n1");
     adapter.reset();
+    EXPECT_TRUE(waitUntil([&] { return closed(*socket); }));
+}
+
+TEST_F(HttpAdapterTest, clientThatAsksFirstIsToldToGoOn)
+{
+    serve({.bodySize = 100});
+    auto socket = connected();
+    socket->write("POST /a HTTP/1.1\r\nHost: h\r\nContent-Length: 3\r\nExpect: 100-continue\r\n\r\n");
+    EXPECT_EQ(received(*socket, "\r\n\r\n"), "HTTP/1.1 100 Continue\r\n\r\n");
+    EXPECT_EQ(handled, 0);
+    socket->write("abc");
+    EXPECT_TRUE(received(*socket, "{\"end\":1}").startsWith("HTTP/1.1 200 "));
+    EXPECT_EQ(last.body, "abc");
+
+    socket = connected();
+    socket->write("POST /a HTTP/1.1\r\nHost: h\r\nContent-Length: 101\r\nExpect: 100-continue\r\n\r\n");
+    EXPECT_TRUE(received(*socket, "INVALID_ARGUMENT").startsWith("HTTP/1.1 413 "));
+}
+
+TEST_F(HttpAdapterTest, bodiesOfTwoLengthsAreRefused)
+{
+    serve({});
+    for (const QByteArray headers :
+         {"Content-Length: 3\r\nContent-Length: 4", "Content-Length: 3\r\nTransfer-Encoding: chunked"}) {
+        const auto socket = connected();
+        socket->write("POST /a HTTP/1.1\r\nHost: h\r\n" + headers + "\r\n\r\nabcd");
+        EXPECT_TRUE(received(*socket, "INVALID_ARGUMENT").startsWith("HTTP/1.1 400 ")) << headers.constData();
+    }
+    EXPECT_EQ(handled, 0);
+}
+
+TEST_F(HttpAdapterTest, answerThatComesLaterIsNotOvertakenAndHoldsNobodyElseUp)
+{
+    std::function<void(const Response &)> reply;
+    Response pending;
+    pending.later = [&](std::function<void(const Response &)> place) { reply = std::move(place); };
+    const Response known = std::exchange(answer, pending);
+    serve({});
+    const auto socket = connected();
+    socket->write(QByteArray(get).repeated(2));
+    ASSERT_TRUE(waitUntil([&] { return reply != nullptr; }));
+    answer = known;
+    const auto other = connected();
+    other->write(get);
+    received(*other, "{\"end\":1}");
+    EXPECT_EQ(handled, 2);
+    reply(known);
+    const QByteArray bytes = received(*socket, "{\"end\":1}");
+    EXPECT_TRUE(bytes.contains("Connection: close\r\n"));
+    EXPECT_TRUE(waitUntil([&] { return closed(*socket); }));
+    EXPECT_EQ(handled, 2);
+}
+
+TEST_F(HttpAdapterTest, lateAnswerToAClientThatHasLeftIsDropped)
+{
+    std::function<void(const Response &)> reply;
+    const Response known = answer;
+    answer.later = [&](std::function<void(const Response &)> place) { reply = std::move(place); };
+    serve({.connections = 1});
+    {
+        const auto socket = connected();
+        socket->write(get);
+        ASSERT_TRUE(waitUntil([&] { return reply != nullptr; }));
+        socket->abort();
+    }
+    EXPECT_TRUE(waitUntil([&] { // until the place is free again
+        const auto next = connected();
+        reply = nullptr;
+        next->write(get);
+        return waitUntil([&] { return reply != nullptr || closed(*next); }) && reply;
+    }));
+    adapter.reset();
+    reply(known);
+}
+
+TEST_F(HttpAdapterTest, answerThatNeverComesEndsTheConnection)
+{
+    answer.later = [](const std::function<void(const Response &)> &) {};
+    serve({.answer = 100ms});
+    const auto socket = connected();
+    socket->write(get);
     EXPECT_TRUE(waitUntil([&] { return closed(*socket); }));
 }
 

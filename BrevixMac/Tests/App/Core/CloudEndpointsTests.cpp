@@ -135,3 +135,17 @@ TEST(CloudEndpoints, awkwardPartsGiveAValidUrlOrNone)
     EXPECT_EQ(token(endpoints, u"a&b=#c"_s),
               u"https://securetoken.googleapis.com/v1/token?key=a%26b%3D%23c"_s);
 }
+
+TEST(CloudEndpoints, serverOfSomebodyElseIsReachedPrivatelyAndIssuesItsOwnSessions)
+{
+    const auto server = CloudEndpoints::server(QUrl(u"https://library.example.org:8443"_s));
+    ASSERT_TRUE(server);
+    EXPECT_TRUE(documents(*server).startsWith(u"https://library.example.org:8443/v1/projects/p/"_s));
+    EXPECT_NE(server->issuer(), CloudEndpoints::local(QUrl(u"http://127.0.0.1:4000"_s)).issuer());
+    EXPECT_NE(server->issuer(), CloudEndpoints::server(QUrl(u"https://other.example.org"_s))->issuer());
+    EXPECT_TRUE(CloudEndpoints::server(QUrl(u"http://localhost:8787"_s)));
+    for (const QString &url : {u""_s, u"http://library.example.org"_s, u"https://library.example.org/path"_s,
+                               u"https://a:b@library.example.org"_s, u"https://library.example.org?q"_s,
+                               u"nonsense"_s, u"https://"_s})
+        EXPECT_FALSE(CloudEndpoints::server(QUrl(url))) << qPrintable(url);
+}
