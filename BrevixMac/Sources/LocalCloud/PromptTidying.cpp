@@ -19,7 +19,7 @@ QRegularExpression expression(const QString &pattern)
 const QRegularExpression &protectedPieces()
 {
     static const QRegularExpression pieces =
-        expression(QStringLiteral("```[\\s\\S]*?```|`[^`\\n]*`|\\{\\{[\\s\\S]*?\\}\\}"));
+        expression(QStringLiteral("```[\\s\\S]*?```|`[^`\\n]*`|\\{\\{[^{}]*\\}\\}"));
     return pieces;
 }
 
@@ -75,7 +75,7 @@ void makeDirect(QString &text)
 void tidySpaces(QString &text)
 {
     static const QRegularExpression lineEnd = expression(QStringLiteral("\\r\\n?"));
-    static const QRegularExpression trailing = expression(QStringLiteral("[ \\t]+(?=\\n|$)"));
+    static const QRegularExpression trailing = expression(QStringLiteral("(?<![ \\t])[ \\t]++(?=\\n|$)"));
     static const QRegularExpression repeated = expression(QStringLiteral("(?<=\\S)[ \\t]{2,}(?=\\S)"));
     static const QRegularExpression emptyLines = expression(QStringLiteral("\\n{3,}"));
     text.replace(lineEnd, QStringLiteral("\n")).remove(trailing);
@@ -124,7 +124,7 @@ QString tidiedPrompt(const QString &prompt)
 
 QStringList variablesOf(const QString &text)
 {
-    static const QRegularExpression variable(QStringLiteral("\\{\\{[\\s\\S]*?\\}\\}"));
+    static const QRegularExpression variable(QStringLiteral("\\{\\{[^{}]*\\}\\}"));
     QStringList variables;
     for (auto match = variable.globalMatch(text); match.hasNext();)
         variables.append(match.next().captured());

@@ -4,6 +4,7 @@
 #include "LocalCloud/ServiceFixture.h"
 #include "Support/Waiting.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcessEnvironment>
 #include <QTcpServer>
@@ -122,6 +123,20 @@ TEST(PromptTidying, promptsBecomeRegular)
             << qPrintable(QString::fromUtf16(before));
         EXPECT_EQ(tidiedPrompt(QString::fromUtf16(after)), QString::fromUtf16(after)) << "tidy already";
     }
+}
+
+TEST(PromptTidying, hostilePromptsTakeNoTime)
+{
+    constexpr int size = 100'000;
+    QElapsedTimer timer;
+    timer.start();
+    for (const QString &prompt :
+         {QString(size, u' ') + u'x', u'x' + QString(size, u' ') + u'x',
+          QStringLiteral("x ").repeated(size / 2), QStringLiteral("{{").repeated(size / 2),
+          QString(size, u'`'), QString(size, u'!'), QString(size, u'\n') + u'x',
+          QStringLiteral("x\n ").repeated(size / 3), QStringLiteral("please ").repeated(size / 7)})
+        tidiedPrompt(prompt);
+    EXPECT_LT(timer.elapsed(), 3000);
 }
 
 TEST_F(CallableTest, promptIsTidiedByRulesWhenThereIsNoModel)
