@@ -130,11 +130,16 @@ TEST(PromptTidying, hostilePromptsTakeNoTime)
     constexpr int size = 100'000;
     QElapsedTimer timer;
     timer.start();
-    for (const QString &prompt :
-         {QString(size, u' ') + u'x', u'x' + QString(size, u' ') + u'x',
-          QStringLiteral("x ").repeated(size / 2), QStringLiteral("{{").repeated(size / 2),
-          QString(size, u'`'), QString(size, u'!'), QString(size, u'\n') + u'x',
-          QStringLiteral("x\n ").repeated(size / 3), QStringLiteral("please ").repeated(size / 7)})
+    const QStringList prompts{QString(size, u' ') + u'x',
+                              u'x' + QString(size, u' ') + u'x',
+                              QStringLiteral("x ").repeated(size / 2),
+                              QStringLiteral("{{").repeated(size / 2),
+                              QString(size, u'`'),
+                              QString(size, u'!'),
+                              QString(size, u'\n') + u'x',
+                              QStringLiteral("x\n ").repeated(size / 3),
+                              QStringLiteral("please ").repeated(size / 7)};
+    for (const QString &prompt : prompts)
         tidiedPrompt(prompt);
     EXPECT_LT(timer.elapsed(), 3000);
 }
