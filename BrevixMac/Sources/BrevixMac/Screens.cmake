@@ -6,7 +6,6 @@ add_library(BrevixMac STATIC
     SystemAppearance.cpp SystemAppearance.h
     Symbols.cpp Symbols.h
     ThemePainting.cpp ThemePainting.h
-    ScreenTexts.h
     # Controls
     ButtonBar.cpp ButtonBar.h
     BrandGlyph.cpp BrandGlyph.h
