@@ -57,6 +57,7 @@ void SettingsWindowController::show()
     if (!m_view) {
         m_view = new SettingsView(m_appState, m_window.get());
         m_window->layout()->addWidget(m_view);
+        m_view->focusFirst(); // the last focus went with the last content
     }
     if (m_window->isMinimized())
         m_window->showNormal();
