@@ -57,6 +57,9 @@ bool isWholeAnswer(const QNetworkReply &reply, int statusCode)
     switch (reply.error()) {
     case QNetworkReply::NoError:
         return true;
+    case QNetworkReply::ContentReSendError:
+        // Qt wants to send the body again when a redirect asks for it; but no redirect is followed.
+        return statusCode >= 300 && statusCode <= 399;
     case QNetworkReply::ProxyAuthenticationRequiredError:
     case QNetworkReply::ContentAccessDenied:
     case QNetworkReply::ContentOperationNotPermittedError:

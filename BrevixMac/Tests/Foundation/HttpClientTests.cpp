@@ -205,6 +205,18 @@ TEST_F(HttpClientTest, redirectsAreNotFollowed)
     EXPECT_EQ(server.requests.size(), 1);
 }
 
+TEST_F(HttpClientTest, aRedirectOfARequestWithABodyIsAnAnswerToo)
+{
+    for (const QByteArray &status : {QByteArray("302 Found"), QByteArray("307 Temporary Redirect")}) {
+        const ScriptedServer server(ScriptedServer::answer(
+            "HTTP/1.1 " + status + "\r\nLocation: /elsewhere\r\nContent-Length: 0\r\n\r\n"));
+        const Ending ending = send({.method = "POST", .url = server.url(), .headers = {}, .body = "body"});
+        ASSERT_TRUE(ending.response) << status.constData() << failureOf(ending);
+        EXPECT_EQ(ending.response->statusCode, status.first(3).toInt());
+        EXPECT_EQ(server.requests.size(), 1);
+    }
+}
+
 TEST_F(HttpClientTest, cookiesAreNotSentBack)
 {
     const ScriptedServer server(ScriptedServer::answer(

@@ -3,140 +3,11 @@
 
 #include "Support/Waiting.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTcpSocket>
-
 #include <stdexcept>
-
-namespace {
-
-QJsonObject textField(const QString &text)
-{
-    return {{QStringLiteral("stringValue"), text}};
-}
-
-QJsonObject document(const QString &collection, const QString &id, QJsonObject fields, qsizetype order)
-{
-    fields.insert(QStringLiteral("order"),
-                  QJsonObject{{QStringLiteral("integerValue"), QString::number(order)}});
-    return {{QStringLiteral("name"),
-             QString(u"projects/p/databases/(default)/documents/" + collection + u'/' + id)},
-            {QStringLiteral("fields"), fields}};
-}
-
-AppConfiguration configuration(bool isComplete)
-{
-    AppConfiguration configuration = AppConfiguration::fallback();
-    configuration.firebase.projectID = QStringLiteral("project");
-    configuration.firebase.apiKey = QStringLiteral("key");
-    if (isComplete) {
-        configuration.firebase.googleAppID = QStringLiteral("1:1:linux:test");
-        configuration.firebase.clientID = QStringLiteral("client");
-        configuration.firebase.reversedClientID = QStringLiteral("test.client");
-    }
-    return configuration;
-}
-
-} // namespace
-
-QString LibraryServer::refusal()
-{
-    return QStringLiteral("You may not do that.");
-}
-
-LibraryServer::LibraryServer()
-{
-    if (!listen(QHostAddress::LocalHost))
-        throw std::runtime_error("no loopback port");
-    connect(this, &QTcpServer::newConnection, this, [this] {
-        QTcpSocket *socket = nextPendingConnection();
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { answer(socket); });
-        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    });
-}
-
-QUrl LibraryServer::origin() const
-{
-    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(serverPort()));
-}
-
-void LibraryServer::addCategory(const QString &id, const QString &name, const QString &color)
-{
-    m_categories.append(
-        document(QStringLiteral("categories"), id,
-                 {{QStringLiteral("name"), textField(name)}, {QStringLiteral("color"), textField(color)}},
-                 m_categories.size()));
-}
-
-void LibraryServer::addPrompt(const QString &id, const QString &title, const QString &text,
-                              const QString &categoryID)
-{
-    m_prompts.append(document(QStringLiteral("prompts"), id,
-                              {{QStringLiteral("title"), textField(title)},
-                               {QStringLiteral("text"), textField(text)},
-                               {QStringLiteral("categoryId"), textField(categoryID)}},
-                              m_prompts.size()));
-}
-
-void LibraryServer::addSkill(const QString &id, const QString &title, const QString &text)
-{
-    m_skills.append(
-        document(QStringLiteral("skills"), id,
-                 {{QStringLiteral("title"), textField(title)}, {QStringLiteral("text"), textField(text)}},
-                 m_skills.size()));
-}
-
-void LibraryServer::clear()
-{
-    m_categories = {};
-    m_prompts = {};
-    m_skills = {};
-}
-
-void LibraryServer::answer(QTcpSocket *socket)
-{
-    const QByteArray request = socket->peek(socket->bytesAvailable());
-    if (!request.contains("\r\n\r\n"))
-        return;
-    socket->readAll();
-    if (!request.startsWith("GET ")) {
-        if (writes == Writes::held)
-            m_held.append(socket);
-        else if (writes == Writes::refused)
-            reply(socket, "403 Forbidden",
-                  {{QStringLiteral("error"), QJsonObject{{QStringLiteral("message"), refusal()}}}});
-        else
-            reply(socket, "200 OK", {});
-        return;
-    }
-    const QByteArray path = request.split(' ').value(1);
-    const QJsonArray documents = path.contains("/categories") ? m_categories
-                                 : path.contains("/prompts")  ? m_prompts
-                                 : path.contains("/skills")   ? m_skills
-                                                              : QJsonArray();
-    reply(socket, "200 OK", {{QStringLiteral("documents"), documents}});
-}
-
-void LibraryServer::reply(QTcpSocket *socket, const QByteArray &status, const QJsonObject &object)
-{
-    const QByteArray body = QJsonDocument(object).toJson();
-    socket->write("HTTP/1.1 " + status + "\r\nContent-Type: application/json\r\nContent-Length: " +
-                  QByteArray::number(body.size()) + "\r\n\r\n" + body);
-}
-
-void LibraryServer::releaseWrites()
-{
-    writes = Writes::accepted;
-    for (const QPointer<QTcpSocket> &socket : std::exchange(m_held, {})) {
-        if (socket)
-            reply(socket, "200 OK", {});
-    }
-}
 
 PickerDesk::PickerDesk()
 {
-    defaults = std::make_unique<UserDefaults>(folder.filePath(QStringLiteral("defaults.plist")));
+    email = QStringLiteral("ann@example.com");
     workspace.addApplication(editorPid, QStringLiteral("Text Editor"), QStringLiteral("org.example.Editor"));
     workspace.frontmost = editorPid;
     tree.fields.insert(QStringLiteral("/field"), {.pid = editorPid,
@@ -148,8 +19,6 @@ PickerDesk::PickerDesk()
                                                   .acceptsWrites = true});
     tree.focusedPath = QStringLiteral("/field");
 }
-
-PickerDesk::~PickerDesk() = default;
 
 void PickerDesk::addSampleLibrary()
 {
@@ -182,37 +51,12 @@ void PickerDesk::addSampleLibrary()
 
 void PickerDesk::start()
 {
-    if (isSignedIn) {
-        const StoredAuthSession session{.uid = QStringLiteral("user"),
-                                        .email = email,
-                                        .displayName = displayName,
-                                        .photoURLString = {},
-                                        .firebaseIDToken = QStringLiteral("token"),
-                                        .refreshToken = QStringLiteral("refresh"),
-                                        .expiresAt = QDateTime::currentDateTimeUtc().addSecs(3600)};
-        defaults->setData(AuthService::storageKey, session.toJson());
-    }
-    appState =
-        std::make_unique<AppState>(AppEnvironment{.configuration = configuration(isConfigured),
-                                                  .endpoints = CloudEndpoints::local(server.origin()),
-                                                  .defaults = *defaults,
-                                                  .http = http,
-                                                  .accessibilityTree = tree,
-                                                  .pasteboard = pasteboard,
-                                                  .workspace = workspace,
-                                                  .keyEvents = keyEvents,
-                                                  .eventMonitor = eventMonitor,
-                                                  .hotKeys = hotKeys,
-                                                  .webAuthenticationSession = webAuthenticationSession,
-                                                  .keyCapture = keyCapture,
-                                                  .statusItem = statusItem,
-                                                  .loginItem = loginItem,
-                                                  .bundleIdentifier = QStringLiteral("app.brevix.Brevix"),
-                                                  .processIdentifier = 1});
-    const auto isSynced = [this] {
-        return appState->libraryStore().syncState().kind == SyncState::Kind::synced;
-    };
-    if (isSignedIn && !waitUntil(isSynced))
+    if (!isConfigured)
+        configuration = AppConfiguration::fallback();
+    if (isSignedIn)
+        storeSession();
+    AppBench::start();
+    if (isSignedIn && !waitForLibrary())
         throw std::runtime_error("the library did not arrive");
 }
 

@@ -8,21 +8,9 @@ InMemoryAccessibilityTree::Field textFieldOf(qint64 pid)
     return {.pid = pid, .role = AX::textField, .value = QString(), .selectedRange = TextRange{0, 0}};
 }
 
-AppConfiguration completeConfiguration()
-{
-    AppConfiguration configuration = AppConfiguration::fallback();
-    configuration.firebase.apiKey = QStringLiteral("key");
-    configuration.firebase.projectID = QStringLiteral("project");
-    configuration.firebase.googleAppID = QStringLiteral("1:1:app");
-    configuration.firebase.clientID = QStringLiteral("client");
-    configuration.firebase.reversedClientID = QStringLiteral("tneilc");
-    return configuration;
-}
-
 } // namespace
 
 AppStateFixture::AppStateFixture()
-    : configuration(completeConfiguration())
 {
     workspace.addApplication(ownPid, QStringLiteral("Brevix"), bundleIdentifier);
     workspace.addApplication(editorPid, QStringLiteral("Editor"), QStringLiteral("org.example.Editor"));
@@ -38,44 +26,17 @@ AppStateFixture::~AppStateFixture() = default;
 
 AppState &AppStateFixture::start()
 {
-    state.reset(); // there is one at a time
-    state = std::make_unique<AppState>(AppEnvironment{.configuration = configuration,
-                                                      .endpoints = CloudEndpoints::local(server.origin()),
-                                                      .defaults = defaults,
-                                                      .http = http,
-                                                      .accessibilityTree = tree,
-                                                      .pasteboard = pasteboard,
-                                                      .workspace = workspace,
-                                                      .keyEvents = keyEvents,
-                                                      .eventMonitor = eventMonitor,
-                                                      .hotKeys = hotKeys,
-                                                      .webAuthenticationSession = webAuthenticationSession,
-                                                      .keyCapture = keyCapture,
-                                                      .statusItem = statusItem,
-                                                      .loginItem = loginItem,
-                                                      .bundleIdentifier = bundleIdentifier,
-                                                      .processIdentifier = ownPid,
-                                                      .now = [this] { return time; }});
+    AppBench::start();
     state->presentPaletteAction = [this] { ++presented; };
     state->dismissPaletteAction = [this] { ++dismissed; };
     return *state;
-}
-
-void AppStateFixture::storeSession()
-{
-    const StoredAuthSession session{.uid = QStringLiteral("user"),
-                                    .firebaseIDToken = QStringLiteral("token"),
-                                    .refreshToken = QStringLiteral("refresh"),
-                                    .expiresAt = time.addDays(1)};
-    defaults.setData(AuthService::storageKey, session.toJson());
 }
 
 AppState &AppStateFixture::startWithLibrary()
 {
     storeSession();
     start();
-    EXPECT_TRUE(
-        waitUntil([this] { return state->libraryStore().syncState().kind == SyncState::Kind::synced; }));
+    EXPECT_TRUE(waitForLibrary());
     return *state;
 }
 

@@ -1,28 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "AppState.h"
-#include "LibraryServer.h"
-
-#include "Foundation/HttpClient.h"
-#include "Foundation/UserDefaults.h"
-
-#include "Support/InMemoryDesktop.h"
+#include "Support/AppBench.h"
 #include "Support/Waiting.h"
-
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
-
-/// An application's state over a desktop in memory with two applications, each with a focused field, and a
-/// library on loopback. The clock stands still; a test moves it.
-class AppStateFixture : public testing::Test
+/// The bench with two applications on its desktop, each with a focused field.
+class AppStateFixture : public testing::Test, protected AppBench
 {
 protected:
-    static constexpr qint64 ownPid = 1;
     static constexpr qint64 editorPid = 42;
     static constexpr qint64 browserPid = 43;
 
@@ -31,9 +19,6 @@ protected:
 
     /// Makes the state; members set before are what it starts with.
     AppState &start();
-
-    /// Has a session stored, as after an earlier sign-in.
-    void storeSession();
 
     /// Starts with a session and waits for the library.
     AppState &startWithLibrary();
@@ -58,30 +43,11 @@ protected:
     static PromptItem prompt(const QString &id, const QString &text, const QString &categoryID = {});
     static SkillItem skill(const QString &id, const QString &text);
 
-    QTemporaryDir folder;
-    UserDefaults defaults{folder.filePath(QStringLiteral("defaults.plist"))};
-    HttpClient http;
-    LibraryServer server;
-    QDateTime time{QDate(2026, 3, 1), QTime(10, 0), Qt::UTC};
-    AppConfiguration configuration;
-    QString bundleIdentifier = QStringLiteral("app.brevix.Brevix");
-
-    InMemoryAccessibilityTree tree;
-    InMemoryPasteboard pasteboard;
-    InMemoryWorkspace workspace;
-    InMemoryKeyEvents keyEvents;
-    InMemoryEventMonitor eventMonitor;
-    InMemoryHotKeys hotKeys;
-    InMemoryWebAuthenticationSession webAuthenticationSession;
-    InMemoryKeyCapture keyCapture;
-    InMemoryLoginItem loginItem;
-    InMemoryStatusItem statusItem;
-
     const QString editorField = QStringLiteral("/editor/field");
     const QString browserField = QStringLiteral("/browser/field");
     const QString ownField = QStringLiteral("/own/search");
 
-    std::unique_ptr<AppState> state;
+    std::unique_ptr<AppState> &state = appState;
     int presented = 0;
     int dismissed = 0;
 };

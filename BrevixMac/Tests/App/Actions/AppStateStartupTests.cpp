@@ -153,16 +153,16 @@ TEST_F(AppStateStartupTest, aStoredSessionBindsTheLibraryOfItsUser)
 
     EXPECT_EQ(state->preferences().lastSignedInUserID(), QStringLiteral("user"));
     EXPECT_EQ(state->libraryPrompts().size(), 1);
-    ASSERT_FALSE(server.requestLines.isEmpty());
-    EXPECT_TRUE(server.requestLines.first().contains("/users/user/categories?"))
-        << server.requestLines.first().data();
+    ASSERT_FALSE(server.requests().isEmpty());
+    EXPECT_TRUE(server.requests().first().target.contains("/users/user/categories?"))
+        << server.requests().first().target.data();
 }
 
 TEST_F(AppStateStartupTest, withoutASessionNoServerIsAsked)
 {
     start();
 
-    EXPECT_FALSE(waitUntil([this] { return !server.requestLines.isEmpty(); }, std::chrono::milliseconds(50)));
+    EXPECT_FALSE(waitUntil([this] { return !server.requests().isEmpty(); }, std::chrono::milliseconds(50)));
     EXPECT_EQ(state->libraryStore().syncState(), SyncState::idle());
     EXPECT_EQ(state->preferences().lastSignedInUserID(), std::nullopt);
 }

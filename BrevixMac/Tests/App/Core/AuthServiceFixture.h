@@ -2,11 +2,11 @@
 #pragma once
 
 #include "AuthService.h"
-#include "FaultyServer.h"
 #include "Samples.h"
 
 #include "Foundation/UserDefaults.h"
 
+#include "Support/FaultyServer.h"
 #include "Support/InMemoryDesktop.h"
 #include "Support/Waiting.h"
 

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -13,6 +14,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <utility>
 
 /// A cloud on loopback that can misbehave: it answers late, half, wrongly, hugely or never. Replies are
 /// chosen by the request's path, else by its last piece, and may be changed between requests.
@@ -24,7 +26,16 @@ public:
         int status = 200;
         QByteArray body = "{}";
         std::chrono::milliseconds delay{0};
-        enum class Fault { none, stall, truncate, close, garbage, huge } fault = Fault::none;
+        enum class Fault {
+            none,
+            hold,
+            stall,
+            stallHalfway,
+            truncate,
+            close,
+            garbage,
+            huge
+        } fault = Fault::none;
         QByteArray headers = {}; ///< further header lines, each with its line break
     };
 
@@ -48,22 +59,47 @@ public:
         });
     }
 
+    virtual ~FaultyServer() = default;
+
+    FaultyServer(const FaultyServer &) = delete;
+    FaultyServer &operator=(const FaultyServer &) = delete;
+
     QUrl origin() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
 
     /// What requests whose path is, or ends in, @p path get from now on. Without one they get an empty
     /// object.
     void reply(const QByteArray &path, const Reply &reply) { m_replies.insert(path, reply); }
 
+    /// Forgets that.
+    void replyAsUsual(const QByteArray &path) { m_replies.remove(path); }
+
     /// What the next such request gets in place of that.
     void replyOnce(const QByteArray &path, const Reply &reply) { m_repliesOnce.insert(path, reply); }
 
     const QList<Request> &requests() const { return m_requests; }
 
+    /// How many requests there were whose path ends in @p lastPiece.
     qsizetype count(const QByteArray &lastPiece) const
     {
         return std::count_if(m_requests.begin(), m_requests.end(),
                              [&](const Request &request) { return request.lastPiece() == lastPiece; });
     }
+
+    /// Requests whose reply was to be held.
+    qsizetype heldRequests() const { return m_held.size(); }
+
+    /// Answers those, the oldest first, by the replies that hold now.
+    void releaseHeldRequests()
+    {
+        for (const auto &[socket, request] : std::exchange(m_held, {})) {
+            if (socket)
+                answer(socket, request);
+        }
+    }
+
+protected:
+    /// What a request gets for which no reply was set.
+    virtual Reply unscriptedReply(const Request &) { return {}; }
 
 private:
     void serve(QTcpSocket *socket)
@@ -74,10 +110,18 @@ private:
             received->append(socket->readAll());
             if (const auto request = takeRequest(*received)) {
                 m_requests.append(*request);
-                const Reply reply = replyTo(*request);
-                QTimer::singleShot(reply.delay, socket, [socket, reply] { send(socket, reply); });
+                answer(socket, *request);
             }
         });
+    }
+
+    void answer(QTcpSocket *socket, const Request &request)
+    {
+        const Reply reply = replyTo(request);
+        if (reply.fault == Reply::Fault::hold)
+            m_held.append({socket, request});
+        else
+            QTimer::singleShot(reply.delay, socket, [socket, reply] { send(socket, reply); });
     }
 
     Reply replyTo(const Request &request)
@@ -86,7 +130,11 @@ private:
             if (m_repliesOnce.contains(key))
                 return m_repliesOnce.take(key);
         }
-        return m_replies.value(request.path(), m_replies.value(request.lastPiece()));
+        for (const QByteArray &key : {request.path(), request.lastPiece()}) {
+            if (m_replies.contains(key))
+                return m_replies.value(key);
+        }
+        return unscriptedReply(request);
     }
 
     static std::optional<Request> takeRequest(QByteArray &bytes)
@@ -117,6 +165,7 @@ private:
     {
         using Fault = Reply::Fault;
         switch (reply.fault) {
+        case Fault::hold:
         case Fault::stall:
             return;
         case Fault::close:
@@ -125,6 +174,7 @@ private:
             socket->write("this is not HTTP\n");
             return socket->disconnectFromHost();
         case Fault::none:
+        case Fault::stallHalfway:
         case Fault::truncate:
         case Fault::huge:
             break;
@@ -132,15 +182,15 @@ private:
         const qsizetype size = reply.fault == Fault::huge ? qsizetype(1) << 40 : reply.body.size();
         socket->write("HTTP/1.1 " + QByteArray::number(reply.status) + " Reply\r\n" + reply.headers +
                       "Content-Length: " + QByteArray::number(size) + "\r\n\r\n");
-        if (reply.fault == Fault::truncate) {
-            socket->write(reply.body.first(reply.body.size() / 2));
-            return socket->disconnectFromHost();
-        }
-        socket->write(reply.body);
+        const bool isHalf = reply.fault == Fault::truncate || reply.fault == Fault::stallHalfway;
+        socket->write(isHalf ? reply.body.first(reply.body.size() / 2) : reply.body);
+        if (reply.fault == Fault::truncate)
+            socket->disconnectFromHost();
     }
 
     QTcpServer m_server;
     QHash<QByteArray, Reply> m_replies;
     QHash<QByteArray, Reply> m_repliesOnce;
     QList<Request> m_requests;
+    QList<std::pair<QPointer<QTcpSocket>, Request>> m_held;
 };

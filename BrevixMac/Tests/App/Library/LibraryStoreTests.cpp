@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LibraryStore.h"
 
+#include "App/Core/Samples.h"
 #include "AuthService.h"
-#include "FaultyServer.h"
 #include "FirestoreFieldValue.h"
 #include "LibraryDocuments.h"
-#include "Samples.h"
 
 #include "Foundation/UserDefaults.h"
+#include "Support/FaultyServer.h"
 #include "Support/InMemoryDesktop.h"
 #include "Support/Waiting.h"
 
