@@ -3,6 +3,7 @@
 
 #include "PromptSearchRanker.h"
 #include "PromptTemplateParser.h"
+#include "SearchRanking.h"
 #include "SkillSearchRanker.h"
 
 #include "Desktop/Workspace.h"
@@ -47,6 +48,16 @@ PromptItem wrapped(const SkillItem &skill)
             .categoryID = QStringLiteral("skills"),
             .order = skill.order,
             .createdAt = skill.createdAt};
+}
+
+QStringList searchedTexts(const QList<PromptItem> &prompts, const QList<SkillItem> &skills)
+{
+    QStringList texts;
+    for (const PromptItem &prompt : prompts)
+        texts << prompt.title << prompt.text;
+    for (const SkillItem &skill : skills)
+        texts << skill.title << skill.text << skill.sourceFilename.value_or(QString());
+    return texts;
 }
 
 RenderedPrompt rendered(const SkillItem &skill)
@@ -509,5 +520,8 @@ void AppState::readLibrary()
 {
     m_libraryPrompts = uniqueByID(m_libraryStore->prompts());
     m_librarySkills = uniqueByID(m_libraryStore->skills());
+    m_searchTasks.restart();
+    detach(SearchRanking::prepare(searchedTexts(m_libraryPrompts, m_librarySkills), m_searchTasks.token()),
+           "preparing the search");
     Q_EMIT libraryChanged();
 }

@@ -314,5 +314,6 @@ private:
 
     // Keep last: they stop the coroutines before the other members die.
     TaskScope m_invocationTasks;
+    TaskScope m_searchTasks; ///< of the library as it is now
     TaskScope m_tasks;
 };

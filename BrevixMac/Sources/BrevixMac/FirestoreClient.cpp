@@ -22,20 +22,6 @@ QJsonObject objectIn(const QByteArray &body)
     return answer.object();
 }
 
-/// The documents of an answer; none when it has no list of them, as for an empty collection.
-QList<QJsonObject> documentsIn(const QByteArray &body)
-{
-    const QJsonArray list = objectIn(body).value(u"documents").toArray();
-    QList<QJsonObject> documents;
-    documents.reserve(list.size());
-    for (const auto &value : list) {
-        if (!value.isObject())
-            return {};
-        documents.append(value.toObject());
-    }
-    return documents;
-}
-
 QByteArray documentBody(const FirestoreClient::Fields &fields)
 {
     QJsonObject values;
@@ -53,13 +39,25 @@ FirestoreClient::FirestoreClient(QString projectID, CloudEndpoints endpoints, Ht
 {
 }
 
-QCoro::Task<QList<QJsonObject>> FirestoreClient::fetchDocuments(QStringList collectionSegments,
-                                                                QString firebaseIDToken,
-                                                                std::stop_token token)
+QCoro::Task<QByteArray> FirestoreClient::fetchPage(QStringList collectionSegments, QString firebaseIDToken,
+                                                   std::stop_token token)
 {
     const HttpRequest get = request("GET", collectionSegments, firebaseIDToken, pageQuery);
-    const QByteArray body = co_await send(get, firebaseIDToken, token);
-    co_return documentsIn(body);
+    QByteArray page = co_await send(get, firebaseIDToken, token);
+    co_return page;
+}
+
+QList<QJsonObject> FirestoreClient::documentsIn(const QByteArray &page)
+{
+    const QJsonArray list = objectIn(page).value(u"documents").toArray();
+    QList<QJsonObject> documents;
+    documents.reserve(list.size());
+    for (const auto &value : list) {
+        if (!value.isObject())
+            return {};
+        documents.append(value.toObject());
+    }
+    return documents;
 }
 
 QCoro::Task<QJsonObject> FirestoreClient::createDocument(QStringList collectionSegments, Fields fields,

@@ -21,9 +21,13 @@ public:
     /// @p http must outlive this object.
     FirestoreClient(QString projectID, CloudEndpoints endpoints, HttpClient &http);
 
-    /// The documents of a collection's first page, 500 at most. No page token is followed.
-    QCoro::Task<QList<QJsonObject>> fetchDocuments(QStringList collectionSegments, QString firebaseIDToken,
-                                                   std::stop_token token);
+    /// A collection's first page, 500 documents at most, for documentsIn(). No page token is followed.
+    QCoro::Task<QByteArray> fetchPage(QStringList collectionSegments, QString firebaseIDToken,
+                                      std::stop_token token);
+
+    /// The documents of a page; none when it has no list of them, as for an empty collection. On any thread.
+    /// Throws when @p page is no JSON object.
+    static QList<QJsonObject> documentsIn(const QByteArray &page);
 
     /// Adds a document, whose identifier the server chooses, and gives it as the server holds it.
     QCoro::Task<QJsonObject> createDocument(QStringList collectionSegments, Fields fields,

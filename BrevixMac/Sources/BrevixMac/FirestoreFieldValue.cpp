@@ -83,35 +83,27 @@ QString encodedComponent(const QString &component)
 
 FirestoreFieldValue FirestoreFieldValue::string(const QString &text)
 {
-    FirestoreFieldValue value;
-    value.m_value = text;
-    return value;
+    return FirestoreFieldValue(text);
 }
 
 FirestoreFieldValue FirestoreFieldValue::timestamp(const QDateTime &dateTime)
 {
-    FirestoreFieldValue value;
-    value.m_value = dateTime;
-    return value;
+    return FirestoreFieldValue(dateTime);
 }
 
 FirestoreFieldValue FirestoreFieldValue::map(const Map &fields)
 {
-    FirestoreFieldValue value;
-    value.m_value = fields;
-    return value;
+    return FirestoreFieldValue(fields);
 }
 
 FirestoreFieldValue FirestoreFieldValue::array(const Array &values)
 {
-    FirestoreFieldValue value;
-    value.m_value = values;
-    return value;
+    return FirestoreFieldValue(values);
 }
 
 FirestoreFieldValue FirestoreFieldValue::null()
 {
-    return {};
+    return FirestoreFieldValue(std::monostate());
 }
 
 QJsonObject FirestoreFieldValue::restValue() const
@@ -160,7 +152,7 @@ qint64 readInt(const QJsonValue &value)
 std::optional<QDateTime> readDate(const QJsonValue &value)
 {
     const QString text = value.toObject().value(u"timestampValue").toString();
-    if (const auto date = Iso8601::parseWithFraction(text))
+    if (auto date = Iso8601::parseWithFraction(text))
         return date;
     return Iso8601::parseWithoutFraction(text);
 }

@@ -31,7 +31,14 @@ public:
     QJsonObject restValue() const;
 
 private:
-    std::variant<std::monostate, QString, QDateTime, Map, Array> m_value;
+    using Value = std::variant<std::monostate, QString, QDateTime, Map, Array>;
+
+    explicit FirestoreFieldValue(Value value)
+        : m_value(std::move(value))
+    {
+    }
+
+    Value m_value;
 };
 
 /// A failed Firestore call; its description is for the user.

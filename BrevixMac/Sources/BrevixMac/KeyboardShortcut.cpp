@@ -10,8 +10,8 @@ namespace {
 
 struct KeyName
 {
-    quint32 keyCode;
-    QStringView name;
+    quint32 keyCode = 0;
+    QStringView name = {};
 };
 
 // Digits, punctuation and function keys have no name on purpose: their legends depend on the layout.
@@ -25,9 +25,9 @@ constexpr KeyName keyNames[] = {
 
 struct ModifierGlyph
 {
-    quint64 bit;
-    QStringView glyph;
-    quint32 carbonBit;
+    quint64 bit = 0;
+    QStringView glyph = {};
+    quint32 carbonBit = 0;
 };
 
 // In the order in which labels show them.

@@ -50,13 +50,17 @@ const QString &displayText(const Item &item)
 
 /// By order, then by name or title without regard to case, in the user's language.
 template <typename Item>
+bool isShownBefore(const Item &left, const Item &right)
+{
+    if (left.order != right.order)
+        return left.order < right.order;
+    return Text::compareTitles(displayText(left), displayText(right)) < 0;
+}
+
+template <typename Item>
 void sortForDisplay(QList<Item> &items)
 {
-    std::stable_sort(items.begin(), items.end(), [](const Item &left, const Item &right) {
-        if (left.order != right.order)
-            return left.order < right.order;
-        return Text::compareTitles(displayText(left), displayText(right)) < 0;
-    });
+    std::stable_sort(items.begin(), items.end(), &isShownBefore<Item>);
 }
 
 } // namespace LibraryDocuments

@@ -4,6 +4,8 @@
 #include "AuthService.h"
 #include "LibraryDocuments.h"
 
+#include "Foundation/Worker.h"
+
 namespace {
 
 template <typename Item>
@@ -89,25 +91,40 @@ QCoro::Task<> LibraryStore::fetchAndPublish(QString userID, std::stop_token toke
     if (token.stop_requested())
         co_return;
     const QStringList categoriesPath = collectionPath(userID, QStringLiteral("categories"));
-    const QList<QJsonObject> categories = co_await m_firestore.fetchDocuments(categoriesPath, idToken, token);
+    const QList<PromptCategory> categories =
+        co_await fetchItems(categoriesPath, &LibraryDocuments::makeCategory, idToken, token);
     if (token.stop_requested())
         co_return;
     const QStringList promptsPath = collectionPath(userID, QStringLiteral("prompts"));
-    const QList<QJsonObject> prompts = co_await m_firestore.fetchDocuments(promptsPath, idToken, token);
+    const QList<PromptItem> prompts =
+        co_await fetchItems(promptsPath, &LibraryDocuments::makePrompt, idToken, token);
     if (token.stop_requested())
         co_return;
     const QStringList skillsPath = collectionPath(userID, QStringLiteral("skills"));
-    const QList<QJsonObject> skills = co_await m_firestore.fetchDocuments(skillsPath, idToken, token);
+    const QList<SkillItem> skills =
+        co_await fetchItems(skillsPath, &LibraryDocuments::makeSkill, idToken, token);
 
     // An observer of the first list may unbind, so each step looks again.
     if (!token.stop_requested())
-        setCategories(makeSorted(categories, &LibraryDocuments::makeCategory));
+        setCategories(categories);
     if (!token.stop_requested())
-        setPrompts(makeSorted(prompts, &LibraryDocuments::makePrompt));
+        setPrompts(prompts);
     if (!token.stop_requested())
-        setSkills(makeSorted(skills, &LibraryDocuments::makeSkill));
+        setSkills(skills);
     if (!token.stop_requested())
         setSyncState(SyncState::synced(m_now()));
+}
+
+template <typename Item>
+QCoro::Task<QList<Item>> LibraryStore::fetchItems(QStringList collectionSegments,
+                                                  Item (*make)(const QJsonObject &), QString firebaseIDToken,
+                                                  std::stop_token token)
+{
+    const QByteArray page = co_await m_firestore.fetchPage(collectionSegments, firebaseIDToken, token);
+    // Reading a full page takes longer than the main thread may be away.
+    const auto read = [page, make] { return makeSorted(FirestoreClient::documentsIn(page), make); };
+    QList<Item> items = co_await onWorker(read);
+    co_return items;
 }
 
 QStringList LibraryStore::collectionPath(const QString &userID, const QString &collection) const

@@ -72,6 +72,9 @@ private:
     void refreshNow();
     QCoro::Task<> refresh(QString userID, std::stop_token token);
     QCoro::Task<> fetchAndPublish(QString userID, std::stop_token token);
+    template <typename Item>
+    QCoro::Task<QList<Item>> fetchItems(QStringList collectionSegments, Item (*make)(const QJsonObject &),
+                                        QString firebaseIDToken, std::stop_token token);
     QStringList collectionPath(const QString &userID, const QString &collection) const;
     void setCategories(const QList<PromptCategory> &categories);
     void setPrompts(const QList<PromptItem> &prompts);

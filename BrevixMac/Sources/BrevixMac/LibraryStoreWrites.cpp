@@ -13,13 +13,15 @@ namespace {
 const QString sharedPrompts = QStringLiteral("sharedPrompts"); ///< skills live there too
 const QString sharedCategories = QStringLiteral("sharedCategories");
 
-/// @p items with @p item in its place. A refresh that overtook the answer may have brought it already.
+/// @p items, which are sorted, with @p item in its place. A refresh that overtook the answer may have brought
+/// it already.
 template <typename Item>
 QList<Item> withItem(QList<Item> items, const Item &item)
 {
     items.removeIf([&](const Item &other) { return other.id == item.id; });
-    items.append(item);
-    LibraryDocuments::sortForDisplay(items);
+    const auto place =
+        std::upper_bound(items.cbegin(), items.cend(), item, &LibraryDocuments::isShownBefore<Item>);
+    items.insert(place, item);
     return items;
 }
 

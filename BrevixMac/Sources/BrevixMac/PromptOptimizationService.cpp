@@ -105,6 +105,8 @@ QCoro::Task<QString> PromptOptimizationService::optimize(QString prompt)
     const HttpResponse response = co_await m_http.send(request, token);
     if (!response.isHttp())
         throw PromptOptimizationError(Kind::invalidResponse);
+    if (response.statusCode == 401)
+        m_auth.noteRejectedToken(idToken);
     if (!response.isSuccess())
         throw decodeCallableError(response.body, response.statusCode);
     co_return optimizedText(response.body);

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr qint64 titleBeginsPoints = 100;
-constexpr qint64 titleContainsPoints = 50;
 constexpr qint64 textContainsPoints = 20;
 constexpr qint64 categoryContainsPoints = 10;
 
@@ -25,11 +23,11 @@ std::vector<const PromptItem *> promptsOfCategory(const QList<PromptItem> &promp
 }
 
 /// Identifiers of the categories whose name contains the query, worked out once for all prompts.
-QSet<QString> matchingCategories(const CategoriesByID &categoriesByID, const Text::Needle &query)
+QSet<QString> matchingCategories(const CategoriesByID &categoriesByID, const SearchRanking::Search &search)
 {
     QSet<QString> matching;
     for (auto it = categoriesByID.cbegin(); it != categoriesByID.cend(); ++it) {
-        if (query.isContainedIn(Text::lowercased(it->name)))
+        if (search.isIn(it->name))
             matching.insert(it.key());
     }
     return matching;
@@ -44,31 +42,18 @@ QList<PromptItem> rankedPrompts(const QString &query, const QList<PromptItem> &p
                                 const std::optional<QString> &selectedCategory)
 {
     const std::vector<const PromptItem *> candidates = promptsOfCategory(prompts, selectedCategory);
-    const QHash<QString, qint64> recency = SearchRanking::recencyByID(recentIDs);
-    const QString normalized = SearchRanking::normalizedQuery(query);
-    if (normalized.isEmpty())
-        return SearchRanking::rankedByRecency(candidates, recency);
-
-    thread_local SearchRanking::LowercaseCache cache(SearchRanking::cacheCapacity);
-    const Text::Needle needle(normalized);
-    const QSet<QString> categories = matchingCategories(categoriesByID, needle);
-    const auto matchScore = [&](const PromptItem &prompt) {
-        const QString title = cache.lowercased(prompt.title);
-        const bool inTitle = needle.isContainedIn(title);
-        qint64 score = 0;
-        if (inTitle && needle.isPrefixOf(title))
-            score += titleBeginsPoints;
-        if (inTitle)
-            score += titleContainsPoints;
-        if (needle.isContainedIn(cache.lowercased(prompt.text)))
-            score += textContainsPoints;
-        if (categories.contains(prompt.categoryID))
-            score += categoryContainsPoints;
-        return score;
+    const auto scoring = [&categoriesByID](const SearchRanking::Search &search) {
+        const QSet<QString> categories = matchingCategories(categoriesByID, search);
+        return [&search, categories](const PromptItem &prompt) {
+            qint64 score = search.pointsOfTitle(prompt.title);
+            if (search.isIn(prompt.text))
+                score += textContainsPoints;
+            if (categories.contains(prompt.categoryID))
+                score += categoryContainsPoints;
+            return score;
+        };
     };
-    const QList<PromptItem> ranked = SearchRanking::rankedByScore(candidates, recency, matchScore);
-    cache.endRanking();
-    return ranked;
+    return SearchRanking::ranked(query, candidates, recentIDs, scoring);
 }
 
 } // namespace PromptSearchRanker

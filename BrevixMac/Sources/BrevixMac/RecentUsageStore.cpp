@@ -84,7 +84,7 @@ QList<Record> decode(const QByteArray &json)
 {
     QList<Record> records;
     const QJsonArray list = QJsonDocument::fromJson(json).array();
-    for (const QJsonValue &value : list) {
+    for (const auto &value : list) {
         Record record;
         if (!value.isObject() || !readRecord(value.toObject(), record))
             return {};

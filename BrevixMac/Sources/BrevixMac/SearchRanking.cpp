@@ -3,11 +3,20 @@
 
 #include "ProgrammingError.h"
 
+#include "Foundation/TaskScope.h"
+#include "Foundation/Worker.h"
+
 namespace {
 
 // Rankings alternate between lists (the picker's and the library screen's), so a text may skip some of them.
 constexpr quint64 rankingsUnused = 16;
 constexpr qsizetype alwaysKept = 256;
+
+/// 64 MiB of lower-cased text and as much of the library's own.
+constexpr qsizetype cacheCapacity = qsizetype(32) * 1024 * 1024;
+
+constexpr qint64 titleBeginsPoints = 100;
+constexpr qint64 titleContainsPoints = 50;
 
 bool ownsItsCharacters(const QString &text)
 {
@@ -30,15 +39,20 @@ QString LowercaseCache::lowercased(const QString &text)
         return known->lowercased;
     }
 
-    QString lowercased = Text::lowercased(text);
-    if (known == m_entries.end() && m_size + text.size() <= m_capacity) {
-        if (lowercased == text)
-            lowercased = text; // shares the characters
-        m_entries.insert(text.constData(), {text, lowercased, m_ranking});
-        m_size += text.size();
-        ++m_usedNow;
-    }
+    const QString lowercased = Text::lowercased(text);
+    insert(text, lowercased);
     return lowercased;
+}
+
+void LowercaseCache::insert(const QString &text, const QString &lowercased)
+{
+    const bool fits = m_size + text.size() <= m_capacity;
+    if (!ownsItsCharacters(text) || !fits || m_entries.contains(text.constData()))
+        return;
+    // What is lower-case already shares its characters.
+    m_entries.insert(text.constData(), {text, lowercased == text ? text : lowercased, m_ranking});
+    m_size += text.size();
+    ++m_usedNow;
 }
 
 void LowercaseCache::endRanking()
@@ -52,6 +66,40 @@ void LowercaseCache::endRanking()
     }
     m_usedNow = 0;
     ++m_ranking;
+}
+
+LowercaseCache &lowercaseCache()
+{
+    thread_local LowercaseCache cache(cacheCapacity);
+    return cache;
+}
+
+QCoro::Task<> prepare(QStringList texts, std::stop_token token)
+{
+    // Lists that change together are prepared once, by the last to ask.
+    co_await sleepFor(std::chrono::milliseconds::zero(), token);
+    if (token.stop_requested())
+        co_return;
+    const auto lowercaseAll = [texts] {
+        QStringList lowercased;
+        lowercased.reserve(texts.size());
+        for (const QString &text : texts)
+            lowercased.append(Text::lowercased(text));
+        return lowercased;
+    };
+    const QStringList lowercased = co_await onWorker(lowercaseAll);
+    if (token.stop_requested())
+        co_return;
+    for (qsizetype index = 0; index < texts.size(); ++index)
+        lowercaseCache().insert(texts[index], lowercased[index]);
+}
+
+qint64 Search::pointsOfTitle(const QString &title) const
+{
+    const QString lowercased = m_cache.lowercased(title);
+    if (!m_needle.isContainedIn(lowercased))
+        return 0;
+    return titleContainsPoints + (m_needle.isPrefixOf(lowercased) ? titleBeginsPoints : 0);
 }
 
 QHash<QString, qint64> recencyByID(const QStringList &recentIDs)

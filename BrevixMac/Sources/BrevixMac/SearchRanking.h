@@ -3,12 +3,14 @@
 
 #include "Foundation/Text.h"
 
+#include <QCoroTask>
 #include <QHash>
 #include <QString>
 #include <QStringList>
 
 #include <algorithm>
 #include <limits>
+#include <stop_token>
 #include <vector>
 
 /// What the prompt and the skill ranker share.
@@ -32,6 +34,9 @@ public:
 
     QString lowercased(const QString &text);
 
+    /// Takes @p lowercased for the lower-cased @p text, as if that had been asked for.
+    void insert(const QString &text, const QString &lowercased);
+
     /// To be called after each ranking: forgets texts that several rankings have not asked for, once they are
     /// most of what is held.
     void endRanking();
@@ -53,8 +58,30 @@ private:
     quint64 m_ranking = 1;
 };
 
-/// For a cache of each ranker: 32 MiB of lower-cased text and as much of the library's own.
-inline constexpr qsizetype cacheCapacity = qsizetype(16) * 1024 * 1024;
+/// The cache of all rankings on this thread.
+LowercaseCache &lowercaseCache();
+
+/// Lower-cases @p texts on a worker, so that the next ranking on this thread finds it done. A ranking that
+/// comes first does it itself.
+QCoro::Task<> prepare(QStringList texts, std::stop_token token);
+
+/// What is looked for, and where.
+class Search
+{
+public:
+    explicit Search(const QString &normalizedQuery)
+        : m_needle(normalizedQuery)
+        , m_cache(lowercaseCache())
+    {
+    }
+
+    bool isIn(const QString &text) const { return m_needle.isContainedIn(m_cache.lowercased(text)); }
+    qint64 pointsOfTitle(const QString &title) const;
+
+private:
+    Text::Needle m_needle;
+    LowercaseCache &m_cache;
+};
 
 /// Position of each identifier. A repeated one stops the program.
 QHash<QString, qint64> recencyByID(const QStringList &recentIDs);
@@ -120,6 +147,21 @@ QList<Item> rankedByScore(const std::vector<const Item *> &items, const QHash<QS
     ranked.reserve(static_cast<qsizetype>(entries.size()));
     for (const Entry &entry : entries)
         ranked.append(*entry.item);
+    return ranked;
+}
+
+/// The order for @p query. @p scoring makes the function that gives an item's points out of a Search.
+template <typename Item, typename Scoring>
+QList<Item> ranked(const QString &query, const std::vector<const Item *> &items, const QStringList &recentIDs,
+                   Scoring scoring)
+{
+    const QHash<QString, qint64> recency = recencyByID(recentIDs);
+    const QString normalized = normalizedQuery(query);
+    if (normalized.isEmpty())
+        return rankedByRecency(items, recency);
+    const Search search(normalized);
+    QList<Item> ranked = rankedByScore(items, recency, scoring(search));
+    lowercaseCache().endRanking();
     return ranked;
 }
 

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr qint64 titleBeginsPoints = 100;
-constexpr qint64 titleContainsPoints = 50;
 constexpr qint64 filenameContainsPoints = 30;
 constexpr qint64 textContainsPoints = 20;
 
@@ -21,30 +19,17 @@ QList<SkillItem> rankedSkills(const QString &query, const QList<SkillItem> &skil
     candidates.reserve(skills.size());
     for (const SkillItem &skill : skills)
         candidates.push_back(&skill);
-    const QHash<QString, qint64> recency = SearchRanking::recencyByID(recentIDs);
-    const QString normalized = SearchRanking::normalizedQuery(query);
-    if (normalized.isEmpty())
-        return SearchRanking::rankedByRecency(candidates, recency);
-
-    thread_local SearchRanking::LowercaseCache cache(SearchRanking::cacheCapacity);
-    const Text::Needle needle(normalized);
-    const auto matchScore = [&](const SkillItem &skill) {
-        const QString title = cache.lowercased(skill.title);
-        const bool inTitle = needle.isContainedIn(title);
-        qint64 score = 0;
-        if (inTitle && needle.isPrefixOf(title))
-            score += titleBeginsPoints;
-        if (inTitle)
-            score += titleContainsPoints;
-        if (skill.sourceFilename && needle.isContainedIn(cache.lowercased(*skill.sourceFilename)))
-            score += filenameContainsPoints;
-        if (needle.isContainedIn(cache.lowercased(skill.text)))
-            score += textContainsPoints;
-        return score;
+    const auto scoring = [](const SearchRanking::Search &search) {
+        return [&search](const SkillItem &skill) {
+            qint64 score = search.pointsOfTitle(skill.title);
+            if (skill.sourceFilename && search.isIn(*skill.sourceFilename))
+                score += filenameContainsPoints;
+            if (search.isIn(skill.text))
+                score += textContainsPoints;
+            return score;
+        };
     };
-    const QList<SkillItem> ranked = SearchRanking::rankedByScore(candidates, recency, matchScore);
-    cache.endRanking();
-    return ranked;
+    return SearchRanking::ranked(query, candidates, recentIDs, scoring);
 }
 
 } // namespace SkillSearchRanker

@@ -3,9 +3,11 @@
 
 #include <QCoroFuture>
 #include <QCoroTask>
-#include <QtConcurrentRun>
+#include <QPromise>
+#include <QThreadPool>
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <type_traits>
 
@@ -20,14 +22,19 @@ QCoro::Task<std::invoke_result_t<Work>> onWorker(Work work)
         std::optional<std::invoke_result_t<Work>> value = {};
         std::exception_ptr failure = {};
     };
-    const auto guarded = [work = std::move(work)]() -> End {
+    const auto promise = std::make_shared<QPromise<End>>();
+    QFuture<End> future = promise->future();
+    promise->start();
+    QThreadPool::globalInstance()->start([promise, work = std::move(work)] {
+        End end;
         try {
-            return {.value = work()};
+            end.value = work();
         } catch (...) {
-            return {.failure = std::current_exception()};
+            end.failure = std::current_exception();
         }
-    };
-    QFuture<End> future = QtConcurrent::run(guarded);
+        promise->addResult(std::move(end));
+        promise->finish();
+    });
     End end = co_await future;
     if (end.failure)
         std::rethrow_exception(end.failure);

@@ -25,13 +25,13 @@ AppBench::AppBench()
 
 AppBench::~AppBench() = default;
 
-void AppBench::storeSession()
+void AppBench::storeSession(const QString &userID, const QString &firebaseIDToken)
 {
-    const StoredAuthSession session{.uid = QStringLiteral("user"),
+    const StoredAuthSession session{.uid = userID,
                                     .email = email,
                                     .displayName = displayName,
                                     .photoURLString = {},
-                                    .firebaseIDToken = QStringLiteral("token"),
+                                    .firebaseIDToken = firebaseIDToken,
                                     .refreshToken = QStringLiteral("refresh"),
                                     .expiresAt = time.addDays(1)};
     defaults.setData(AuthService::storageKey, session.toJson());
@@ -41,7 +41,7 @@ AppState &AppBench::start()
 {
     appState.reset(); // there is one at a time
     appState = std::make_unique<AppState>(AppEnvironment{.configuration = configuration,
-                                                         .endpoints = CloudEndpoints::local(server.origin()),
+                                                         .endpoints = endpoints,
                                                          .defaults = defaults,
                                                          .http = http,
                                                          .accessibilityTree = tree,

@@ -27,7 +27,8 @@ public:
     AppBench &operator=(const AppBench &) = delete;
 
     /// Has a session stored, as after an earlier sign-in.
-    void storeSession();
+    void storeSession(const QString &userID = QStringLiteral("user"),
+                      const QString &firebaseIDToken = QStringLiteral("token"));
 
     /// Makes the state anew.
     AppState &start();
@@ -45,6 +46,7 @@ public:
     UserDefaults defaults{folder.filePath(QStringLiteral("defaults.plist"))};
     HttpClient http;
     LibraryServer server;
+    CloudEndpoints endpoints = CloudEndpoints::local(server.origin());
 
     InMemoryAccessibilityTree tree;
     InMemoryPasteboard pasteboard;

@@ -54,6 +54,11 @@ QJsonObject document(const SkillItem &skill)
     return document(skill, fields);
 }
 
+bool isCollection(const QByteArray &name)
+{
+    return name == "categories" || name == "prompts" || name == "skills";
+}
+
 template <typename Item>
 QByteArray listOf(const QList<Item> &items)
 {
@@ -105,7 +110,7 @@ FaultyServer::Reply LibraryServer::unscriptedReply(const Request &request)
 FaultyServer::Reply LibraryServer::write(const Request &request)
 {
     if (request.method == "POST")
-        return create(request);
+        return isCollection(request.lastPiece()) ? create(request) : Reply();
     documents.insert(request.path(), QJsonDocument::fromJson(request.body).object());
     return {.body = request.body};
 }

@@ -6,6 +6,8 @@
 
 #include <QRandomGenerator>
 
+#include "Support/Waiting.h"
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -259,6 +261,37 @@ TEST(SearchRanking, textsNobodyAsksForAreForgotten)
         cache.endRanking();
     }
     EXPECT_EQ(cache.entryCount(), 1);
+}
+
+TEST(SearchRanking, whatIsPreparedIsFoundInTheCache)
+{
+    SearchRanking::LowercaseCache cache(1000);
+    const QString text = u"Alpha %1"_s.arg(1);
+    cache.insert(text, u"prepared"_s);
+    EXPECT_EQ(cache.lowercased(text), u"prepared"_s);
+    cache.insert(text, u"later"_s);
+    EXPECT_EQ(cache.lowercased(text), u"prepared"_s);
+    EXPECT_EQ(cache.entryCount(), 1);
+}
+
+TEST(SearchRanking, preparingPutsTheTextsIntoTheCache)
+{
+    const QStringList texts{u"Prepared %1"_s.arg(1), u"Prepared %1"_s.arg(2), QString()};
+    const qsizetype before = SearchRanking::lowercaseCache().entryCount();
+    await(SearchRanking::prepare(texts, {}));
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), before + 2);
+    EXPECT_EQ(SearchRanking::lowercaseCache().lowercased(texts[1]), u"prepared 2"_s);
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), before + 2);
+}
+
+TEST(SearchRanking, aPreparationThatIsReplacedPutsNothingThere)
+{
+    const qsizetype before = SearchRanking::lowercaseCache().entryCount();
+    std::stop_source source;
+    QCoro::Task<> task = SearchRanking::prepare({u"Replaced %1"_s.arg(1)}, source.get_token());
+    source.request_stop();
+    await(std::move(task));
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), before);
 }
 
 TEST(SearchRanking, theCacheNeverChangesAResult)

@@ -208,7 +208,8 @@ TEST_F(LibraryCreationTest, everyFailureIsNamedAndLeavesTheShownLibraryAlone)
         }
     }
     EXPECT_EQ(requests("GET").size(), 3) << "a failed creation refreshes nothing";
-    EXPECT_EQ(requests("POST").size(), 3 * int(std::size(rows))) << "nothing is sent twice";
+    EXPECT_EQ(requests("POST").size() - server.count("token"), 3 * int(std::size(rows)))
+        << "nothing is sent twice";
 }
 
 TEST_F(LibraryCreationTest, aRefusedTokenIsNamedAndTheNextTryMayWork)

@@ -98,7 +98,7 @@ TEST_F(PromptOptimizationServiceTest, everyFailureIsNamed)
         reply(answer);
         EXPECT_EQ(problemOf(service->optimize(u"x"_s)), text);
     }
-    EXPECT_EQ(server.requests().size(), qsizetype(std::size(rows))) << "nothing is sent twice";
+    EXPECT_EQ(server.count("optimizePrompt"), qsizetype(std::size(rows))) << "nothing is sent twice";
 }
 
 TEST_F(PromptOptimizationServiceTest, withoutASessionNothingIsSent)
@@ -118,6 +118,17 @@ TEST_F(PromptOptimizationServiceTest, aProjectThatMakesNoAddressIsNamed)
                   u"Brevix couldn't build the AI optimization request."_s);
     }
     EXPECT_TRUE(server.requests().isEmpty());
+}
+
+TEST_F(PromptOptimizationServiceTest, aRefusedTokenIsRefreshedForTheNextCall)
+{
+    reply({.body = R"({"result": {"text": "a"}})"});
+    server.replyOnce("optimizePrompt", {.status = 401, .body = R"({"error": {"message": "Expired."}})"});
+    server.reply("token", {.body = R"({"user_id": "u1", "id_token": "fresh", "refresh_token": "r2",
+                                       "expires_in": "3600"})"});
+    EXPECT_EQ(problemOf(service->optimize(u"x"_s)), u"Expired."_s);
+    EXPECT_EQ(optimize(u"x"_s), u"a"_s);
+    EXPECT_TRUE(server.requests().last().head.contains("\r\nAuthorization: Bearer fresh\r\n"));
 }
 
 TEST_F(PromptOptimizationServiceTest, callsAreIndependent)
