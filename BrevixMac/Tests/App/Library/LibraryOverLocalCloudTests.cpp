@@ -57,7 +57,11 @@ TEST_F(LibraryOverLocalCloudTest, aRefreshOfAnUnchangedLibraryAnnouncesNoList)
     int changes = 0;
     QObject::connect(&store(), &LibraryStore::promptsChanged, &store(), [&] { ++changes; });
     time = time.addSecs(45);
-    store().findChild<QTimer *>()->setInterval(1);
+    QTimer *const timer = store().findChild<QTimer *>();
+    QObject::connect(
+        timer, &QTimer::timeout, timer, [timer] { timer->setInterval(LibraryStore::refreshInterval); },
+        Qt::SingleShotConnection);
+    timer->setInterval(1);
     EXPECT_TRUE(waitUntil([this] { return store().syncState() == SyncState::synced(time); }));
     EXPECT_EQ(changes, 0);
 }
