@@ -40,5 +40,5 @@ TEST(Worker, aTaskNobodyWaitsForEndsByItself)
     {
         const QCoro::Task<int> abandoned = onWorker([counter] { return ++*counter; });
     }
-    EXPECT_TRUE(waitUntil([counter] { return *counter == 1 && counter.use_count() == 1; }));
+    EXPECT_TRUE(waitUntil([&counter] { return *counter == 1 && counter.use_count() == 1; }));
 }
