@@ -126,7 +126,7 @@ TEST_F(SettingsTest, openingAtLoginIsRegisteredAndStored)
     open();
     QTest::mouseClick(&view().loginSwitch(), Qt::LeftButton);
     EXPECT_TRUE(stage.desk.loginItem.enabled);
-    EXPECT_TRUE(PreferenceStore(*stage.desk.defaults).launchAtLoginEnabled());
+    EXPECT_TRUE(PreferenceStore(stage.desk.defaults).launchAtLoginEnabled());
     view().loginSwitch().setFocus();
     QTest::keyClick(&view().loginSwitch(), Qt::Key_Space);
     EXPECT_FALSE(stage.desk.loginItem.enabled);
@@ -162,7 +162,7 @@ TEST_F(SettingsTest, theIconSwitchOnlyStoresThePreference)
     open();
     EXPECT_TRUE(view().iconSwitch().isChecked());
     QTest::mouseClick(&view().iconSwitch(), Qt::LeftButton);
-    EXPECT_FALSE(PreferenceStore(*stage.desk.defaults).showMenuBarIcon());
+    EXPECT_FALSE(PreferenceStore(stage.desk.defaults).showMenuBarIcon());
     EXPECT_TRUE(stage.desk.statusItem.isShown());
 }
 
@@ -205,7 +205,7 @@ TEST_F(SettingsTest, choosingAMethodStoresItByClickAndByArrowKeys)
     open();
     EXPECT_TRUE(view().methodRow(InsertionMethod::hybrid).isChecked());
     QTest::mouseClick(&view().methodRow(InsertionMethod::copiedOnly), Qt::LeftButton);
-    EXPECT_EQ(PreferenceStore(*stage.desk.defaults).preferredInsertionMethod(), InsertionMethod::copiedOnly);
+    EXPECT_EQ(PreferenceStore(stage.desk.defaults).preferredInsertionMethod(), InsertionMethod::copiedOnly);
 
     view().methodRow(InsertionMethod::copiedOnly).setFocus();
     stage.key(Qt::Key_Up);
@@ -308,7 +308,7 @@ TEST_F(SettingsTest, diagnosticsHoldNothingSecret)
 {
     open();
     const auto session = StoredAuthSession::fromJson(
-        stage.desk.defaults->data(AuthService::storageKey).value_or(QByteArray()));
+        stage.desk.defaults.data(AuthService::storageKey).value_or(QByteArray()));
     ASSERT_TRUE(session && !session->firebaseIDToken.isEmpty() && !session->refreshToken.isEmpty());
     const QString text = Diagnostics::text(state());
     for (const QString &secret :
