@@ -307,8 +307,8 @@ TEST_F(SettingsTest, diagnosticsNameTheTargetAndTheLastInsertion)
 TEST_F(SettingsTest, diagnosticsHoldNothingSecret)
 {
     open();
-    const auto session = StoredAuthSession::fromJson(
-        stage.desk.defaults.data(AuthService::storageKey).value_or(QByteArray()));
+    const auto session =
+        StoredAuthSession::fromJson(stage.desk.defaults.data(AuthService::storageKey).value_or(QByteArray()));
     ASSERT_TRUE(session && !session->firebaseIDToken.isEmpty() && !session->refreshToken.isEmpty());
     const QString text = Diagnostics::text(state());
     for (const QString &secret :
