@@ -4,13 +4,13 @@
 #include "CategoryField.h"
 #include "EditorStage.h"
 #include "EditorTextView.h"
+#include "GalleryPicture.h"
 #include "NewCategoryForm.h"
 #include "SkillEditorModel.h"
 #include "SkillEditorView.h"
-#include "ThemePainting.h"
+#include "Theme.h"
 
 #include <QDir>
-#include <QPainter>
 
 #include <functional>
 
@@ -35,27 +35,7 @@ struct Camera
 
     void shoot(QWidget &widget, const QString &name, bool isPanel) const
     {
-        const Theme &theme = Theme::shared();
-        const bool isDark = theme.scheme() == Theme::Scheme::dark;
-        for (const int ratio : {1, 2}) {
-            QImage image(widget.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(ratio);
-            image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
-            QPainter painter(&image);
-            const QRect place(QPoint(40, 40), widget.size());
-            if (isPanel) {
-                ThemePainting::fillRounded(painter, place, Theme::panelRadius,
-                                           theme.color(Theme::Color::surface));
-                ThemePainting::strokeRounded(painter, place, Theme::panelRadius,
-                                             theme.color(Theme::Color::line));
-            }
-            widget.render(&painter, QPoint(40, 40), {},
-                          isPanel ? QWidget::DrawChildren
-                                  : QWidget::DrawWindowBackground | QWidget::DrawChildren);
-            painter.end();
-            const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
-            image.save(folder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
-        }
+        savePicture(widget, folder, name, isPanel ? PictureGround::panel : PictureGround::window);
     }
 };
 

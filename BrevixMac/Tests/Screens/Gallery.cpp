@@ -5,6 +5,7 @@
 #include "AppWindows.h"
 #include "EditorGallery.h"
 #include "FloatingPanelController.h"
+#include "GalleryPicture.h"
 #include "LibraryPage.h"
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
@@ -29,7 +30,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QPainter>
 #include <QTest>
 
 #include <cstdio>
@@ -38,21 +38,6 @@ namespace {
 
 QDir outputFolder;
 QString wantedWord;
-
-void saveWindow(QWidget &window, const QString &name)
-{
-    for (const int ratio : {1, 2}) {
-        QImage image(window.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
-        image.setDevicePixelRatio(ratio);
-        const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
-        image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
-        QPainter painter(&image);
-        window.render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
-        painter.end();
-        const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
-        image.save(outputFolder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
-    }
-}
 
 /// A picker on screen over a desk of its own.
 struct Stage
@@ -86,7 +71,7 @@ struct Stage
         QTest::qWait(30);
     }
 
-    void save(const QString &name) { saveWindow(panel(), name); }
+    void save(const QString &name) { savePicture(panel(), outputFolder, name); }
 };
 
 using Arrange = std::function<void(Stage &)>;
@@ -234,7 +219,7 @@ void palettePicture(const QString &name, const Arrange &before,
     stage.settle();
     after(panel.view());
     stage.settle();
-    saveWindow(panel, name);
+    savePicture(panel, outputFolder, name);
 }
 
 void share(Stage &stage, ThemedButton &button)

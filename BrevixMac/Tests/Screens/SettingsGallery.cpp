@@ -3,6 +3,7 @@
 
 #include "ContentScrollArea.h"
 #include "DiagnosticsRows.h"
+#include "GalleryPicture.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PickerStage.h"
@@ -14,27 +15,11 @@
 #include "ThemedButton.h"
 #include "ThemedSwitch.h"
 
-#include <QPainter>
 #include <QScrollBar>
 
 namespace {
 
 using Arrange = std::function<void(PickerStage &)>;
-
-void save(const QDir &folder, QWidget &widget, const QString &name)
-{
-    const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
-    for (const int ratio : {1, 2}) {
-        QImage image(widget.size() * ratio + QSize(80, 80) * ratio, QImage::Format_ARGB32_Premultiplied);
-        image.setDevicePixelRatio(ratio);
-        image.fill(isDark ? QColor(0x10, 0x10, 0x18) : QColor(0xd5, 0xd8, 0xe4));
-        QPainter painter(&image);
-        widget.render(&painter, QPoint(40, 40), {}, QWidget::DrawChildren);
-        painter.end();
-        const QString scheme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
-        image.save(folder.filePath(QStringLiteral("%1-%2-%3x.png").arg(name, scheme).arg(ratio)));
-    }
-}
 
 SettingsView &settings(PickerStage &stage)
 {
@@ -63,7 +48,7 @@ void picture(const QDir &folder, const QString &name, const Arrange &before, con
     QTest::qWait(30);
     scroll(settings(stage), scrolled);
     QTest::qWait(30);
-    save(folder, stage.panel(), name);
+    savePicture(stage.panel(), folder, name);
 }
 
 void nothing(PickerStage &)
@@ -80,7 +65,7 @@ void windowPicture(const QDir &folder, const QString &name)
     controller.show();
     QTest::qWait(50);
     QWidget &window = controller.window();
-    save(folder, window, name);
+    savePicture(window, folder, name);
 }
 
 } // namespace
