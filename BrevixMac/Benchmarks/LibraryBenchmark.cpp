@@ -69,6 +69,8 @@ QJsonObject document(int index)
 void fill(const QString &databasePath, const QString &user)
 {
     Cloud::Database database(databasePath);
+    if (!database.open())
+        qFatal("no database: %s", qPrintable(database.errorString()));
     Cloud::Transaction transaction(database);
     Cloud::Documents documents(database);
     for (const char *collection : {"categories", "prompts", "skills"}) {
