@@ -55,6 +55,13 @@ void LowercaseCache::insert(const QString &text, const QString &lowercased)
     ++m_usedNow;
 }
 
+void LowercaseCache::clear()
+{
+    m_entries.clear();
+    m_size = 0;
+    m_usedNow = 0;
+}
+
 void LowercaseCache::endRanking()
 {
     if (m_entries.size() > 2 * m_usedNow + alwaysKept) {
@@ -90,6 +97,8 @@ QCoro::Task<> prepare(QStringList texts, std::stop_token token)
     const QStringList lowercased = co_await onWorker(lowercaseAll);
     if (token.stop_requested())
         co_return;
+    // A library that changes while nobody searches must not pile up here.
+    lowercaseCache().clear();
     for (qsizetype index = 0; index < texts.size(); ++index)
         lowercaseCache().insert(texts[index], lowercased[index]);
 }

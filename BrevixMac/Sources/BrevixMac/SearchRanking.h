@@ -37,6 +37,9 @@ public:
     /// Takes @p lowercased for the lower-cased @p text, as if that had been asked for.
     void insert(const QString &text, const QString &lowercased);
 
+    /// Forgets everything.
+    void clear();
+
     /// To be called after each ranking: forgets texts that several rankings have not asked for, once they are
     /// most of what is held.
     void endRanking();
@@ -61,8 +64,8 @@ private:
 /// The cache of all rankings on this thread.
 LowercaseCache &lowercaseCache();
 
-/// Lower-cases @p texts on a worker, so that the next ranking on this thread finds it done. A ranking that
-/// comes first does it itself.
+/// Lower-cases @p texts on a worker, so that the next ranking on this thread finds it done, and forgets what
+/// is kept of others. A ranking that comes first does it itself.
 QCoro::Task<> prepare(QStringList texts, std::stop_token token);
 
 /// What is looked for, and where.

@@ -277,11 +277,19 @@ TEST(SearchRanking, whatIsPreparedIsFoundInTheCache)
 TEST(SearchRanking, preparingPutsTheTextsIntoTheCache)
 {
     const QStringList texts{u"Prepared %1"_s.arg(1), u"Prepared %1"_s.arg(2), QString()};
-    const qsizetype before = SearchRanking::lowercaseCache().entryCount();
     await(SearchRanking::prepare(texts, {}));
-    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), before + 2);
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), 2);
     EXPECT_EQ(SearchRanking::lowercaseCache().lowercased(texts[1]), u"prepared 2"_s);
-    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), before + 2);
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), 2);
+}
+
+TEST(SearchRanking, preparingALibraryForgetsTheOneBefore)
+{
+    for (int library = 0; library < 100; ++library)
+        await(SearchRanking::prepare({u"Library %1"_s.arg(library)}, {}));
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), 1);
+    await(SearchRanking::prepare({}, {}));
+    EXPECT_EQ(SearchRanking::lowercaseCache().entryCount(), 0);
 }
 
 TEST(SearchRanking, aPreparationThatIsReplacedPutsNothingThere)
