@@ -6,8 +6,8 @@
 #include "PageHeader.h"
 #include "PickerList.h"
 #include "PromptTemplateParser.h"
+#include "ResultActions.h"
 #include "ResultLine.h"
-#include "SearchListKeys.h"
 #include "ShareRequests.h"
 #include "SidebarList.h"
 #include "TextField.h"
@@ -87,6 +87,7 @@ LibraryPage::LibraryPage(AppState &appState, ShareRequests &sharing, QWidget *pa
                                .confirm = QStringLiteral("Copy"),
                                .placeholder = VariableFields::Placeholder::value}))
     , m_stack(new QStackedWidget(this))
+    , m_actions(new ResultActions({appState, sharing, *m_search, *m_list, *m_result}, this))
 {
     makeControls();
     auto *layout = new QVBoxLayout(this);
@@ -186,14 +187,7 @@ void LibraryPage::observe()
         refreshActions();
     });
 
-    const auto *keys = new SearchListKeys(*m_search, *m_list, this);
-    const PickerRowActions &actions = m_list->actions();
-    connect(keys, &SearchListKeys::insertRequested, this, &LibraryPage::insertSelected);
-    connect(keys, &SearchListKeys::copyRequested, this, &LibraryPage::copySelected);
-    connect(m_list, &PickerList::insertRequested, this, &LibraryPage::insertSelected);
-    connect(&actions, &PickerRowActions::insertRequested, this, &LibraryPage::insertSelected);
-    connect(&actions, &PickerRowActions::copyRequested, this, &LibraryPage::copySelected);
-    connect(&actions, &PickerRowActions::shareRequested, this, &LibraryPage::shareSelected);
+    m_actions->setFillBeforeCopy([this](const PromptItem &prompt) { beginFill(prompt); });
 
     connect(m_form, &VariableForm::valueEdited, this, [this](const QString &name, const QString &value) {
         m_fillValues.insert(name, value);
@@ -202,21 +196,14 @@ void LibraryPage::observe()
     connect(m_form, &VariableForm::confirmed, this, &LibraryPage::finishFill);
     connect(m_form, &VariableForm::cancelled, this, &LibraryPage::closeForm);
 
-    const auto whenVisible = [this](void (LibraryPage::*refresh)()) {
-        return [this, refresh] {
-            if (isVisible())
-                (this->*refresh)();
-        };
-    };
-    PermissionsService &permissions = m_appState.permissions();
-    connect(&m_appState, &AppState::libraryChanged, this, whenVisible(&LibraryPage::refresh));
-    connect(&m_appState, &AppState::focusedTargetChanged, this, whenVisible(&LibraryPage::refreshActions));
-    connect(&m_appState, &AppState::isInsertingChanged, this, whenVisible(&LibraryPage::refreshActions));
-    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this,
-            whenVisible(&LibraryPage::refreshActions));
-    connect(&permissions, &PermissionsService::postEventGrantedChanged, this,
-            whenVisible(&LibraryPage::refreshActions));
-    connect(&m_sharing, &ShareRequests::changed, this, whenVisible(&LibraryPage::refreshActions));
+    connect(&m_appState, &AppState::libraryChanged, this, [this] {
+        if (isVisible())
+            refresh();
+    });
+    connect(m_actions, &ResultActions::circumstancesChanged, this, [this] {
+        if (isVisible())
+            refreshActions();
+    });
     connect(&Theme::shared(), &Theme::changed, this, &LibraryPage::onThemeChanged);
 }
 
@@ -337,49 +324,8 @@ void LibraryPage::fitHeadline()
 
 void LibraryPage::refreshActions()
 {
-    const PickerResult *selected = m_list->selectedResult();
-    m_list->describeActions({.target = m_appState.targetStatus(),
-                             .isInserting = m_appState.isInserting(),
-                             .isSharing = selected && m_sharing.isSharing(selected->id())});
+    m_actions->describe();
     m_sidebar->refreshSharing([this](const QString &id) { return m_sharing.isSharing(id); });
-}
-
-void LibraryPage::insertSelected()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    if (!selected || m_appState.isInserting())
-        return;
-    const PickerTargetStatus status = m_appState.targetStatus();
-    if (!status.ready) {
-        m_result->showHint(status.title, QStringLiteral("Press Ctrl+Return to copy instead."));
-        return;
-    }
-    // A copy: acting may replace the list the pointer looks into.
-    const PickerResult result = *selected;
-    if (result.prompt())
-        m_appState.beginAction(*result.prompt(), PendingVariableAction::insert);
-    else
-        m_appState.use(*result.skill());
-}
-
-void LibraryPage::copySelected()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    if (!selected)
-        return;
-    const PickerResult result = *selected;
-    if (result.skill())
-        m_appState.performSkillCopy(*result.skill());
-    else if (PromptTemplateParser::variables(result.prompt()->text).isEmpty())
-        m_appState.performCopy(PromptTemplateParser::render(*result.prompt(), {}));
-    else
-        beginFill(*result.prompt());
-}
-
-void LibraryPage::shareSelected()
-{
-    if (const PickerResult *selected = m_list->selectedResult())
-        m_sharing.share(PickerResult(*selected));
 }
 
 void LibraryPage::shareCategory(const QString &id)

@@ -11,6 +11,7 @@ class PageHeader;
 class PickerList;
 class QBoxLayout;
 class QStackedWidget;
+class ResultActions;
 class ResultLine;
 class ShareRequests;
 class SidebarList;
@@ -79,9 +80,6 @@ private:
     void refreshList();
     void refreshHeadline(qsizetype count);
     void refreshActions();
-    void insertSelected();
-    void copySelected();
-    void shareSelected();
     void shareCategory(const QString &id);
     void beginFill(const PromptItem &prompt);
     void finishFill();
@@ -107,4 +105,5 @@ private:
     ResultLine *m_result;
     VariableForm *m_form;
     QStackedWidget *m_stack;
+    ResultActions *m_actions;
 };

@@ -11,9 +11,8 @@
 #include "PickerList.h"
 #include "PickerNotices.h"
 #include "PickerRowActions.h"
+#include "ResultActions.h"
 #include "ResultLine.h"
-#include "SearchListKeys.h"
-#include "ShareRequests.h"
 #include "StatusCard.h"
 #include "TextField.h"
 #include "ThemedButton.h"
@@ -32,7 +31,6 @@ constexpr int searchHeight = 44;
 PickerSearchPage::PickerSearchPage(AppState &appState, ShareRequests &sharing, QWidget *parent)
     : QWidget(parent)
     , m_appState(appState)
-    , m_sharing(sharing)
     , m_header(new PickerHeader(appState, this))
     , m_notices(new PickerNotices(appState, this))
     , m_search(new TextField(this))
@@ -41,6 +39,7 @@ PickerSearchPage::PickerSearchPage(AppState &appState, ShareRequests &sharing, Q
     , m_form(new CompactVariableForm(appState, this))
     , m_stack(new QStackedWidget(this))
     , m_result(new ResultLine(appState, this))
+    , m_actions(new ResultActions({appState, sharing, *m_search, *m_list, *m_result}, this))
     , m_footer(new PickerFooter(appState, this))
     , m_plusMenu(new InPanelMenu(this))
 {
@@ -136,14 +135,7 @@ void PickerSearchPage::observe()
     observeControls();
     connect(m_search, &QLineEdit::textEdited, &m_appState, &AppState::setQuery);
     connect(m_list, &PickerList::selectedResultChanged, this, &PickerSearchPage::publishSelection);
-    const auto *keys = new SearchListKeys(*m_search, *m_list, this);
-    connect(keys, &SearchListKeys::insertRequested, this, &PickerSearchPage::insertSelected);
-    connect(keys, &SearchListKeys::copyRequested, this, &PickerSearchPage::copySelected);
-    connect(m_list, &PickerList::insertRequested, this, &PickerSearchPage::insertSelected);
-    connect(&m_list->actions(), &PickerRowActions::insertRequested, this, &PickerSearchPage::insertSelected);
-    connect(&m_list->actions(), &PickerRowActions::copyRequested, this, &PickerSearchPage::copySelected);
-    connect(&m_list->actions(), &PickerRowActions::shareRequested, this, &PickerSearchPage::shareSelected);
-    connect(&m_sharing, &ShareRequests::changed, this, &PickerSearchPage::refreshActions);
+    connect(m_actions, &ResultActions::circumstancesChanged, m_actions, &ResultActions::describe);
 
     connect(&m_appState, &AppState::queryChanged, this, [this] {
         // While another screen is shown, the query and the selection are that screen's.
@@ -158,15 +150,8 @@ void PickerSearchPage::observe()
             refreshList();
     });
     connect(&m_appState, &AppState::selectionChanged, this, &PickerSearchPage::onSelectionChanged);
-    connect(&m_appState, &AppState::focusedTargetChanged, this, &PickerSearchPage::refreshActions);
-    connect(&m_appState, &AppState::isInsertingChanged, this, &PickerSearchPage::refreshActions);
     connect(&m_appState.preferences(), &PreferenceStore::preferredShortcutChanged, this,
             &PickerSearchPage::showListOrEmptyState);
-    PermissionsService &permissions = m_appState.permissions();
-    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this,
-            &PickerSearchPage::refreshActions);
-    connect(&permissions, &PermissionsService::postEventGrantedChanged, this,
-            &PickerSearchPage::refreshActions);
 }
 
 void PickerSearchPage::adoptQuery()
@@ -235,15 +220,7 @@ void PickerSearchPage::publishSelection()
                                                         : std::nullopt);
     }
     m_result->clearHint();
-    refreshActions();
-}
-
-void PickerSearchPage::refreshActions()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    m_list->describeActions({.target = m_appState.targetStatus(),
-                             .isInserting = m_appState.isInserting(),
-                             .isSharing = selected && m_sharing.isSharing(selected->id())});
+    m_actions->describe();
 }
 
 void PickerSearchPage::showListOrEmptyState()
@@ -286,40 +263,4 @@ bool PickerSearchPage::isFormShown() const
 void PickerSearchPage::focusSearch()
 {
     m_search->setFocus();
-}
-
-void PickerSearchPage::insertSelected()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    if (!selected || m_appState.isInserting())
-        return;
-    const PickerTargetStatus status = m_appState.targetStatus();
-    if (!status.ready) {
-        m_result->showHint(status.title, QStringLiteral("Press Ctrl+Return to copy instead."));
-        return;
-    }
-    // A copy: acting may replace the list the pointer looks into.
-    const PickerResult result = *selected;
-    if (result.prompt())
-        m_appState.beginAction(*result.prompt(), PendingVariableAction::insert);
-    else
-        m_appState.use(*result.skill());
-}
-
-void PickerSearchPage::copySelected()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    if (!selected)
-        return;
-    const PickerResult result = *selected;
-    if (result.prompt())
-        m_appState.beginAction(*result.prompt(), PendingVariableAction::copy);
-    else
-        m_appState.performSkillCopy(*result.skill());
-}
-
-void PickerSearchPage::shareSelected()
-{
-    if (const PickerResult *selected = m_list->selectedResult())
-        m_sharing.share(PickerResult(*selected));
 }

@@ -12,6 +12,7 @@ class PickerHeader;
 class PickerList;
 class PickerNotices;
 class QStackedWidget;
+class ResultActions;
 class ResultLine;
 class ShareRequests;
 class TextField;
@@ -61,18 +62,13 @@ private:
     void addPlusMenu();
     void setTabOrders();
     void refreshList();
-    void refreshActions();
     void showListOrEmptyState();
     void adoptQuery();
     void onSelectionChanged();
     void adoptSelection();
     void publishSelection();
-    void insertSelected();
-    void copySelected();
-    void shareSelected();
 
     AppState &m_appState;
-    ShareRequests &m_sharing;
     PickerHeader *m_header;
     PickerNotices *m_notices;
     TextField *m_search;
@@ -81,6 +77,7 @@ private:
     CompactVariableForm *m_form;
     QStackedWidget *m_stack;
     ResultLine *m_result;
+    ResultActions *m_actions;
     PickerFooter *m_footer;
     InPanelMenu *m_plusMenu;
     ThemedButton *m_menuNewPrompt = nullptr;

@@ -6,11 +6,12 @@
 #include "ButtonBar.h"
 #include "EmptyState.h"
 #include "HintBubble.h"
+#include "PickerList.h"
 #include "PreviewText.h"
 #include "PromptPreview.h"
 #include "PromptRowView.h"
+#include "ResultActions.h"
 #include "ResultLine.h"
-#include "SearchListKeys.h"
 #include "ShareConfirmationBannerView.h"
 #include "ShareRequests.h"
 #include "SidebarList.h"
@@ -100,6 +101,7 @@ PromptPaletteView::PromptPaletteView(AppState &appState, QWidget *parent)
     , m_form(new VariableFillView(appState))
     , m_stack(new QStackedWidget)
     , m_result(new ResultLine(appState))
+    , m_actions(new ResultActions({appState, *m_sharing, *m_search, *m_list, *m_result}, this))
     , m_browse(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Browse Library")))
     , m_share(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Share")))
     , m_copy(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Copy")))
@@ -252,17 +254,9 @@ void PromptPaletteView::observe()
     connect(m_sidebar, &SidebarList::shareRequested, this, &PromptPaletteView::shareCategory);
     connect(m_list, &PickerList::selectedResultChanged, this, &PromptPaletteView::publishSelection);
 
-    const auto *keys = new SearchListKeys(*m_search, *m_list, this);
-    const PickerRowActions &actions = m_list->actions();
-    connect(keys, &SearchListKeys::insertRequested, this, &PromptPaletteView::insertSelected);
-    connect(keys, &SearchListKeys::copyRequested, this, &PromptPaletteView::copySelected);
-    connect(m_list, &PickerList::insertRequested, this, &PromptPaletteView::insertSelected);
-    connect(&actions, &PickerRowActions::insertRequested, this, &PromptPaletteView::insertSelected);
-    connect(&actions, &PickerRowActions::copyRequested, this, &PromptPaletteView::copySelected);
-    connect(&actions, &PickerRowActions::shareRequested, this, &PromptPaletteView::shareSelected);
-    connect(m_insert, &QPushButton::clicked, this, &PromptPaletteView::insertSelected);
-    connect(m_copy, &QPushButton::clicked, this, &PromptPaletteView::copySelected);
-    connect(m_share, &QPushButton::clicked, this, &PromptPaletteView::shareSelected);
+    connect(m_insert, &QPushButton::clicked, m_actions, &ResultActions::insert);
+    connect(m_copy, &QPushButton::clicked, m_actions, &ResultActions::copy);
+    connect(m_share, &QPushButton::clicked, m_actions, &ResultActions::share);
     connect(m_close, &QPushButton::clicked, this, &PromptPaletteView::closeRequested);
     connect(m_browse, &QPushButton::clicked, this, &PromptPaletteView::browseLibraryRequested);
     connect(&Theme::shared(), &Theme::changed, this, &PromptPaletteView::onThemeChanged);
@@ -276,22 +270,16 @@ void PromptPaletteView::observeState()
                 (this->*refresh)();
         };
     };
-    PermissionsService &permissions = m_appState.permissions();
     connect(&m_appState, &AppState::queryChanged, this, whenVisible(&PromptPaletteView::refreshForQuery));
     connect(&m_appState, &AppState::libraryChanged, this, whenVisible(&PromptPaletteView::refresh));
     connect(&m_appState, &AppState::selectionChanged, this,
             whenVisible(&PromptPaletteView::onSelectionChanged));
     connect(&m_appState, &AppState::focusedTargetChanged, this,
             whenVisible(&PromptPaletteView::refreshTarget));
-    connect(&m_appState, &AppState::isInsertingChanged, this,
-            whenVisible(&PromptPaletteView::refreshActions));
     connect(&m_appState, &AppState::activeVariablePromptChanged, this,
             whenVisible(&PromptPaletteView::showActiveForm));
-    connect(&permissions, &PermissionsService::accessibilityGrantedChanged, this,
+    connect(m_actions, &ResultActions::circumstancesChanged, this,
             whenVisible(&PromptPaletteView::refreshActions));
-    connect(&permissions, &PermissionsService::postEventGrantedChanged, this,
-            whenVisible(&PromptPaletteView::refreshActions));
-    connect(m_sharing, &ShareRequests::changed, this, whenVisible(&PromptPaletteView::refreshActions));
 }
 
 void PromptPaletteView::appear()
@@ -436,9 +424,9 @@ void PromptPaletteView::refreshActions()
     const PickerResult *selected = m_list->selectedResult();
     const PickerTargetStatus status = m_appState.targetStatus();
     const bool isInserting = m_appState.isInserting();
-    const bool isSharing = selected && m_sharing->isSharing(selected->id());
+    const bool isSharing = m_actions->isSharing();
     const bool canAct = selected && !m_appState.activeVariablePrompt();
-    m_list->describeActions({.target = status, .isInserting = isInserting, .isSharing = isSharing});
+    m_actions->describe();
     m_insert->setEnabled(canAct && status.ready && !isInserting);
     m_insert->setBusy(isInserting);
     m_insert->setToolTip(status.ready ? QString(u"Insert into " + status.appName) : status.title);
@@ -449,31 +437,6 @@ void PromptPaletteView::refreshActions()
     m_share->setBusy(isSharing);
     m_share->setEnabled(canAct && !isSharing);
     m_sidebar->refreshSharing([this](const QString &id) { return m_sharing->isSharing(id); });
-}
-
-void PromptPaletteView::insertSelected()
-{
-    const PickerResult *selected = m_list->selectedResult();
-    if (!selected || m_appState.isInserting())
-        return;
-    const PickerTargetStatus status = m_appState.targetStatus();
-    if (!status.ready) {
-        m_result->showHint(status.title, QStringLiteral("Press Ctrl+Return to copy instead."));
-        return;
-    }
-    m_appState.beginAction(PromptItem(*selected->prompt()), PendingVariableAction::insert);
-}
-
-void PromptPaletteView::copySelected()
-{
-    if (const PickerResult *selected = m_list->selectedResult())
-        m_appState.beginAction(PromptItem(*selected->prompt()), PendingVariableAction::copy);
-}
-
-void PromptPaletteView::shareSelected()
-{
-    if (const PickerResult *selected = m_list->selectedResult())
-        m_sharing->share(PickerResult(*selected));
 }
 
 void PromptPaletteView::shareCategory(const QString &id)

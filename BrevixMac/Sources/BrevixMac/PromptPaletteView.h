@@ -9,6 +9,7 @@ class HintBubble;
 class PickerList;
 class PromptPreview;
 class QStackedWidget;
+class ResultActions;
 class ResultLine;
 class ShareConfirmationBannerView;
 class ShareRequests;
@@ -84,9 +85,6 @@ private:
     void adoptSelection();
     void publishSelection();
     void showActiveForm();
-    void insertSelected();
-    void copySelected();
-    void shareSelected();
     void shareCategory(const QString &id);
 
     AppState &m_appState;
@@ -102,6 +100,7 @@ private:
     VariableFillView *m_form;
     QStackedWidget *m_stack;
     ResultLine *m_result;
+    ResultActions *m_actions;
     ThemedButton *m_browse;
     ThemedButton *m_share;
     ThemedButton *m_copy;

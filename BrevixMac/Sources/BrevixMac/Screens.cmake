@@ -48,6 +48,7 @@ add_library(BrevixMac STATIC
     PickerRowDelegate.cpp PickerRowDelegate.h
     PickerRowActions.cpp PickerRowActions.h
     EmptyState.cpp EmptyState.h
+    ResultActions.cpp ResultActions.h
     ResultLine.cpp ResultLine.h
     PickerFooter.cpp PickerFooter.h
     SearchListKeys.cpp SearchListKeys.h
