@@ -3,6 +3,27 @@
 
 #include "AppState.h"
 
+#include "Foundation/Text.h"
+
+namespace {
+
+/// Why texts of this size cannot be saved; nothing when they can.
+std::optional<QString> problemOfSize(const QString &title, const QString &text)
+{
+    // A UTF-16 unit takes one to three bytes of UTF-8; a huge text need not be converted to be refused.
+    qsizetype bytes = title.size() + text.size();
+    if (bytes <= EditorModel::maximumSavedBytes)
+        bytes = title.toUtf8().size() + text.toUtf8().size();
+    if (bytes <= EditorModel::maximumSavedBytes)
+        return std::nullopt;
+    const double megabytes = static_cast<double>(bytes) / (1024 * 1024);
+    return QStringLiteral("This text is too large to be saved: it has %1 MB, and the library holds 1 MB. "
+                          "Shorten it and save again.")
+        .arg(megabytes, 0, 'f', megabytes < 10 ? 2 : 0);
+}
+
+} // namespace
+
 EditorModel::EditorModel(AppState &appState, DraftStore::Form form, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
@@ -123,27 +144,35 @@ void EditorModel::setDraftNote(DraftNote note)
     Q_EMIT draftNoteChanged();
 }
 
-void EditorModel::finishSaving()
+std::optional<QString> EditorModel::beginSaving()
 {
-    setSaving(false);
+    if (m_isSaving)
+        return std::nullopt;
+    if (pullText)
+        pullText();
+    if (const auto problem = savingProblem()) {
+        showProblem(*problem);
+        return std::nullopt;
+    }
+    if (!canSave())
+        return std::nullopt;
+    const EditorDraft draft = content();
+    const QString title = Text::trimmed(draft.title);
+    if (const auto problem = problemOfSize(title, draft.text)) {
+        showProblem(*problem);
+        return std::nullopt;
+    }
+    setStatus({});
+    setSaving(true);
+    return title;
+}
+
+void EditorModel::forgetContent()
+{
     replaceContent({});
     m_session->finish();
     setStatus({});
     setDraftNote(DraftNote::none);
-}
-
-std::optional<QString> EditorModel::problemOfSize(const QString &title, const QString &text)
-{
-    // A UTF-16 unit takes one to three bytes of UTF-8; a huge text need not be converted to be refused.
-    qsizetype bytes = title.size() + text.size();
-    if (bytes <= maximumSavedBytes)
-        bytes = title.toUtf8().size() + text.toUtf8().size();
-    if (bytes <= maximumSavedBytes)
-        return std::nullopt;
-    const double megabytes = static_cast<double>(bytes) / (1024 * 1024);
-    return QStringLiteral("This text is too large to be saved: it has %1 MB, and the library holds 1 MB. "
-                          "Shorten it and save again.")
-        .arg(megabytes, 0, 'f', megabytes < 10 ? 2 : 0);
 }
 
 bool EditorModel::isEditable(const QString &text)

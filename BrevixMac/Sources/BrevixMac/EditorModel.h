@@ -3,6 +3,7 @@
 
 #include "DraftSession.h"
 #include "EditorStatusMessage.h"
+#include "Outcome.h"
 
 #include "Foundation/TaskScope.h"
 
@@ -92,15 +93,43 @@ protected:
     void noteEdit();
     void setStatus(const std::optional<EditorStatusMessage> &status);
     void showProblem(const QString &problem) { setStatus(EditorStatusMessage{problem, true}); }
-    void setSaving(bool isSaving);
-    /// The content is saved: forgets it and its draft.
-    void finishSaving();
-    /// Why texts of this size cannot be saved; nothing when they can.
-    static std::optional<QString> problemOfSize(const QString &title, const QString &text);
+
+    /// Why the content cannot be saved, where that is worth a message.
+    virtual std::optional<QString> savingProblem() const { return std::nullopt; }
+    /// Starts saving: the title to save the newest content under, or nothing when it cannot be saved now.
+    std::optional<QString> beginSaving();
+    /// Ends saving with the outcome of @p creation. A saved content and its draft are forgotten, then
+    /// @p announce and saved() are emitted by @p model.
+    template <typename Model, typename Item>
+    void endSaving(Model &model, QCoro::Task<Outcome<Item>> creation, void (Model::*announce)(const Item &))
+    {
+        detach(awaitCreation(model, std::move(creation), announce, m_contentTasks.token()),
+               "saving what an editor holds");
+    }
+
     /// Ends with the form's content: what works on it must not touch the next one.
     TaskScope &contentTasks() { return m_contentTasks; }
 
 private:
+    template <typename Model, typename Item>
+    QCoro::Task<> awaitCreation(Model &model, QCoro::Task<Outcome<Item>> creation,
+                                void (Model::*announce)(const Item &), std::stop_token token)
+    {
+        const Outcome<Item> outcome = co_await creation;
+        if (token.stop_requested())
+            co_return;
+        setSaving(false);
+        if (!outcome.value) {
+            showProblem(outcome.problem);
+            co_return;
+        }
+        forgetContent();
+        Q_EMIT(model.*announce)(*outcome.value);
+        Q_EMIT saved();
+    }
+
+    void setSaving(bool isSaving);
+    void forgetContent();
     void replaceContent(const EditorDraft &content);
     void setDraftNote(DraftNote note);
     void onAccountChanged();

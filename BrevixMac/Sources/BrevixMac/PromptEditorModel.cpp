@@ -288,43 +288,16 @@ bool PromptEditorModel::canSave() const
            !Text::isBlank(m_text);
 }
 
-void PromptEditorModel::save()
+std::optional<QString> PromptEditorModel::savingProblem() const
 {
-    if (isSaving())
-        return;
-    if (pullText)
-        pullText();
-    if (m_selectedCategoryID.isEmpty()) {
-        showProblem(m_categoryNeeded);
-        return;
-    }
-    if (!canSave())
-        return;
-    const QString title = Text::trimmed(m_title);
-    if (const auto problem = problemOfSize(title, m_text)) {
-        showProblem(*problem);
-        return;
-    }
-    setStatus({});
-    setSaving(true);
-    detach(runSave(title, m_text, m_selectedCategoryID, contentTasks().token()), "saving a prompt");
+    return m_selectedCategoryID.isEmpty() ? std::optional(m_categoryNeeded) : std::nullopt;
 }
 
-QCoro::Task<> PromptEditorModel::runSave(QString title, QString text, QString categoryID,
-                                         std::stop_token token)
+void PromptEditorModel::save()
 {
-    const Outcome<PromptItem> outcome = co_await appState().createPrompt(title, text, categoryID);
-    if (token.stop_requested())
-        co_return;
-    if (!outcome.value) {
-        setSaving(false);
-        showProblem(outcome.problem);
-        co_return;
-    }
-    const PromptItem prompt = *outcome.value;
-    finishSaving();
-    Q_EMIT promptSaved(prompt);
-    Q_EMIT saved();
+    if (const auto title = beginSaving())
+        endSaving(*this, appState().createPrompt(*title, m_text, m_selectedCategoryID),
+                  &PromptEditorModel::promptSaved);
 }
 
 // Drafts

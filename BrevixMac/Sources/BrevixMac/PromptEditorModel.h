@@ -89,11 +89,11 @@ Q_SIGNALS:
     void promptSaved(const PromptItem &prompt);
 
 protected:
+    std::optional<QString> savingProblem() const override;
     EditorDraft content() const override;
     void setContent(const EditorDraft &content) override;
 
 private:
-    QCoro::Task<> runSave(QString title, QString text, QString categoryID, std::stop_token token);
     QCoro::Task<> runCreateCategory(QString name, QString color, std::stop_token token);
     QCoro::Task<> runOptimize(QString text, std::stop_token token);
     void onLibraryChanged();

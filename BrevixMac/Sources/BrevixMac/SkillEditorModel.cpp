@@ -110,38 +110,11 @@ bool SkillEditorModel::canSave() const
 
 void SkillEditorModel::save()
 {
-    if (isSaving())
+    const auto title = beginSaving();
+    if (!title)
         return;
-    if (pullText)
-        pullText();
-    if (!canSave())
-        return;
-    const QString title = Text::trimmed(m_title);
-    if (const auto problem = problemOfSize(title, m_text)) {
-        showProblem(*problem);
-        return;
-    }
     m_reader.stop();
-    setStatus({});
-    setSaving(true);
-    detach(runSave(title, m_text, m_sourceFilename, contentTasks().token()), "saving a skill");
-}
-
-QCoro::Task<> SkillEditorModel::runSave(QString title, QString text, std::optional<QString> sourceFilename,
-                                        std::stop_token token)
-{
-    const Outcome<SkillItem> outcome = co_await appState().createSkill(title, text, sourceFilename);
-    if (token.stop_requested())
-        co_return;
-    if (!outcome.value) {
-        setSaving(false);
-        showProblem(outcome.problem);
-        co_return;
-    }
-    const SkillItem skill = *outcome.value;
-    finishSaving();
-    Q_EMIT skillSaved(skill);
-    Q_EMIT saved();
+    endSaving(*this, appState().createSkill(*title, m_text, m_sourceFilename), &SkillEditorModel::skillSaved);
 }
 
 // Drafts

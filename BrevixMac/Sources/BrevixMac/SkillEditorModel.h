@@ -52,8 +52,6 @@ protected:
 private:
     void onFileRead(const SkillFile &file);
     void replaceText(const QString &text);
-    QCoro::Task<> runSave(QString title, QString text, std::optional<QString> sourceFilename,
-                          std::stop_token token);
 
     QString m_title;
     QString m_text;
