@@ -171,13 +171,11 @@ QCoro::Task<StoredAuthSession> AuthService::refreshFirebaseSession(StoredAuthSes
     const std::optional<QUrl> url = m_endpoints.secureToken(m_configuration.firebase.apiKey);
     if (!url)
         throw AuthError(AuthError::Kind::invalidRefreshURL);
-    HttpRequest request;
-    request.method = "POST";
-    request.url = *url;
-    request.headers = {{"Content-Type", "application/x-www-form-urlencoded"}};
-    request.body = GoogleAuthorization::formEncodedQuery(
-        {{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
-         {QStringLiteral("refresh_token"), previous.refreshToken}});
+    const HttpRequest request =
+        HttpRequest::post(*url, "application/x-www-form-urlencoded",
+                          GoogleAuthorization::formEncodedQuery(
+                              {{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
+                               {QStringLiteral("refresh_token"), previous.refreshToken}}));
     const QJsonObject answer = co_await performRequest(request, token);
     if (token.stop_requested())
         throw CancelledError();

@@ -189,11 +189,9 @@ AuthService::exchangeAuthorizationCodeForGoogleTokens(QString authorizationCode,
     const std::optional<QUrl> url = m_endpoints.tokenExchange();
     if (!url)
         throw AuthError(AuthError::Kind::invalidTokenExchangeURL);
-    HttpRequest request;
-    request.method = "POST";
-    request.url = *url;
-    request.headers = {{"Content-Type", "application/x-www-form-urlencoded"}};
-    request.body = attempt.tokenExchangeBody(authorizationCode, m_configuration.firebase.clientID);
+    const HttpRequest request =
+        HttpRequest::post(*url, "application/x-www-form-urlencoded",
+                          attempt.tokenExchangeBody(authorizationCode, m_configuration.firebase.clientID));
     const QJsonObject answer = co_await performRequest(request, token);
     co_return GoogleTokenResponse::fromJson(answer);
 }
@@ -204,11 +202,7 @@ QCoro::Task<StoredAuthSession> AuthService::exchangeGoogleTokenForFirebaseSessio
     const std::optional<QUrl> url = m_endpoints.signInWithIdp(m_configuration.firebase.apiKey);
     if (!url)
         throw AuthError(AuthError::Kind::invalidFirebaseExchangeURL);
-    HttpRequest request;
-    request.method = "POST";
-    request.url = *url;
-    request.headers = {{"Content-Type", "application/json"}};
-    request.body = signInWithIdpBody(googleIDToken);
+    const HttpRequest request = HttpRequest::post(*url, "application/json", signInWithIdpBody(googleIDToken));
     const QJsonObject answer = co_await performRequest(request, token);
     if (token.stop_requested())
         throw CancelledError();

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int padding = 5;
 constexpr int shadow = 12; // room around the drawn menu
-constexpr int shadowDrop = 3;
 constexpr qreal shadowStrength = 0.016;
 constexpr int edgeGap = 8;
 
@@ -109,12 +108,7 @@ void InPanelMenu::paintEvent(QPaintEvent *)
     const int radius = theme.scaled(Theme::fieldRadius);
     QPainter painter(this);
     const QRectF frame = QRectF(rect()).adjusted(shadow, shadow, -shadow, -shadow);
-    QColor shade(Qt::black);
-    shade.setAlphaF(shadowStrength);
-    for (int spread = shadow - shadowDrop; spread > 0; --spread)
-        ThemePainting::fillRounded(painter,
-                                   frame.adjusted(-spread, -spread, spread, spread).translated(0, shadowDrop),
-                                   radius + spread, shade);
+    ThemePainting::shadow(painter, frame, radius, shadow, shadowStrength);
     ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::raised));
     ThemePainting::strokeRounded(painter, frame, radius, theme.color(Theme::Color::line));
 }

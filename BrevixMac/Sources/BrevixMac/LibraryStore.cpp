@@ -2,7 +2,6 @@
 #include "LibraryStore.h"
 
 #include "AuthService.h"
-#include "LibraryDocuments.h"
 
 #include "Foundation/Worker.h"
 

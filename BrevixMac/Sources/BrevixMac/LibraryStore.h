@@ -4,6 +4,7 @@
 #include "AppConfiguration.h"
 #include "AppStateInterfaces.h"
 #include "FirestoreClient.h"
+#include "LibraryDocuments.h"
 
 #include "Foundation/TaskScope.h"
 
@@ -64,7 +65,7 @@ private:
     /// Who writes, and until when that may go on.
     struct Writer
     {
-        QString userID;
+        LibraryDocuments::Author author;
         std::stop_token token;
     };
 
@@ -86,7 +87,7 @@ private:
     QCoro::Task<QJsonObject> create(Writer writer, QString collection, FirestoreClient::Fields fields);
     /// After the server has taken a record.
     void finishCreation(const std::stop_token &token);
-    QCoro::Task<QUrl> share(Writer writer, QString collection, QString shareID,
+    QCoro::Task<QUrl> share(Writer writer, QString collection, QString itemID,
                             FirestoreClient::Fields fields);
 
     AppConfiguration m_configuration;

@@ -2,7 +2,6 @@
 #include "LibraryStore.h"
 
 #include "AuthService.h"
-#include "LibraryDocuments.h"
 #include "ShareLinks.h"
 
 // What the library store writes: new records in the user's collections, and the public copies behind share
@@ -31,14 +30,13 @@ LibraryStore::Writer LibraryStore::writer() const
 {
     if (!m_boundUserID)
         throw FirestoreRESTError(FirestoreRESTError::Kind::notSignedIn);
-    return {.userID = *m_boundUserID, .token = m_writeTasks.token()};
+    return {.author = {.userID = *m_boundUserID, .time = m_now()}, .token = m_writeTasks.token()};
 }
 
 QCoro::Task<PromptCategory> LibraryStore::createCategory(QString name, QString colorHex)
 {
     const Writer writer = this->writer();
-    const auto fields =
-        LibraryDocuments::newCategory(name, colorHex, {.userID = writer.userID, .time = m_now()});
+    const auto fields = LibraryDocuments::newCategory(name, colorHex, writer.author);
     const QJsonObject document = co_await create(writer, QStringLiteral("categories"), fields);
     const PromptCategory category = LibraryDocuments::makeCategory(document);
     setCategories(withItem(m_categories, category));
@@ -49,8 +47,7 @@ QCoro::Task<PromptCategory> LibraryStore::createCategory(QString name, QString c
 QCoro::Task<PromptItem> LibraryStore::createPrompt(QString title, QString text, QString categoryID)
 {
     const Writer writer = this->writer();
-    const auto fields =
-        LibraryDocuments::newPrompt(title, text, categoryID, {.userID = writer.userID, .time = m_now()});
+    const auto fields = LibraryDocuments::newPrompt(title, text, categoryID, writer.author);
     const QJsonObject document = co_await create(writer, QStringLiteral("prompts"), fields);
     const PromptItem prompt = LibraryDocuments::makePrompt(document);
     setPrompts(withItem(m_prompts, prompt));
@@ -62,8 +59,7 @@ QCoro::Task<SkillItem> LibraryStore::createSkill(QString title, QString text,
                                                  std::optional<QString> sourceFilename)
 {
     const Writer writer = this->writer();
-    const auto fields =
-        LibraryDocuments::newSkill(title, text, sourceFilename, {.userID = writer.userID, .time = m_now()});
+    const auto fields = LibraryDocuments::newSkill(title, text, sourceFilename, writer.author);
     const QJsonObject document = co_await create(writer, QStringLiteral("skills"), fields);
     const SkillItem skill = LibraryDocuments::makeSkill(document);
     setSkills(withItem(m_skills, skill));
@@ -77,7 +73,7 @@ QCoro::Task<QJsonObject> LibraryStore::create(Writer writer, QString collection,
     const QString idToken = co_await m_auth.validFirebaseIDToken();
     if (writer.token.stop_requested())
         throw CancelledError();
-    const QStringList path = collectionPath(writer.userID, collection);
+    const QStringList path = collectionPath(writer.author.userID, collection);
     const QJsonObject document = co_await m_firestore.createDocument(path, fields, idToken, writer.token);
     if (writer.token.stop_requested())
         throw CancelledError();
@@ -96,32 +92,25 @@ void LibraryStore::finishCreation(const std::stop_token &token)
 QCoro::Task<QUrl> LibraryStore::sharePrompt(PromptItem prompt)
 {
     const Writer writer = this->writer();
-    const QDateTime time = m_now();
-    const QString shareID = ShareLinks::shareDocumentID(writer.userID, prompt.id, time);
-    const auto fields = LibraryDocuments::sharedPrompt(prompt, {.userID = writer.userID, .time = time});
-    co_return co_await share(writer, sharedPrompts, shareID, fields);
+    const auto fields = LibraryDocuments::sharedPrompt(prompt, writer.author);
+    co_return co_await share(writer, sharedPrompts, prompt.id, fields);
 }
 
 QCoro::Task<QUrl> LibraryStore::shareSkill(SkillItem skill)
 {
     const Writer writer = this->writer();
-    const QDateTime time = m_now();
-    const QString shareID = ShareLinks::shareDocumentID(writer.userID, skill.id, time);
-    const auto fields = LibraryDocuments::sharedSkill(skill, {.userID = writer.userID, .time = time});
-    co_return co_await share(writer, sharedPrompts, shareID, fields);
+    const auto fields = LibraryDocuments::sharedSkill(skill, writer.author);
+    co_return co_await share(writer, sharedPrompts, skill.id, fields);
 }
 
 QCoro::Task<QUrl> LibraryStore::shareCategory(PromptCategory category)
 {
     const Writer writer = this->writer();
-    const QDateTime time = m_now();
-    const QString shareID = ShareLinks::shareDocumentID(writer.userID, category.id, time);
-    const auto fields =
-        LibraryDocuments::sharedCategory(category, m_prompts, {.userID = writer.userID, .time = time});
-    co_return co_await share(writer, sharedCategories, shareID, fields);
+    const auto fields = LibraryDocuments::sharedCategory(category, m_prompts, writer.author);
+    co_return co_await share(writer, sharedCategories, category.id, fields);
 }
 
-QCoro::Task<QUrl> LibraryStore::share(Writer writer, QString collection, QString shareID,
+QCoro::Task<QUrl> LibraryStore::share(Writer writer, QString collection, QString itemID,
                                       FirestoreClient::Fields fields)
 {
     const QString idToken = co_await m_auth.validFirebaseIDToken();
@@ -130,6 +119,7 @@ QCoro::Task<QUrl> LibraryStore::share(Writer writer, QString collection, QString
     // The link comes first: without one there is no use in publishing.
     const QString queryItem =
         collection == sharedCategories ? ShareLinks::categoryItem : ShareLinks::promptItem;
+    const QString shareID = ShareLinks::shareDocumentID(writer.author.userID, itemID, writer.author.time);
     const QUrl link = ShareLinks::publicShareURL(m_configuration.publicShareBaseURL, queryItem, shareID);
     const QStringList path{QStringLiteral("artifacts"),
                            m_configuration.logicalLibraryAppID,

@@ -38,11 +38,9 @@ HttpRequest callRequest(const QUrl &url, const QString &prompt, const QString &f
 {
     const QJsonObject data{{QStringLiteral("prompt"), prompt}};
     const QJsonDocument body(QJsonObject{{QStringLiteral("data"), data}});
-    return {.method = "POST",
-            .url = url,
-            .headers = {{"Authorization", "Bearer " + firebaseIDToken.toUtf8()},
-                        {"Content-Type", "application/json"}},
-            .body = body.toJson(QJsonDocument::Compact)};
+    HttpRequest request = HttpRequest::post(url, "application/json", body.toJson(QJsonDocument::Compact));
+    request.headers.append({"Authorization", "Bearer " + firebaseIDToken.toUtf8()});
+    return request;
 }
 
 QString optimizedText(const QByteArray &body)

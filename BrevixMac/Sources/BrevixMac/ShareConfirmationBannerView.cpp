@@ -19,7 +19,6 @@ namespace {
 
 constexpr int edgeMargin = 10; // between the screen's edge and the drawn banner
 constexpr int shadow = 10;     // room around the drawn banner
-constexpr int shadowDrop = 3;
 constexpr qreal shadowStrength = 0.018;
 constexpr int padding = 14;
 constexpr int radius = 24;
@@ -198,12 +197,7 @@ void ShareConfirmationBannerView::paintEvent(QPaintEvent *)
     const Theme &theme = Theme::shared();
     QPainter painter(this);
     const QRectF frame = drawnFrame(*this);
-    QColor shade(Qt::black);
-    shade.setAlphaF(shadowStrength);
-    for (int spread = shadow - shadowDrop; spread > 0; --spread)
-        ThemePainting::fillRounded(painter,
-                                   frame.adjusted(-spread, -spread, spread, spread).translated(0, shadowDrop),
-                                   radius + spread, shade);
+    ThemePainting::shadow(painter, frame, radius, shadow, shadowStrength);
     ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::raised));
     ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::successSoft));
     ThemePainting::strokeRounded(painter, frame, radius, theme.color(Theme::Color::line));

@@ -32,6 +32,16 @@ void ThemePainting::strokeRounded(QPainter &painter, const QRectF &frame, qreal 
     painter.drawRoundedRect(frame.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
 }
 
+void ThemePainting::shadow(QPainter &painter, const QRectF &frame, qreal radius, int spread, qreal strength)
+{
+    constexpr int drop = 3;
+    QColor shade(Qt::black);
+    shade.setAlphaF(float(strength));
+    for (int step = spread - drop; step > 0; --step)
+        fillRounded(painter, frame.adjusted(-step, -step, step, step).translated(0, drop), radius + step,
+                    shade);
+}
+
 void ThemePainting::focusRing(QPainter &painter, const QRectF &frame, qreal radius)
 {
     constexpr qreal halo = Theme::haloWidth;

@@ -22,6 +22,10 @@ void fillRounded(QPainter &painter, const QRectF &frame, qreal radius, const QCo
 void strokeRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &color,
                    qreal width = 1);
 
+/// The soft shade under something that floats over its window. Goes @p spread beyond @p frame at its sides
+/// and below, and less above; @p strength is the opacity of one of its one pixel steps.
+void shadow(QPainter &painter, const QRectF &frame, qreal radius, int spread, qreal strength);
+
 /// The accent border and the halo around it.
 void focusRing(QPainter &painter, const QRectF &frame, qreal radius);
 

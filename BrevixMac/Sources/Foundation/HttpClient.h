@@ -27,6 +27,11 @@ struct HttpRequest
     QByteArray body;
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     qint64 maximumBodySize = defaultMaximumBodySize; ///< of the answer, in bytes
+
+    static HttpRequest post(const QUrl &url, const QByteArray &contentType, const QByteArray &body)
+    {
+        return {.method = "POST", .url = url, .headers = {{"Content-Type", contentType}}, .body = body};
+    }
 };
 
 struct HttpResponse

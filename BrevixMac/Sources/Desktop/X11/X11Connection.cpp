@@ -40,9 +40,7 @@ X11Connection::X11Connection(const QByteArray &displayName, QObject *parent)
     m_resourceMask = xcb_get_setup(m_connection)->resource_id_mask;
 
     m_helperWindow = xcb_generate_id(m_connection);
-    const quint32 eventMask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_helperWindow, m_screen->root, -10, -10, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);
+    createHiddenWindow(m_helperWindow);
 
     m_notifier = new QSocketNotifier(xcb_get_file_descriptor(m_connection), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &X11Connection::readEvents);
@@ -50,6 +48,13 @@ X11Connection::X11Connection(const QByteArray &displayName, QObject *parent)
     if (auto *dispatcher = QAbstractEventDispatcher::instance())
         connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, &X11Connection::readEvents);
     flush();
+}
+
+void X11Connection::createHiddenWindow(xcb_window_t window)
+{
+    const quint32 eventMask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_screen->root, -10, -10, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);
 }
 
 X11Connection::~X11Connection()

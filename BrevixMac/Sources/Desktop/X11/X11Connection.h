@@ -91,6 +91,10 @@ public:
     /// An unmapped window of this connection: to own selections, to receive properties.
     xcb_window_t helperWindow() const { return m_helperWindow; }
 
+    /// A window that is never seen, tells of its properties' changes, and is the caller's to destroy. The
+    /// connection must be valid.
+    void createHiddenWindow(xcb_window_t window);
+
     /// The server's time of now; one round trip. XCB_CURRENT_TIME when the server is gone.
     xcb_timestamp_t serverTime();
 

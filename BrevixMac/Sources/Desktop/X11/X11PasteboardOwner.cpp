@@ -45,9 +45,7 @@ X11PasteboardOwner::X11PasteboardOwner(X11Connection &connection, const QByteArr
     if (!connection.isValid())
         return;
 
-    const quint32 eventMask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection.connection(), XCB_COPY_FROM_PARENT, m_window, connection.root(), -10, -10, 1,
-                      1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);
+    connection.createHiddenWindow(m_window);
     connection.internAtoms({QByteArrayLiteral("TARGETS"), QByteArrayLiteral("TIMESTAMP"),
                             QByteArrayLiteral("MULTIPLE"), QByteArrayLiteral("SAVE_TARGETS"),
                             QByteArrayLiteral("INCR"), QByteArrayLiteral("NULL"),

@@ -80,9 +80,7 @@ X11PasteboardReader::X11PasteboardReader(X11Connection &connection, const QByteA
     if (!connection.isValid())
         return;
 
-    const quint32 eventMask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection.connection(), XCB_COPY_FROM_PARENT, m_window, connection.root(), -10, -10, 1,
-                      1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);
+    connection.createHiddenWindow(m_window);
     const auto *fixes = xcb_get_extension_data(connection.connection(), &xcb_xfixes_id);
     if (fixes && fixes->present) {
         m_fixesEvent = fixes->first_event;
