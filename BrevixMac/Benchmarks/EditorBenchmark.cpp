@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From a key in a prompt's text to everything repainted: text with its marks, chips and preview.
+#include "ScreenBenchmark.h"
 #include "Screens/EditorStage.h"
-
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 
 namespace {
 
@@ -53,9 +50,5 @@ BENCHMARK_CAPTURE(keystrokeInAPrompt, window, EditorKind::window)
 
 int main(int argc, char **argv)
 {
-    QApplication application(argc, argv);
-    testing::InitGoogleTest();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return ScreenBenchmark::run(argc, argv);
 }

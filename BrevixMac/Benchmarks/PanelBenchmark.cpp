@@ -4,45 +4,20 @@
 #include "FloatingPanelController.h"
 #include "LibraryPage.h"
 #include "PromptPalettePanel.h"
+#include "ScreenBenchmark.h"
 #include "Screens/PickerStage.h"
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QScrollBar>
 
 namespace {
 
 constexpr int pixelsPerFrame = 90; // a fast turn of the wheel
 
-QString textOf(int number)
-{
-    const QString sentence =
-        QStringLiteral("Rewrite the paragraph number %1 for a busy reader and keep {{facts}}. ");
-    QString text;
-    while (text.size() < 2048)
-        text += sentence.arg(number);
-    return text.first(2048);
-}
-
-void addLargeLibrary(LibraryServer &server)
-{
-    for (int number = 0; number < 20; ++number)
-        server.addCategory(QString::number(number), QStringLiteral("Category %1").arg(number),
-                           QStringLiteral("#8b5cf6"));
-    for (int number = 0; number < 500; ++number) {
-        const QString id = QString::number(number);
-        server.addPrompt(id, QStringLiteral("Prompt for readers %1").arg(number), textOf(number),
-                         QString::number(number % 20));
-        server.addSkill(id, QStringLiteral("Skill of writers %1").arg(number), textOf(number));
-    }
-}
-
 /// From the request for the library to its painted screen.
 void openLibrary(benchmark::State &state)
 {
     PickerStage stage;
-    addLargeLibrary(stage.desk.server);
+    ScreenBenchmark::addLargeLibrary(stage.desk.server);
     stage.open();
     for (auto _ : state) {
         stage.view().setRoute(PickerPanelRoute::library);
@@ -61,7 +36,7 @@ BENCHMARK(openLibrary)->Unit(benchmark::kMillisecond);
 void returnToThePicker(benchmark::State &state)
 {
     PickerStage stage;
-    addLargeLibrary(stage.desk.server);
+    ScreenBenchmark::addLargeLibrary(stage.desk.server);
     stage.open();
     for (auto _ : state) {
         state.PauseTiming();
@@ -80,7 +55,7 @@ BENCHMARK(returnToThePicker)->Unit(benchmark::kMillisecond);
 void scrollLibrary(benchmark::State &state)
 {
     PickerStage stage;
-    addLargeLibrary(stage.desk.server);
+    ScreenBenchmark::addLargeLibrary(stage.desk.server);
     stage.open();
     stage.view().setRoute(PickerPanelRoute::library);
     waitUntil([] { return false; }, std::chrono::milliseconds(200)); // past the fade
@@ -99,7 +74,7 @@ BENCHMARK(scrollLibrary)->Unit(benchmark::kMillisecond);
 void searchLibrary(benchmark::State &state)
 {
     PickerStage stage;
-    addLargeLibrary(stage.desk.server);
+    ScreenBenchmark::addLargeLibrary(stage.desk.server);
     stage.open();
     stage.view().setRoute(PickerPanelRoute::library);
     bool isTyped = false;
@@ -116,7 +91,7 @@ BENCHMARK(searchLibrary)->Unit(benchmark::kMillisecond);
 void openPalette(benchmark::State &state)
 {
     PickerStage stage;
-    addLargeLibrary(stage.desk.server);
+    ScreenBenchmark::addLargeLibrary(stage.desk.server);
     stage.install();
     FloatingPanelController palette(stage.appState(), stage.desk.workspace);
     palette.show();
@@ -137,9 +112,5 @@ BENCHMARK(openPalette)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {
-    QApplication application(argc, argv);
-    testing::InitGoogleTest();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return ScreenBenchmark::run(argc, argv);
 }

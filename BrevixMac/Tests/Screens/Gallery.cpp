@@ -234,13 +234,13 @@ void drawSharing()
     picture(QStringLiteral("share-banner"), sample,
             [](Stage &stage) { share(stage, stage.page().list().actions().shareButton()); });
     picture(QStringLiteral("share-progress"), sample, [](Stage &stage) {
-        stage.desk.server.writes = LibraryServer::Writes::held;
+        stage.desk.server.isHolding = true;
         stage.page().list().actions().shareButton().click();
     });
     picture(QStringLiteral("library-share-banner"), sample,
             [](Stage &stage) { share(stage, openLibrary(stage).list().actions().shareButton()); });
     picture(QStringLiteral("share-failed"), sample, [](Stage &stage) {
-        stage.desk.server.writes = LibraryServer::Writes::refused;
+        stage.desk.server.refusal = QStringLiteral("You may not do that.");
         stage.page().list().actions().shareButton().click();
         waitUntil([&] { return stage.desk.appState->lastInsertionResult().has_value(); });
     });

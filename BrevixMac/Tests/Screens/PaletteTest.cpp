@@ -358,13 +358,13 @@ TEST_F(PaletteTest, theRowOffersTheSameActions)
 TEST_F(PaletteTest, sharingShowsProgressThenTheBanner)
 {
     openSample();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(view().shareButton());
     EXPECT_EQ(view().shareButton().text(), u"Sharing...");
     EXPECT_FALSE(view().shareButton().isEnabled());
     EXPECT_EQ(view().list().actions().shareButton().accessibleName(), u"Sharing");
     ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     ASSERT_TRUE(waitUntil([&] { return view().banner().isVisible(); }));
     EXPECT_EQ(view().shareButton().text(), u"Share");
     EXPECT_EQ(view().banner().title(), u"Cold outreach follow-up");

@@ -48,11 +48,11 @@ TEST_P(PromptEditors, saveWhatWasTypedByTheKeyboardAlone)
     QSignalSpy saved(&stage.model(), &EditorModel::saved);
     stage.key(Qt::Key_S, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([&] { return saved.count() == 1; }));
-    const auto prompts = stage.desk.server.created(QStringLiteral("prompts"));
+    const auto prompts = stage.desk.server.created("prompts");
     ASSERT_EQ(prompts.size(), 1);
-    EXPECT_EQ(EditorServer::text(prompts.first(), QStringLiteral("title")), u"Follow-up");
-    EXPECT_EQ(EditorServer::text(prompts.first(), QStringLiteral("text")), u"Hi {{name}}");
-    EXPECT_EQ(EditorServer::text(prompts.first(), QStringLiteral("categoryId")), u"outreach");
+    EXPECT_EQ(LibraryServer::text(prompts.first(), QStringLiteral("title")), u"Follow-up");
+    EXPECT_EQ(LibraryServer::text(prompts.first(), QStringLiteral("text")), u"Hi {{name}}");
+    EXPECT_EQ(LibraryServer::text(prompts.first(), QStringLiteral("categoryId")), u"outreach");
     EXPECT_TRUE(stage.form().titleField().text().isEmpty());
     EXPECT_TRUE(stage.form().body().content().isEmpty());
 }
@@ -100,8 +100,7 @@ TEST_P(PromptEditors, keepTheTextWhenTheServerCannotBeReached)
 {
     open();
     stage.fill(QStringLiteral("T"), QStringLiteral("Body"));
-    stage.desk.server.close();
-    stage.desk.server.dropConnections();
+    stage.desk.server.goAway();
     stage.frame().saveButton().click();
     ASSERT_TRUE(waitUntil([&] { return stage.model().statusMessage().has_value(); }));
     EXPECT_TRUE(stage.model().statusMessage()->isError);
@@ -235,10 +234,10 @@ TEST_P(PromptEditors, createACategoryAndChooseIt)
               std::optional(EditorStatusMessage{QStringLiteral("Created category \"Hiring\"."), false}));
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(stage.form().newCategoryToggle().text(), u"New Category");
-    const auto categories = stage.desk.server.created(QStringLiteral("categories"));
+    const auto categories = stage.desk.server.created("categories");
     ASSERT_EQ(categories.size(), 1);
-    EXPECT_EQ(EditorServer::text(categories.first(), QStringLiteral("name")), u"Hiring");
-    EXPECT_EQ(EditorServer::text(categories.first(), QStringLiteral("color")), u"#10b981");
+    EXPECT_EQ(LibraryServer::text(categories.first(), QStringLiteral("name")), u"Hiring");
+    EXPECT_EQ(LibraryServer::text(categories.first(), QStringLiteral("color")), u"#10b981");
     EXPECT_EQ(stage.form().categoryField().accessibleName(), u"Category: Hiring");
     EXPECT_TRUE(stage.model().newCategoryName().isEmpty());
 }

@@ -70,13 +70,13 @@ TEST_F(SharingTest, aSkillIsSharedFromItsRow)
 TEST_F(SharingTest, theButtonShowsProgressAndIsDisabledUntilTheAnswer)
 {
     openSample();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(share());
     EXPECT_EQ(share().accessibleName(), u"Sharing");
     EXPECT_TRUE(share().isBusy());
     EXPECT_FALSE(share().isEnabled());
     ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     ASSERT_TRUE(waitUntil([&] { return share().isEnabled(); }));
     EXPECT_EQ(share().accessibleName(), u"Share");
     EXPECT_FALSE(share().isBusy());
@@ -86,7 +86,7 @@ TEST_F(SharingTest, theButtonShowsProgressAndIsDisabledUntilTheAnswer)
 TEST_F(SharingTest, otherItemsCanBeSharedMeanwhileButNotTheSameOneTwice)
 {
     openSample();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(share());
     stage.key(Qt::Key_Down);
     EXPECT_EQ(share().accessibleName(), u"Share");
@@ -101,7 +101,7 @@ TEST_F(SharingTest, otherItemsCanBeSharedMeanwhileButNotTheSameOneTwice)
     const ThemedButton &inLibrary = stage.view().libraryPage().list().actions().shareButton();
     EXPECT_EQ(inLibrary.accessibleName(), u"Sharing");
     EXPECT_FALSE(inLibrary.isEnabled());
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     ASSERT_TRUE(waitUntil([&] { return inLibrary.isEnabled(); }));
     EXPECT_EQ(stage.desk.server.heldWrites(), 0);
 }
@@ -111,11 +111,11 @@ TEST_F(SharingTest, aPromptAndASkillWithTheSameIdentifierAreTwoItems)
     stage.desk.server.addPrompt(QStringLiteral("x"), QStringLiteral("A prompt"), QStringLiteral("text"));
     stage.desk.server.addSkill(QStringLiteral("x"), QStringLiteral("A skill"), QStringLiteral("text"));
     stage.open();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(share());
     stage.key(Qt::Key_Down);
     EXPECT_TRUE(share().isEnabled());
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     waitForBanner(QStringLiteral("A prompt"));
 }
 
@@ -126,7 +126,7 @@ TEST_F(SharingTest, aCategoryIsSharedFromTheSidebar)
     LibraryPage &library = stage.view().libraryPage();
     library.setFilter(LibraryFilter::category(QStringLiteral("hiring")));
     ThemedButton &button = library.sidebar().shareButton();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(button);
     EXPECT_EQ(button.accessibleName(), u"Sharing");
     EXPECT_FALSE(button.isEnabled());
@@ -136,7 +136,7 @@ TEST_F(SharingTest, aCategoryIsSharedFromTheSidebar)
     library.setFilter(LibraryFilter::category(QStringLiteral("hiring")));
     EXPECT_FALSE(button.isEnabled());
     ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     waitForBanner(QStringLiteral("Hiring"));
     EXPECT_TRUE(button.isEnabled());
     EXPECT_EQ(library.resultLine().card().title(), u"Share link copied to clipboard.");
@@ -147,11 +147,11 @@ TEST_F(SharingTest, aFailureIsToldAndRemovesAnEarlierBanner)
     openSample();
     click(share());
     waitForBanner(QStringLiteral("Cold outreach follow-up"));
-    stage.desk.server.writes = LibraryServer::Writes::refused;
+    stage.desk.server.refusal = QStringLiteral("You may not do that.");
     click(share());
     ASSERT_TRUE(waitUntil([&] { return !banner().isVisible(); }));
     const StatusCard &card = stage.page().resultLine().card();
-    EXPECT_EQ(card.title(), u"Couldn't create share link: " + LibraryServer::refusal());
+    EXPECT_EQ(card.title(), u"Couldn't create share link: " + *stage.desk.server.refusal);
     EXPECT_EQ(card.tint(), StatusCard::Tint::danger);
     EXPECT_TRUE(share().isEnabled());
 }
@@ -169,11 +169,11 @@ TEST_F(SharingTest, aClipboardThatRefusesTheLinkShowsNoBanner)
 TEST_F(SharingTest, closingEverythingWhileARequestRunsIsSafe)
 {
     openSample();
-    stage.desk.server.writes = LibraryServer::Writes::held;
+    stage.desk.server.isHolding = true;
     click(share());
     ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
     stage.controller.reset();
-    stage.desk.server.releaseWrites();
+    stage.desk.server.release();
     EXPECT_TRUE(waitUntil([&] { return stage.appState().shareConfirmation().has_value(); }));
 }
 

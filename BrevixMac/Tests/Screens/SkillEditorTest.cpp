@@ -83,10 +83,10 @@ TEST_F(SkillEditorTest, savesATypedSkillSelectsItAndCloses)
     EXPECT_EQ(view->preview().content(), u"Review it. {{not_a_variable}} ");
     QTest::keyClick(&view->body(), Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([this] { return !view->isVisible(); }));
-    const auto skills = desk.server.created(QStringLiteral("skills"));
+    const auto skills = desk.server.created("skills");
     ASSERT_EQ(skills.size(), 1);
-    EXPECT_EQ(EditorServer::text(skills.first(), QStringLiteral("title")), u"Reviewer");
-    EXPECT_EQ(EditorServer::text(skills.first(), QStringLiteral("text")), u"Review it. {{not_a_variable}} ");
+    EXPECT_EQ(LibraryServer::text(skills.first(), QStringLiteral("title")), u"Reviewer");
+    EXPECT_EQ(LibraryServer::text(skills.first(), QStringLiteral("text")), u"Review it. {{not_a_variable}} ");
     EXPECT_FALSE(skills.first().contains(u"sourceFilename"));
     EXPECT_EQ(desk.appState->query(), u"Reviewer");
     ASSERT_FALSE(desk.appState->visibleSkills().isEmpty());
@@ -135,8 +135,7 @@ TEST_F(SkillEditorTest, importsAFileAndNamesTheSkillAfterItsHeading)
     EXPECT_EQ(view->statisticsLine().text(), u"4 words \u2022 3 lines");
     view->frame().saveButton().click();
     ASSERT_TRUE(waitUntil([this] { return !view->isVisible(); }));
-    EXPECT_EQ(EditorServer::text(desk.server.created(QStringLiteral("skills")).first(),
-                                 QStringLiteral("sourceFilename")),
+    EXPECT_EQ(LibraryServer::text(desk.server.created("skills").first(), QStringLiteral("sourceFilename")),
               u"notes.md");
 }
 
@@ -269,10 +268,8 @@ TEST_F(SkillEditorTest, aLongLineIsShownInPartAndSavedWhole)
     EXPECT_TRUE(view->body().isReadOnly());
     view->frame().saveButton().click();
     ASSERT_TRUE(waitUntil([this] { return !view->isVisible(); }));
-    EXPECT_EQ(
-        EditorServer::text(desk.server.created(QStringLiteral("skills")).first(), QStringLiteral("text"))
-            .size(),
-        300'000);
+    EXPECT_EQ(LibraryServer::text(desk.server.created("skills").first(), QStringLiteral("text")).size(),
+              300'000);
 }
 
 TEST_F(SkillEditorTest, escapeClosesAndTheTextCanBeHadBack)

@@ -97,7 +97,19 @@ public:
         }
     }
 
+    /// Is gone: nothing listens, and the connections that clients keep open end.
+    void goAway()
+    {
+        m_server.close();
+        const auto sockets = m_server.findChildren<QTcpSocket *>();
+        for (QTcpSocket *socket : sockets)
+            socket->abort();
+    }
+
 protected:
+    /// Called once for each request, before it is answered or held.
+    virtual void noteRequest(const Request &) {}
+
     /// What a request gets for which no reply was set.
     virtual Reply unscriptedReply(const Request &) { return {}; }
 
@@ -110,6 +122,7 @@ private:
             received->append(socket->readAll());
             if (const auto request = takeRequest(*received)) {
                 m_requests.append(*request);
+                noteRequest(*request);
                 answer(socket, *request);
             }
         });

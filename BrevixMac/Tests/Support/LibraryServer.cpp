@@ -8,6 +8,8 @@
 
 namespace {
 
+const QByteArray optimizeFunction = "optimizePrompt";
+
 QJsonObject stringValue(const QString &text)
 {
     return {{QStringLiteral("stringValue"), text}};
@@ -94,35 +96,54 @@ void LibraryServer::clear()
     skills.clear();
 }
 
+void LibraryServer::removeCategory(const QString &id)
+{
+    categories.removeIf([&](const PromptCategory &category) { return category.id == id; });
+}
+
+QString LibraryServer::text(const QJsonObject &fields, const QString &name)
+{
+    return fields.value(name).toObject().value(u"stringValue").toString();
+}
+
 FaultyServer::Reply LibraryServer::unscriptedReply(const Request &request)
 {
     if (request.method == "GET")
         return list(request.lastPiece());
-    if (writes == Writes::held)
+    if (isHolding)
         return {.fault = Reply::Fault::hold};
-    if (writes == Writes::refused) {
-        const QJsonObject error{{QStringLiteral("message"), refusal()}};
+    if (refusal) {
+        const QJsonObject error{{QStringLiteral("message"), *refusal}};
         return {.status = 403, .body = QJsonDocument(QJsonObject{{QStringLiteral("error"), error}}).toJson()};
     }
     return write(request);
 }
 
+void LibraryServer::noteRequest(const Request &request)
+{
+    if (request.lastPiece() == optimizeFunction) {
+        const QJsonObject data = QJsonDocument::fromJson(request.body).object().value(u"data").toObject();
+        optimizeRequests.append(data.value(u"prompt").toString());
+    } else if (request.method != "GET") {
+        ++writes;
+    }
+}
+
 FaultyServer::Reply LibraryServer::write(const Request &request)
 {
+    if (request.lastPiece() == optimizeFunction) {
+        const QJsonObject result{{QStringLiteral("text"), optimizedText}};
+        return {.body = QJsonDocument(QJsonObject{{QStringLiteral("result"), result}}).toJson()};
+    }
     if (request.method == "POST")
         return isCollection(request.lastPiece()) ? create(request) : Reply();
     documents.insert(request.path(), QJsonDocument::fromJson(request.body).object());
     return {.body = request.body};
 }
 
-QString LibraryServer::refusal()
+void LibraryServer::release()
 {
-    return QStringLiteral("You may not do that.");
-}
-
-void LibraryServer::releaseWrites()
-{
-    writes = Writes::accepted;
+    isHolding = false;
     releaseHeldRequests();
 }
 
@@ -140,7 +161,8 @@ FaultyServer::Reply LibraryServer::list(const QByteArray &collection) const
 FaultyServer::Reply LibraryServer::create(const Request &request)
 {
     QJsonObject document = QJsonDocument::fromJson(request.body).object();
-    const QString id = QStringLiteral("new%1").arg(++m_created);
+    m_created[request.lastPiece()].append(document.value(u"fields").toObject());
+    const QString id = QStringLiteral("new%1").arg(++m_lastID);
     document.insert(QStringLiteral("name"), QString(u"projects/p/databases/(default)/documents/x/" + id));
     if (request.lastPiece() == "categories")
         categories.append(LibraryDocuments::makeCategory(document));

@@ -3,6 +3,7 @@
 
 #include "AuthService.h"
 #include "Samples.h"
+#include "TokenQuestion.h"
 
 #include "Foundation/UserDefaults.h"
 
@@ -62,19 +63,6 @@ protected:
     {
         return std::make_unique<AuthService>(configuration, endpoints, http, defaults, browser,
                                              [this] { return now; });
-    }
-
-    /// The token, or the text of the error. Catches here, because awaiting a task that throws never ends.
-    static QCoro::Task<QString> askForToken(AuthService &service)
-    {
-        QString failure;
-        try {
-            const QString token = co_await service.validFirebaseIDToken();
-            co_return token;
-        } catch (const std::exception &error) {
-            failure = u"error: " + QString::fromUtf8(error.what());
-        }
-        co_return failure;
     }
 
     static QString tokenOrError(AuthService &service) { return await(askForToken(service)); }

@@ -2,6 +2,7 @@
 #include "AuthService.h"
 #include "LibraryStore.h"
 #include "Samples.h"
+#include "TokenQuestion.h"
 
 #include "Foundation/UserDefaults.h"
 #include "LocalCloud/LocalCloud.h"
@@ -112,18 +113,6 @@ protected:
     std::optional<StoredAuthSession> stored() const
     {
         return StoredAuthSession::fromJson(defaults.data(AuthService::storageKey).value_or(QByteArray()));
-    }
-
-    static QCoro::Task<QString> askForToken(AuthService &service)
-    {
-        QString failure;
-        try {
-            const QString token = co_await service.validFirebaseIDToken();
-            co_return token;
-        } catch (const std::exception &error) {
-            failure = QString::fromUtf8(error.what());
-        }
-        co_return u"error: "_s + failure;
     }
 
     /// @p answers must outlive the call.
