@@ -2,6 +2,7 @@
 #include "FuzzTarget.h"
 
 #include "BrevixMac/AuthService.h"
+#include "BrevixMac/EditorDraft.h"
 #include "BrevixMac/RecentUsageStore.h"
 #include "Foundation/UserDefaults.h"
 
@@ -15,6 +16,9 @@ void readForeignBytes(const QByteArray &bytes)
         require(again->user() == session->user() && again->refreshToken == session->refreshToken,
                 "writing a session changes nothing of it");
     }
+
+    if (const auto draft = EditorDraft::fromJson(bytes))
+        require(EditorDraft::fromJson(draft->toJson()) == draft, "writing a draft changes nothing of it");
 
     static const QTemporaryDir folder;
     UserDefaults defaults(folder.filePath(QStringLiteral("recents.plist")));

@@ -75,8 +75,9 @@ std::optional<QString> SkillImport::localFile(const QMimeData &data)
         return std::nullopt;
     const QList<QUrl> urls = data.urls();
     for (const QUrl &url : urls) {
-        if (url.isLocalFile())
-            return url.toLocalFile();
+        const QString path = url.isLocalFile() ? url.toLocalFile() : QString();
+        if (!path.isEmpty())
+            return path;
     }
     return std::nullopt;
 }

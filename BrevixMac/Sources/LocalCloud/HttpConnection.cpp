@@ -114,13 +114,21 @@ void HttpConnection::write(const Request &request, const Response &response, boo
     QByteArray bytes = headOf(response, keepsOpen);
     if (request.method != "HEAD")
         bytes += response.body;
-    m_socket.write(bytes);
+    send(bytes);
     m_received = 0;
     m_headComplete = false;
     m_head.clear();
     m_timer.start(m_socket.bytesToWrite() > 0 ? m_limits.stall : m_limits.idle);
     if (!keepsOpen)
         m_socket.disconnectFromHost();
+}
+
+/// At once as far as possible. When the socket reads that the client has ended its side, as some do right
+/// after their request, it gives up all that is not sent.
+void HttpConnection::send(const QByteArray &bytes)
+{
+    m_socket.write(bytes);
+    m_socket.flush();
 }
 
 void HttpConnection::watchIncoming()
@@ -160,7 +168,7 @@ void HttpConnection::inspectHead(const QByteArray &bytes)
         return refuse(413, "Payload Too Large");
     const QList<QByteArray> expected = headerValues(head, "expect");
     if (!expected.isEmpty() && expected.constFirst().toLower() == "100-continue" && bodyReceived == 0)
-        m_socket.write("HTTP/1.1 100 Continue\r\n\r\n");
+        send("HTTP/1.1 100 Continue\r\n\r\n");
     m_head.clear();
 }
 
@@ -170,10 +178,9 @@ void HttpConnection::refuse(int status, const char *reason)
 {
     takeFromLibrary();
     const QByteArray body = errorAnswer(status, "INVALID_ARGUMENT", QString::fromLatin1(reason)).body;
-    m_socket.write(
-        "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason +
-        "\r\nContent-Type: application/json; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
-        QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    send("HTTP/1.1 " + QByteArray::number(status) + ' ' + reason +
+         "\r\nContent-Type: application/json; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
+         QByteArray::number(body.size()) + "\r\n\r\n" + body);
     m_head.clear();
     m_timer.start(m_limits.stall);
     discardIncoming();

@@ -30,6 +30,7 @@ private:
     void inspectHead(const QByteArray &bytes);
     void waitForAnswer(const Request &request, const Response &response);
     void write(const Request &request, const Response &response, bool keepsOpen);
+    void send(const QByteArray &bytes);
     void refuse(int status, const char *reason);
     void takeFromLibrary();
     void discardIncoming();

@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <utility>
 
 using namespace Cloud;
@@ -163,6 +165,18 @@ TEST_F(HttpAdapterTest, connectionIsClosedWhenTheClientAsksForIt)
     socket->write("GET /a HTTP/1.1\r\nHost: h\r\nConnection: close\r\n\r\n");
     EXPECT_TRUE(received(*socket, "{\"end\":1}").contains("Connection: close\r\n"));
     EXPECT_TRUE(waitUntil([&] { return closed(*socket); }));
+}
+
+TEST_F(HttpAdapterTest, clientThatEndsItsSideRightAfterItsRequestIsAnswered)
+{
+    serve({});
+    for (int i = 0; i < 20; ++i) { // with the end in the first reading of the socket, or in a later one
+        const auto socket = connected();
+        ASSERT_EQ(::send(int(socket->socketDescriptor()), get, std::strlen(get), 0),
+                  ssize_t(std::strlen(get)));
+        ASSERT_EQ(::shutdown(int(socket->socketDescriptor()), SHUT_WR), 0);
+        EXPECT_TRUE(received(*socket, "{\"end\":1}").endsWith("{\"end\":1}"));
+    }
 }
 
 TEST_F(HttpAdapterTest, bodyOverTheLimitIsRefusedBeforeItIsSent)

@@ -325,6 +325,26 @@ TEST(SkillImportTest, suggestsTheFirstHeadingAsTitle)
             << qPrintable(given.text);
 }
 
+TEST(SkillImportTest, takesTheFirstFileOfThisMachineThatHasAPath)
+{
+    const struct
+    {
+        QByteArray dragged;
+        std::optional<QString> path;
+    } cases[] = {
+        {"file:///home/me/a%20b.md\r\n", QStringLiteral("/home/me/a b.md")},
+        {"https://example.org/x.md\r\nfile:///y.md\r\n", QStringLiteral("/y.md")},
+        {"file:\r\nfile:#fragment\r\nfile:///y.md\r\n", QStringLiteral("/y.md")},
+        {"file:#fragment\r\n", std::nullopt},
+        {"\r\n", std::nullopt},
+    };
+    for (const auto &given : cases) {
+        QMimeData data;
+        data.setData(QStringLiteral("text/uri-list"), given.dragged);
+        EXPECT_EQ(SkillImport::localFile(data), given.path) << given.dragged.constData();
+    }
+}
+
 TEST(SkillImportTest, acceptsPlainTextTextAndMarkdown)
 {
     const QStringList types = SkillImport::skillImportTypes();
