@@ -38,6 +38,7 @@ void readForeignBytes(const QByteArray &bytes)
     recents.record(prompt, std::nullopt);
     require(recents.recents().size() <= RecentUsageStore::cap, "the list of recent prompts stays capped");
 
+    defaults.waitForWrites();
     UserDefaults reread(path);
     const RecentUsageStore rereadRecents(reread);
     require(reread.damagedFilePath().isEmpty(), "a file that was written is sound");

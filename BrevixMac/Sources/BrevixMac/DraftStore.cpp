@@ -8,8 +8,6 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
-#include <utility>
-
 namespace {
 
 Q_LOGGING_CATEGORY(lcDrafts, "brevix.drafts")
@@ -67,12 +65,6 @@ void writeOrRemove(const QString &path, const std::optional<EditorDraft> &draft)
 DraftStore::DraftStore(QString folder)
     : m_folder(std::move(folder))
 {
-    m_writer.setMaxThreadCount(1);
-}
-
-DraftStore::~DraftStore()
-{
-    waitForWrites();
 }
 
 QString DraftStore::filePath(const Key &key) const
@@ -128,30 +120,10 @@ void DraftStore::keep(const Key &key, const Content &content)
     if (known != m_known.constEnd() && *known == content)
         return;
     m_known.insert(path, content);
-    const QMutexLocker lock(&m_mutex);
-    m_pending.insert(path, content);
-    if (std::exchange(m_isWriting, true))
-        return;
-    m_writer.start([this] { writePending(); });
-}
-
-void DraftStore::writePending()
-{
-    while (true) {
-        QHash<QString, Content> batch;
-        {
-            const QMutexLocker lock(&m_mutex);
-            batch.swap(m_pending);
-            m_isWriting = !batch.isEmpty();
-        }
-        if (batch.isEmpty())
-            return;
-        for (auto entry = batch.cbegin(); entry != batch.cend(); ++entry)
-            writeOrRemove(entry.key(), entry.value());
-    }
+    m_writer.schedule(path, [path, content] { writeOrRemove(path, content); });
 }
 
 void DraftStore::waitForWrites()
 {
-    m_writer.waitForDone();
+    m_writer.waitForWrites();
 }

@@ -3,9 +3,9 @@
 
 #include "EditorDraft.h"
 
+#include "Foundation/FileWriter.h"
+
 #include <QHash>
-#include <QMutex>
-#include <QThreadPool>
 
 /// Keeps the unsaved texts of the editors on disk, one file for each form and account, 0600 and replaced
 /// atomically. Main thread only; files are written on a thread of its own, so that storing costs a keystroke
@@ -34,7 +34,6 @@ public:
     static constexpr qsizetype maximumLength = 4LL * 1024 * 1024;
 
     explicit DraftStore(QString folder);
-    ~DraftStore();
 
     DraftStore(const DraftStore &) = delete;
     DraftStore &operator=(const DraftStore &) = delete;
@@ -58,12 +57,8 @@ private:
 
     Content read(const QString &path) const;
     void keep(const Key &key, const Content &content);
-    void writePending();
 
     QString m_folder;
     QHash<QString, Content> m_known; ///< by path; what disk has or will have
-    QMutex m_mutex;
-    QHash<QString, Content> m_pending; ///< guarded by the mutex
-    bool m_isWriting = false;          ///< guarded by the mutex
-    QThreadPool m_writer;              ///< keep last: its thread uses the others
+    FileWriter m_writer;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UserDefaults.h"
 
+#include "FileWriter.h"
 #include "PrivateFile.h"
 #include "PropertyList.h"
 
@@ -39,9 +40,12 @@ QString nameForDamagedFile(const QString &filePath)
 
 UserDefaults::UserDefaults(QString filePath)
     : m_filePath(std::move(filePath))
+    , m_writer(std::make_unique<FileWriter>())
 {
     load();
 }
+
+UserDefaults::~UserDefaults() = default;
 
 QString UserDefaults::pathForDomain(const QString &domain)
 {
@@ -107,9 +111,16 @@ void UserDefaults::load()
               qUtf16Printable(asidePath));
 }
 
-void UserDefaults::write() const
+void UserDefaults::waitForWrites()
 {
-    if (const auto problem = PrivateFile::write(m_filePath, PropertyList::serialize(m_values)))
-        qCWarning(lcDefaults, "%ls cannot be written: %ls", qUtf16Printable(m_filePath),
-                  qUtf16Printable(*problem));
+    m_writer->waitForWrites();
+}
+
+void UserDefaults::write()
+{
+    m_writer->schedule(m_filePath, [path = m_filePath, values = m_values] {
+        if (const auto problem = PrivateFile::write(path, PropertyList::serialize(values)))
+            qCWarning(lcDefaults, "%ls cannot be written: %ls", qUtf16Printable(path),
+                      qUtf16Printable(*problem));
+    });
 }

@@ -5,18 +5,23 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <memory>
 #include <optional>
+
+class FileWriter;
 
 /// A per-user key-value store that keeps data, booleans and text apart, in one XML property list.
 ///
-/// Main thread only. The file is read once at construction. Every change is written through at once and
-/// atomically (temporary file, fsync, rename, mode 0600), so a crash leaves either the old or the new file.
-/// A file that cannot be parsed is renamed to "<name>.damaged-<UTC time>" and the store starts empty.
-/// A failed write is logged and keeps the values in memory; nothing is thrown.
+/// Main thread only. The file is read once at construction. Every change is on its way to the disk at once,
+/// on a thread of its own, and is written atomically (temporary file, fsync, rename, mode 0600), so a crash
+/// leaves either the old or the new file. The destructor waits until everything is written. A file that
+/// cannot be parsed is renamed to "<name>.damaged-<UTC time>" and the store starts empty. A failed write is
+/// logged and keeps the values in memory; nothing is thrown.
 class UserDefaults
 {
 public:
     explicit UserDefaults(QString filePath);
+    ~UserDefaults();
 
     UserDefaults(const UserDefaults &) = delete;
     UserDefaults &operator=(const UserDefaults &) = delete;
@@ -35,6 +40,9 @@ public:
     void setText(const QString &key, const QString &value);
     void remove(const QString &key);
 
+    /// Blocks until every change so far is on the disk.
+    void waitForWrites();
+
     QString filePath() const { return m_filePath; }
 
     /// Where a damaged file was kept aside at construction; empty when the file was sound or missing.
@@ -42,9 +50,10 @@ public:
 
 private:
     void load();
-    void write() const;
+    void write();
 
     QString m_filePath;
     QString m_damagedFilePath;
     QVariantMap m_values;
+    std::unique_ptr<FileWriter> m_writer;
 };

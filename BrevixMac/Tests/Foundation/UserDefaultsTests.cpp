@@ -92,16 +92,20 @@ TEST_F(UserDefaultsTest, keepsEveryKindAcrossRestarts)
     EXPECT_EQ(defaults.text(QStringLiteral("empty text")), QString());
 }
 
-TEST_F(UserDefaultsTest, everyChangeIsOnTheDiskAtOnce)
+TEST_F(UserDefaultsTest, everyChangeIsOnItsWayToTheDiskAtOnce)
 {
     UserDefaults defaults(path());
     defaults.setText(key, QStringLiteral("first"));
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(path()).text(key), QStringLiteral("first"));
     defaults.setText(key, QStringLiteral("second"));
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(path()).text(key), QStringLiteral("second"));
     defaults.setBoolean(key, true);
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(path()).boolean(key), true);
     defaults.remove(key);
+    defaults.waitForWrites();
     EXPECT_FALSE(UserDefaults(path()).boolean(key));
     EXPECT_EQ(files(), QStringList(QStringLiteral("defaults.plist"))) << "no temporary file stays";
 }
@@ -119,6 +123,7 @@ TEST_F(UserDefaultsTest, valuesOfAnotherKindReadAsNothing)
     defaults.setText(QStringLiteral("text"), QStringLiteral("false"));
     defaults.setBoolean(QStringLiteral("boolean"), true);
     defaults.setData(QStringLiteral("data"), "false");
+    defaults.waitForWrites();
     for (const bool isReloaded : {false, true}) {
         const UserDefaults reloaded(path());
         const UserDefaults &store = isReloaded ? reloaded : defaults;
@@ -148,6 +153,7 @@ TEST_F(UserDefaultsTest, numbersDatesAndCollectionsReadAsNothingButAreKept)
         EXPECT_FALSE(defaults.data(entry.key()));
     }
     defaults.setBoolean(key, true);
+    defaults.waitForWrites();
     QVariantMap expected = foreign;
     expected.insert(key, true);
     EXPECT_EQ(PropertyList::readDictionary(path()), expected);
@@ -158,6 +164,7 @@ TEST_F(UserDefaultsTest, onlyTheOwnerMayReadIt)
     const mode_t previous = ::umask(0);
     UserDefaults defaults(path());
     defaults.setText(key, QStringLiteral("secret"));
+    defaults.waitForWrites();
     ::umask(previous);
     EXPECT_EQ(mode(path()), 0600u);
     EXPECT_EQ(mode(storeFolder()), 0700u);
@@ -170,6 +177,7 @@ TEST_F(UserDefaultsTest, aFileThatOthersCouldReadIsClosedByTheNextWrite)
     ::chmod(QFile::encodeName(path()).constData(), 0644);
     UserDefaults defaults(path());
     defaults.setBoolean(key, false);
+    defaults.waitForWrites();
     EXPECT_EQ(mode(path()), 0600u);
 }
 
@@ -179,6 +187,7 @@ TEST_F(UserDefaultsTest, aFolderThatIsThereKeepsItsPermissions)
     ::chmod(QFile::encodeName(storeFolder()).constData(), 0755);
     UserDefaults defaults(path());
     defaults.setBoolean(key, false);
+    defaults.waitForWrites();
     EXPECT_EQ(mode(storeFolder()), 0755u);
 }
 
@@ -203,6 +212,7 @@ TEST_F(UserDefaultsTest, aDamagedFileIsKeptAside)
         EXPECT_EQ(readFile(defaults.damagedFilePath()), damage);
         EXPECT_FALSE(QFileInfo::exists(path()));
         defaults.setText(key, QStringLiteral("new"));
+        defaults.waitForWrites();
         EXPECT_EQ(UserDefaults(path()).text(key), QStringLiteral("new"));
         EXPECT_EQ(readFile(defaults.damagedFilePath()), damage) << "writing leaves it alone";
     }
@@ -216,6 +226,7 @@ TEST_F(UserDefaultsTest, aFolderInItsPlaceIsKeptAside)
     UserDefaults defaults(path());
     EXPECT_TRUE(QFileInfo(defaults.damagedFilePath()).isDir());
     defaults.setBoolean(key, true);
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(path()).boolean(key), true);
 }
 
@@ -226,10 +237,12 @@ TEST_F(UserDefaultsTest, aFailedWriteIsLoggedAndKeepsTheValueInMemory)
     expectWarning(QStringLiteral("cannot be made"));
     UserDefaults defaults(path());
     defaults.setText(key, QStringLiteral("kept"));
+    defaults.waitForWrites();
     EXPECT_EQ(defaults.text(key), QStringLiteral("kept"));
 
     ASSERT_TRUE(blocker.remove());
     defaults.setBoolean(QStringLiteral("other"), true);
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(path()).text(key), QStringLiteral("kept")) << "the next write catches up";
 }
 
@@ -243,6 +256,7 @@ TEST_F(UserDefaultsTest, aFailedWriteLeavesTheOldFileWhole)
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
     expectWarning(QStringLiteral("cannot be made"));
     defaults.setText(key, QStringLiteral("new"));
+    defaults.waitForWrites();
     EXPECT_EQ(UserDefaults(moved + QStringLiteral("/defaults.plist")).text(key), QStringLiteral("old"));
 }
 
@@ -255,6 +269,7 @@ TEST_F(UserDefaultsTest, anUnwritableFolderIsSurvived)
     expectWarning(QStringLiteral("cannot be written"));
     UserDefaults defaults(path());
     defaults.setText(key, QStringLiteral("new"));
+    defaults.waitForWrites();
     EXPECT_EQ(defaults.text(key), QStringLiteral("new"));
     EXPECT_EQ(UserDefaults(path()).text(key), QStringLiteral("old"));
     ::chmod(QFile::encodeName(storeFolder()).constData(), 0700);
@@ -265,6 +280,7 @@ TEST_F(UserDefaultsTest, aFileSystemThatTakesNoFilesIsSurvived)
     expectWarning(QStringLiteral("cannot be written"));
     UserDefaults defaults(QStringLiteral("/proc/defaults.plist"));
     defaults.setText(key, QStringLiteral("kept"));
+    defaults.waitForWrites();
     EXPECT_EQ(defaults.text(key), QStringLiteral("kept"));
 }
 
@@ -280,6 +296,7 @@ TEST_F(UserDefaultsTest, aLinkedFileStaysALink)
     UserDefaults defaults(path());
     EXPECT_EQ(defaults.boolean(key), true);
     defaults.setBoolean(key, false);
+    defaults.waitForWrites();
     EXPECT_TRUE(QFileInfo(path()).isSymLink());
     EXPECT_EQ(UserDefaults(target).boolean(key), false);
 }

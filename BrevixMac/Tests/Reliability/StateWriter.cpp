@@ -50,12 +50,14 @@ int main(int argc, char **argv)
     for (;;) {
         ++number;
         preferences.setLastSignedInUserID(QString::number(number));
+        defaults.waitForWrites();
         report(StoredState::preferences, number);
 
         PromptItem prompt;
         prompt.id = QString::number(number);
         prompt.title = padding(number);
         recents.record(prompt, std::nullopt);
+        defaults.waitForWrites();
         report(StoredState::recents, number);
 
         StoredAuthSession session;
@@ -64,6 +66,7 @@ int main(int argc, char **argv)
         session.refreshToken = QString::number(number);
         session.expiresAt = QDateTime::fromSecsSinceEpoch(1'800'000'000, Qt::UTC);
         defaults.setData(AuthService::storageKey, session.toJson());
+        defaults.waitForWrites();
         report(StoredState::session, number);
 
         Cloud::Transaction transaction(database);

@@ -106,6 +106,7 @@ TEST_F(RecentUsageStoreTest, aRestartShowsTheSameLists)
     now = utc(10).addMSecs(123);
     store.record(makePrompt(u"q"_s, u"T"_s, u"x"_s), std::nullopt);
     store.record(makeSkill(u"s"_s, u"T"_s));
+    defaults.waitForWrites();
     UserDefaults reread(defaults.filePath());
     const RecentUsageStore again(reread);
     EXPECT_EQ(again.recents(), store.recents());

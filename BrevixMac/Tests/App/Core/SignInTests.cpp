@@ -160,6 +160,7 @@ TEST_F(SignInTest, theSessionFileIsForTheUserAloneAndHoldsNoGoogleToken)
     const auto service = beginSignIn();
     browser.openURL(answer());
     ASSERT_TRUE(waitUntilOver(*service));
+    defaults.waitForWrites();
     QFile file(defaults.filePath());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.permissions() &

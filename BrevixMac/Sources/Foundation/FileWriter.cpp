@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FileWriter.h"
+
+#include <utility>
+
+FileWriter::FileWriter()
+{
+    m_thread.setMaxThreadCount(1);
+}
+
+FileWriter::~FileWriter()
+{
+    waitForWrites();
+}
+
+void FileWriter::schedule(const QString &path, Write write)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_pending.insert(path, std::move(write));
+    if (!std::exchange(m_isWriting, true))
+        m_thread.start([this] { writePending(); });
+}
+
+void FileWriter::waitForWrites()
+{
+    m_thread.waitForDone();
+}
+
+void FileWriter::writePending()
+{
+    while (true) {
+        QHash<QString, Write> batch;
+        {
+            const QMutexLocker lock(&m_mutex);
+            batch.swap(m_pending);
+            m_isWriting = !batch.isEmpty();
+        }
+        if (batch.isEmpty())
+            return;
+        for (const Write &write : std::as_const(batch))
+            write();
+    }
+}
