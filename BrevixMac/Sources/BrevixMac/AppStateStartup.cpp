@@ -125,6 +125,7 @@ void AppState::bootstrap()
 {
     m_firebaseBootstrap->check();
     m_configurationIssue = m_firebaseBootstrap->statusMessage();
+    Q_EMIT configurationIssueChanged();
     m_authService->start();
     m_permissions->refresh();
     registerHotkey(m_preferences->preferredShortcut());

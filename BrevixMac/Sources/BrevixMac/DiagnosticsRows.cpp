@@ -8,9 +8,13 @@
 #include "TextLabel.h"
 #include "ThemedButton.h"
 
+#include "Foundation/Text.h"
+
 #include <QVBoxLayout>
 
 namespace {
+
+constexpr qsizetype longestValue = 200; // characters
 
 constexpr int sidePadding = 14;
 constexpr int verticalPadding = 10;
@@ -96,8 +100,9 @@ void DiagnosticsRows::refresh()
 {
     for (const auto &[label, value] : Diagnostics::rows(m_appState)) {
         TextLabel *shown = m_values.value(label);
-        shown->setText(value);
-        shown->setAccessibleName(label + u": " + value);
+        const QString excerpt = Text::excerpt(value, longestValue); // the text below it has the whole
+        shown->setText(excerpt);
+        shown->setAccessibleName(label + u": " + excerpt);
     }
     m_text->setText(Diagnostics::text(m_appState));
 }

@@ -4,7 +4,11 @@
 #include "PromptTemplateParser.h"
 #include "ThemePainting.h"
 
+#include "Foundation/Text.h"
+
 namespace {
+
+constexpr qsizetype longestSubtitle = 200; // characters
 
 // More than a row can show; keeps the cost of a very long text small.
 constexpr qsizetype longestPreview = 200;
@@ -61,7 +65,7 @@ QVariant PickerListModel::headingData(const Row &row, int role) const
     case Qt::AccessibleTextRole:
         return section.subtitle.isEmpty() ? section.title : QString(section.title + u", " + section.subtitle);
     case subtitleRole:
-        return section.subtitle;
+        return Text::excerpt(section.subtitle, longestSubtitle);
     default:
         return {};
     }

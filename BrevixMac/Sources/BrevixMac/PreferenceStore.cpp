@@ -8,6 +8,8 @@
 
 namespace {
 
+PreferenceStore *sharedInstance = nullptr;
+
 const QString preferredShortcutKey = QStringLiteral("preferredShortcut");
 const QString launchAtLoginEnabledKey = QStringLiteral("launchAtLoginEnabled");
 const QString showMenuBarIconKey = QStringLiteral("showMenuBarIcon");
@@ -54,6 +56,19 @@ PreferenceStore::PreferenceStore(UserDefaults &defaults)
     , m_preferredInsertionMethod(loadInsertionMethod(defaults))
     , m_hotkeyTipDismissed(defaults.boolean(hotkeyTipDismissedKey).value_or(false))
 {
+    if (!sharedInstance)
+        sharedInstance = this;
+}
+
+PreferenceStore::~PreferenceStore()
+{
+    if (sharedInstance == this)
+        sharedInstance = nullptr;
+}
+
+PreferenceStore *PreferenceStore::shared()
+{
+    return sharedInstance;
 }
 
 void PreferenceStore::setPreferredShortcut(const KeyboardShortcut &shortcut)

@@ -19,6 +19,10 @@ class PreferenceStore : public QObject
 public:
     /// @p defaults must outlive this object.
     explicit PreferenceStore(UserDefaults &defaults);
+    ~PreferenceStore() override;
+
+    /// The application's own instance: the first one made, while it lives.
+    static PreferenceStore *shared();
 
     KeyboardShortcut preferredShortcut() const { return m_preferredShortcut; }
     bool launchAtLoginEnabled() const { return m_launchAtLoginEnabled; }

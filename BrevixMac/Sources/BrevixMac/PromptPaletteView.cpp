@@ -477,6 +477,13 @@ bool PromptPaletteView::event(QEvent *event)
     return QWidget::event(event);
 }
 
+void PromptPaletteView::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    // Nothing in the picker could show this filter, or take it away.
+    m_appState.setSelectedCategoryID(std::nullopt);
+}
+
 void PromptPaletteView::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() != Qt::Key_Escape)

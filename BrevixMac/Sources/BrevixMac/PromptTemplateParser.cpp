@@ -30,6 +30,15 @@ void forEachField(QStringView text, Visit visit)
     }
 }
 
+/// Whether @p text keeps to the limit with @p value in place of @p placeholder. Values may hold placeholders
+/// of later variables, so that a few short ones can grow without end.
+bool fits(const QString &text, const QString &placeholder, const QString &value)
+{
+    const qsizetype growth = value.size() - placeholder.size();
+    return growth <= 0 ||
+           text.count(placeholder) <= (PromptTemplateParser::maximumRenderedLength - text.size()) / growth;
+}
+
 } // namespace
 
 namespace PromptTemplateParser {
@@ -65,8 +74,9 @@ RenderedPrompt render(const PromptItem &prompt, const VariableValues &values)
     QString text = prompt.text;
     for (const VariableToken &token : variables(prompt.text)) {
         const auto value = values.constFind(token.name);
-        if (value != values.cend())
-            text.replace(u"{{" + token.name + u"}}", *value);
+        const QString placeholder = u"{{" + token.name + u"}}";
+        if (value != values.cend() && fits(text, placeholder, *value))
+            text.replace(placeholder, *value);
     }
     return {.prompt = prompt, .text = text, .variables = values};
 }

@@ -22,8 +22,12 @@ struct Placeholder
 /// The places of all fields that variables() would find, repeated ones too, in order.
 QList<Placeholder> placeholders(const QString &text);
 
+/// The longest text that values may lead to, in UTF-16 units.
+constexpr qsizetype maximumRenderedLength = 16LL * 1024 * 1024;
+
 /// Replaces every exact `{{name}}` by its value, one variable after another. A variable without an entry in
-/// @p values keeps its placeholder; so does a field written with spaces inside its braces.
+/// @p values keeps its placeholder; so does a field written with spaces inside its braces, and one whose
+/// value would make the text longer than maximumRenderedLength.
 RenderedPrompt render(const PromptItem &prompt, const VariableValues &values);
 
 } // namespace PromptTemplateParser

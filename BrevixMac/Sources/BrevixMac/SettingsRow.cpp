@@ -3,10 +3,14 @@
 
 #include "TextLabel.h"
 
+#include "Foundation/Text.h"
+
 #include <QBoxLayout>
 #include <QEvent>
 
 namespace {
+
+constexpr qsizetype longestNote = 400; // characters
 
 constexpr int sidePadding = 14;
 constexpr int verticalPadding = 10;
@@ -80,7 +84,8 @@ void SettingsRow::setSubtitle(const QString &subtitle)
 void SettingsRow::setNote(const QString &note, Theme::Color ink)
 {
     m_note->setInk(ink);
-    showText(*m_note, note);
+    // A note may be whatever a server answered, up to a whole page.
+    showText(*m_note, Text::excerpt(note, longestNote));
 }
 
 void SettingsRow::addControl(QWidget *control)

@@ -5,12 +5,16 @@
 #include "TextLabel.h"
 #include "ThemePainting.h"
 
+#include "Foundation/Text.h"
+
 #include <QHBoxLayout>
 #include <QPainter>
 
 #include <chrono>
 
 namespace {
+
+constexpr qsizetype longestText = 400; // characters
 
 constexpr int padding = 12;
 constexpr int verticalPadding = 10;
@@ -52,12 +56,15 @@ void StatusCard::describe(Tint tint, const QString &symbol, const QString &title
 {
     m_tint = tint;
     m_symbol = symbol;
-    m_title->setText(title);
-    m_title->setVisible(!title.isEmpty());
-    m_detail->setText(detail);
-    m_detail->setVisible(!detail.isEmpty());
-    setAccessibleName(title.isEmpty() ? detail : title);
-    setAccessibleDescription(title.isEmpty() ? QString() : detail);
+    // A message may be whatever a server answered, up to a whole page.
+    const QString shownTitle = Text::excerpt(title, longestText);
+    const QString shownDetail = Text::excerpt(detail, longestText);
+    m_title->setText(shownTitle);
+    m_title->setVisible(!shownTitle.isEmpty());
+    m_detail->setText(shownDetail);
+    m_detail->setVisible(!shownDetail.isEmpty());
+    setAccessibleName(shownTitle.isEmpty() ? shownDetail : shownTitle);
+    setAccessibleDescription(shownTitle.isEmpty() ? QString() : shownDetail);
     update();
 }
 

@@ -19,7 +19,7 @@ public:
 
     explicit StatusCard(QWidget *parent = nullptr);
 
-    /// An empty @p title or @p detail takes no room.
+    /// An empty @p title or @p detail takes no room. Of a long one the beginning is shown.
     void describe(Tint tint, const QString &symbol, const QString &title, const QString &detail);
 
     /// Puts @p button at the right end, in the order of the calls.

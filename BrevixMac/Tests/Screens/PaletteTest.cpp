@@ -278,6 +278,14 @@ TEST_F(PaletteTest, rowsTellCategoryAndVariables)
 
 // Sidebar
 
+TEST_F(PaletteTest, itsCategoryEndsWithItBecauseThePickerCouldNotShowIt)
+{
+    openSample();
+    stage.appState().setSelectedCategoryID(QStringLiteral("hiring"));
+    view().window()->hide();
+    EXPECT_FALSE(stage.appState().selectedCategoryID());
+}
+
 TEST_F(PaletteTest, theSidebarSelectsTheCategory)
 {
     openSample();

@@ -405,15 +405,19 @@ TEST_F(AppStateActionTest, ofTwoInsertionsTheOneThatStillRunsCounts)
     int results = 0;
     QObject::connect(&state->recents(), &RecentUsageStore::recentsChanged, state.get(),
                      [&results] { ++results; });
+    QList<std::pair<bool, int>> changes; // whether one is under way, and how many are done by then
+    QObject::connect(state.get(), &AppState::isInsertingChanged, state.get(), [&] {
+        changes.append({state->isInserting(), results});
+    });
     state->insertRaw(plain);
     ASSERT_FALSE(waitUntil([] { return false; }, std::chrono::milliseconds(8)));
     state->insertRaw(templated);
 
-    ASSERT_TRUE(waitUntil([&results] { return results == 1; }));
-    EXPECT_TRUE(state->isInserting());
-
-    ASSERT_TRUE(waitUntil([&results] { return results == 2; }));
-    EXPECT_FALSE(state->isInserting());
+    ASSERT_TRUE(waitUntil([&] { return results == 2 && !state->isInserting(); }));
+    ASSERT_EQ(changes.size(), 2) << "it stays under way from the first to the last";
+    EXPECT_TRUE(changes.first().first);
+    EXPECT_FALSE(changes.last().first);
+    EXPECT_GE(changes.last().second, 1) << "and does not end with the first";
 }
 
 // What is published

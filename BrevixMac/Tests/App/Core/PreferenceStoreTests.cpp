@@ -48,6 +48,7 @@ TEST_F(PreferenceStoreTest, everyValueSurvivesARestartUnderItsKeyAndForm)
         store.setPreferredInsertionMethod(InsertionMethod::clipboardPaste);
         store.setHotkeyTipDismissed(true);
     }
+    defaults.waitForWrites();
     UserDefaults reread(defaults.filePath());
     const QJsonObject shortcut =
         QJsonDocument::fromJson(reread.data(u"preferredShortcut"_s).value()).object();
@@ -123,4 +124,17 @@ TEST_F(PreferenceStoreTest, assigningTheValueItHasWritesIt)
     PreferenceStore store(defaults);
     store.setOnboardingCompleted(false);
     EXPECT_EQ(defaults.boolean(u"onboardingCompleted"_s), false);
+}
+
+TEST(SharedPreferences, areTheFirstStoreWhileItLives)
+{
+    const QTemporaryDir folder;
+    UserDefaults defaults(folder.filePath(u"defaults.plist"_s));
+    EXPECT_EQ(PreferenceStore::shared(), nullptr);
+    {
+        const PreferenceStore first(defaults);
+        const PreferenceStore second(defaults);
+        EXPECT_EQ(PreferenceStore::shared(), &first);
+    }
+    EXPECT_EQ(PreferenceStore::shared(), nullptr);
 }

@@ -114,3 +114,17 @@ TEST(PromptTemplateParser, hostileTextsTakeLinearTime)
     EXPECT_TRUE(names(u"{{a"_s.repeated(300'000)).isEmpty());
     EXPECT_LT(timer.elapsed(), 2000);
 }
+
+TEST(PromptTemplateParser, valuesThatMultiplyEachOtherDoNotGrowWithoutEnd)
+{
+    QString text;
+    VariableValues values;
+    for (int number = 0; number < 64; ++number) {
+        text += u"{{v%1}}"_s.arg(number);
+        values.insert(u"v%1"_s.arg(number), u"{{v%1}}{{v%1}}"_s.arg(number + 1));
+    }
+    const QString result = rendered(text, values);
+    EXPECT_LE(result.size(), PromptTemplateParser::maximumRenderedLength);
+    EXPECT_GT(result.size(), PromptTemplateParser::maximumRenderedLength / 4);
+    EXPECT_TRUE(result.contains(u"{{v"_s)) << "what does not fit keeps its placeholder";
+}
