@@ -114,7 +114,7 @@ class Endurance:
             for program in self.stage.programs:
                 program.stop()
         if number % 10 == 0:
-            self.memory.append(self.proportional_memory())
+            self.memory.append(self.own_memory())
         print(f"{number:>5} {plan}: {outcome}", flush=True)
 
     def own_clipboard(self, kind):
@@ -244,9 +244,10 @@ class Endurance:
     # The whole
 
     @staticmethod
-    def proportional_memory():
+    def own_memory():
+        """What grows when something leaks, in MiB: unlike the proportional size it does not depend on other programs."""
         text = pathlib.Path(f"/proc/{Stage.brevix.pid}/smaps_rollup").read_text()
-        return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("Pss:")) / 1024
+        return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("Anonymous:")) / 1024
 
     def run(self, rounds):
         Stage.start_brevix()
@@ -274,7 +275,7 @@ class Endurance:
         if len(self.memory) < 3:
             return
         first, last = self.memory[1], self.memory[-1]
-        print(f"memory with {preference}: PSS {first:.1f} MiB after 20 rounds, {last:.1f} MiB at the end "
+        print(f"memory with {preference}: own memory {first:.1f} MiB after 20 rounds, {last:.1f} MiB at the end "
               f"({(last / first - 1) * 100:+.1f} %), highest {max(self.memory):.1f} MiB", flush=True)
         if last > first * 1.05:
             self.violations.append(f"memory grew from {first:.1f} to {last:.1f} MiB")
