@@ -42,7 +42,7 @@ QByteArray askedPasswordHash()
     if (problem.isEmpty() && Console::isInteractive() &&
         Console::askPassword(QStringLiteral("Once more: ")) != password)
         problem = QStringLiteral("The two passwords differ.");
-    const QByteArray hash = problem.isEmpty() ? passwordHash(password) : QByteArray();
+    QByteArray hash = problem.isEmpty() ? passwordHash(password) : QByteArray();
     if (hash.isEmpty())
         Console::fail(problem.isEmpty() ? QStringLiteral("There is not enough memory to hash a password.")
                                         : problem);

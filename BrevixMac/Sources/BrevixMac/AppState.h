@@ -167,9 +167,9 @@ public:
 
     // Sharing: the link ends up on the clipboard; lastInsertionResult() and shareConfirmation() tell. Of two
     // that run at the same time the later to finish is shown.
-    QCoro::Task<> share(PromptItem prompt);
-    QCoro::Task<> share(SkillItem skill);
-    QCoro::Task<> share(PromptCategory category);
+    QCoro::Task<> share(const PromptItem &prompt);
+    QCoro::Task<> share(const SkillItem &skill);
+    QCoro::Task<> share(const PromptCategory &category);
     /// Closes the banner if it still shows @p confirmation; in any case when none is named.
     void dismissShareConfirmation(const std::optional<ShareConfirmation> &confirmation);
 

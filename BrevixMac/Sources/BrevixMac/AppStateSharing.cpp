@@ -4,21 +4,21 @@
 // Sharing: the library store publishes and gives the link, the link goes to the clipboard, and the outcome is
 // told where that of an insertion is.
 
-QCoro::Task<> AppState::share(PromptItem prompt)
+QCoro::Task<> AppState::share(const PromptItem &prompt)
 {
     setLastInsertionResult({});
     setInsertionRecovery({});
     return performShare(prompt.title, m_libraryStore->sharePrompt(prompt), m_tasks.token());
 }
 
-QCoro::Task<> AppState::share(SkillItem skill)
+QCoro::Task<> AppState::share(const SkillItem &skill)
 {
     setLastInsertionResult({});
     setInsertionRecovery({});
     return performShare(skill.title, m_libraryStore->shareSkill(skill), m_tasks.token());
 }
 
-QCoro::Task<> AppState::share(PromptCategory category)
+QCoro::Task<> AppState::share(const PromptCategory &category)
 {
     setLastInsertionResult({});
     setInsertionRecovery({});

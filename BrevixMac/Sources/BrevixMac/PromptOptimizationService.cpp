@@ -51,7 +51,7 @@ QString optimizedText(const QByteArray &body)
     const QJsonObject answer = document.object();
     const QJsonValue result = answer.value(u"result");
     const QJsonObject holder = result.isObject() ? result.toObject() : answer.value(u"data").toObject();
-    const QString text = Text::trimmed(holder.value(u"text").toString());
+    QString text = Text::trimmed(holder.value(u"text").toString());
     if (text.isEmpty())
         throw PromptOptimizationError(Kind::missingOptimizedText);
     return text;

@@ -25,7 +25,7 @@ struct UpdateRelease
 struct UpdateFeed
 {
     /// Largest file that is read, in bytes.
-    static constexpr qint64 maximumSize = 256 * 1024;
+    static constexpr qint64 maximumSize = 256LL * 1024;
 
     /// Length of an Ed25519 public key, in bytes.
     static constexpr qsizetype publicKeySize = 32;
