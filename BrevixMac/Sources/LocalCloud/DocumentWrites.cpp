@@ -14,6 +14,8 @@ namespace Cloud {
 
 namespace {
 
+constexpr qsizetype maximumFieldPaths = 1000;
+
 [[noreturn]] void refuse(const QString &reason)
 {
     throw RequestRefused(invalidArgument(reason));
@@ -148,6 +150,8 @@ DocumentWriter::Result DocumentWriter::apply(const DocumentWrite &write, const Q
 
 QList<FieldPath> parseFieldPaths(const QStringList &texts)
 {
+    if (texts.size() > maximumFieldPaths)
+        refuse(QStringLiteral("A list of fields may have at most %1.").arg(maximumFieldPaths));
     QList<FieldPath> paths;
     for (const QString &text : texts) {
         const auto path = parseFieldPath(text);

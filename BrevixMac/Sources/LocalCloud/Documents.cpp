@@ -37,16 +37,25 @@ QByteArray documentJson(const QString &collectionName, const StoredDocument &doc
 
 QList<StoredDocument> Documents::list(const QString &collection, int limit, const QString &afterID) const
 {
+    QList<StoredDocument> documents;
+    visit(collection, limit, afterID, [&documents](const StoredDocument &document) {
+        documents.append(document);
+        return true;
+    });
+    return documents;
+}
+
+void Documents::visit(const QString &collection, int limit, const QString &afterID, const Visit &visit) const
+{
     // A null text would be bound as NULL, which no id comes after.
     const QString after = afterID.isNull() ? QStringLiteral("") : afterID;
     QSqlQuery query =
         m_database.run(QStringLiteral("SELECT id, fields, created, updated, owner FROM documents"
                                       " WHERE collection = ? AND id > ? ORDER BY id LIMIT ?"),
                        {collection, after, limit});
-    QList<StoredDocument> documents;
     while (query.next())
-        documents.append(documentAt(query));
-    return documents;
+        if (!visit(documentAt(query)))
+            return;
 }
 
 std::optional<StoredDocument> Documents::find(const QString &collection, const QString &id) const
@@ -56,11 +65,6 @@ std::optional<StoredDocument> Documents::find(const QString &collection, const Q
                                       " WHERE collection = ? AND id = ?"),
                        {collection, id});
     return query.next() ? std::optional(documentAt(query)) : std::nullopt;
-}
-
-QList<StoredDocument> Documents::all(const QString &collection) const
-{
-    return list(collection, -1, {});
 }
 
 void Documents::put(const QString &collection, const QString &id, const QJsonObject &fields, Timestamp now,

@@ -8,6 +8,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace Cloud {
@@ -42,10 +43,11 @@ public:
     /// Up to @p limit documents of @p collection whose id comes after @p afterID, in byte order of their ids.
     QList<StoredDocument> list(const QString &collection, int limit, const QString &afterID) const;
 
-    std::optional<StoredDocument> find(const QString &collection, const QString &id) const;
+    /// Gives the same ones to @p visit, one after the other, until it answers false.
+    using Visit = std::function<bool(const StoredDocument &)>;
+    void visit(const QString &collection, int limit, const QString &afterID, const Visit &visit) const;
 
-    /// All documents of @p collection, in byte order of their ids.
-    QList<StoredDocument> all(const QString &collection) const;
+    std::optional<StoredDocument> find(const QString &collection, const QString &id) const;
 
     /// Creates the document or replaces its fields; creation time and owner of an existing one stay.
     void put(const QString &collection, const QString &id, const QJsonObject &fields, Timestamp now,

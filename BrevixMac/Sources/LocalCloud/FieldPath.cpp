@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FieldPath.h"
 
+#include "Values.h"
+
 #include <algorithm>
+#include <vector>
 
 namespace Cloud {
 
 namespace {
+
+constexpr qsizetype maximumPathSize = 1500; // bytes of UTF-8, counted without quotes
 
 bool isPlainName(const QString &name)
 {
@@ -44,6 +49,11 @@ QJsonObject fieldsOfMap(const QJsonValue &value)
     return value.toObject().value(u"mapValue").toObject().value(u"fields").toObject();
 }
 
+QJsonObject mapOf(const QJsonObject &fields)
+{
+    return {{QStringLiteral("mapValue"), QJsonObject{{QStringLiteral("fields"), fields}}}};
+}
+
 bool isMap(const QJsonValue &value)
 {
     return value.toObject().contains(u"mapValue");
@@ -54,17 +64,22 @@ bool isMap(const QJsonValue &value)
 std::optional<FieldPath> parseFieldPath(const QString &text)
 {
     FieldPath path;
-    for (qsizetype position = 0;;) {
+    qsizetype size = -1; // no dot in front of the first name
+    for (qsizetype position = 0; path.size() < maximumDepth;) {
         const bool isQuoted = position < text.size() && text[position] == u'`';
         const auto name = isQuoted ? quotedName(text, position) : plainName(text, position);
         if (!name || name->isEmpty())
             return std::nullopt;
         path.append(*name);
+        size += name->toUtf8().size() + 1;
+        if (size > maximumPathSize)
+            return std::nullopt;
         if (position == text.size())
             return path;
         if (text[position++] != u'.')
             return std::nullopt;
     }
+    return std::nullopt;
 }
 
 QJsonValue valueAt(const QJsonObject &fields, const FieldPath &path)
@@ -77,21 +92,20 @@ QJsonValue valueAt(const QJsonObject &fields, const FieldPath &path)
 
 void setValueAt(QJsonObject &fields, const FieldPath &path, const QJsonValue &value)
 {
-    const QString &name = path.constFirst();
-    if (path.size() == 1) {
-        if (value.isUndefined())
-            fields.remove(name);
-        else
-            fields.insert(name, value);
-        return;
+    std::vector<QJsonObject> maps{fields}; // on the way down
+    for (const QString &name : path.first(path.size() - 1)) {
+        const QJsonValue present = maps.back().value(name);
+        if (value.isUndefined() && !isMap(present))
+            return;
+        maps.push_back(fieldsOfMap(present));
     }
-    const QJsonValue present = fields.value(name);
-    if (value.isUndefined() && !isMap(present))
-        return;
-    QJsonObject inner = fieldsOfMap(present);
-    setValueAt(inner, path.sliced(1), value);
-    fields.insert(name,
-                  QJsonObject{{QStringLiteral("mapValue"), QJsonObject{{QStringLiteral("fields"), inner}}}});
+    if (value.isUndefined())
+        maps.back().remove(path.constLast());
+    else
+        maps.back().insert(path.constLast(), value);
+    for (std::size_t depth = maps.size() - 1; depth > 0; --depth)
+        maps[depth - 1].insert(path[qsizetype(depth) - 1], mapOf(maps[depth]));
+    fields = maps.front();
 }
 
 QJsonObject projected(const QJsonObject &fields, const QList<FieldPath> &paths)

@@ -12,7 +12,8 @@ namespace Cloud {
 /// The names that lead through nested maps to one field.
 using FieldPath = QStringList;
 
-/// Reads "a.b" and "`a b`.c"; nothing for a text that is no field path.
+/// Reads "a.b" and "`a b`.c"; nothing for a text that is no field path, or one of more names than values may
+/// be nested, or longer than 1,500 bytes.
 std::optional<FieldPath> parseFieldPath(const QString &text);
 
 /// The value at @p path of a document's @p fields; undefined when there is none.

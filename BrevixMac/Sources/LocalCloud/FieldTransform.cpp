@@ -6,9 +6,13 @@
 #include "RequestRefused.h"
 #include "Values.h"
 
+#include <set>
+
 namespace Cloud {
 
 namespace {
+
+constexpr qsizetype maximumTransforms = 500; // of one write
 
 const QJsonObject nullValue{{QStringLiteral("nullValue"), QJsonValue::Null}};
 
@@ -38,11 +42,23 @@ QJsonObject extremum(const QJsonObject &present, const QJsonObject &operand, int
     return isNumber(present) && compareValues(operand, present) * wanted <= 0 ? present : operand;
 }
 
-bool holds(const QJsonArray &values, const QJsonValue &value)
+struct Before
 {
-    return std::any_of(values.begin(), values.end(), [&](const QJsonValue &element) {
-        return compareValues(element.toObject(), value.toObject()) == 0;
-    });
+    bool operator()(const QJsonObject &left, const QJsonObject &right) const
+    {
+        return compareValues(left, right) < 0;
+    }
+};
+
+/// Values in their order, to look equal ones up: 1 and 1.0 are the same.
+using ValueSet = std::set<QJsonObject, Before>;
+
+ValueSet setOf(const QJsonArray &values)
+{
+    ValueSet set;
+    for (const QJsonValue &value : values)
+        set.insert(value.toObject());
+    return set;
 }
 
 QJsonArray elementsOf(const QJsonObject &array)
@@ -58,27 +74,31 @@ QJsonObject arrayOf(const QJsonArray &elements)
     return {{QStringLiteral("arrayValue"), content}};
 }
 
-/// The operand of an array transform, checked by the same rules as a value.
+/// The operand of an array transform, checked by the same rules as a value and for the size of a document.
 QJsonArray arrayOperand(const QJsonValue &json)
 {
-    return elementsOf(canonicalValue(QJsonObject{{QStringLiteral("arrayValue"), json}}));
+    const QString name = QStringLiteral("operand");
+    const QJsonObject array{{QStringLiteral("arrayValue"), json}};
+    return elementsOf(canonicalFields(QJsonObject{{name, array}}).value(name).toObject());
 }
 
 QJsonObject withMissing(const QJsonObject &present, const QJsonArray &operand)
 {
     QJsonArray elements = elementsOf(present);
+    ValueSet held = setOf(elements);
     for (const QJsonValue &element : operand)
-        if (!holds(elements, element))
+        if (held.insert(element.toObject()).second)
             elements.append(element);
     return arrayOf(elements);
 }
 
 QJsonObject without(const QJsonObject &present, const QJsonArray &operand)
 {
+    const ValueSet removed = setOf(operand);
     QJsonArray elements;
     const QJsonArray before = elementsOf(present);
     for (const QJsonValue &element : before)
-        if (!holds(operand, element))
+        if (!removed.contains(element.toObject()))
             elements.append(element);
     return arrayOf(elements);
 }
@@ -114,6 +134,8 @@ Outcome outcomeOf(const QString &kind, const QJsonValue &operand, const QJsonObj
 
 QJsonArray transformFields(QJsonObject &fields, const QJsonArray &transforms, Timestamp now)
 {
+    if (transforms.size() > maximumTransforms)
+        refuse(QStringLiteral("A write may transform at most %1 fields.").arg(maximumTransforms));
     QJsonArray results;
     for (const QJsonValue &json : transforms) {
         QJsonObject transform = json.toObject();

@@ -25,20 +25,35 @@ void refuseTransactions(const QJsonObject &body)
             throw RequestRefused(unimplemented());
 }
 
-/// [{…},{…}] of @p entries, each with the time it was read at.
-Response streamAnswer(const QList<QByteArray> &entries, Timestamp readTime)
+/// [{…},{…}], which grows entry by entry up to a limit; each entry says when it was read.
+class StreamAnswer
 {
-    const QByteArray time = R"("readTime":")" + formatTimestamp(readTime) + "\"}";
-    QByteArray json = "[";
-    for (const QByteArray &entry : entries) {
-        if (json.size() > 1)
-            json += ',';
-        json += '{' + entry + ',' + time;
+public:
+    StreamAnswer(Timestamp readTime, qsizetype maximumSize)
+        : m_time(R"("readTime":")" + formatTimestamp(readTime) + "\"}")
+        , m_maximumSize(maximumSize)
+    {
     }
-    if (entries.isEmpty())
-        json += '{' + time;
-    return rawJsonAnswer(json + ']');
-}
+
+    void append(const QByteArray &entry)
+    {
+        if (m_json.size() + entry.size() > m_maximumSize)
+            throw RequestRefused(invalidArgument(QStringLiteral("The answer would be too large.")));
+        m_json += (m_json.size() > 1 ? ",{" : "{") + entry + ',' + m_time;
+    }
+
+    Response whole()
+    {
+        if (m_json.size() == 1) // even nothing was read at some time
+            m_json += '{' + m_time;
+        return rawJsonAnswer(m_json + ']');
+    }
+
+private:
+    const QByteArray m_time;
+    const qsizetype m_maximumSize;
+    QByteArray m_json = "[";
+};
 
 QJsonObject fieldsOf(const StoredDocument &document)
 {
@@ -52,10 +67,12 @@ QByteArray compact(const QJsonObject &fields)
 
 } // namespace
 
-FirestoreQueryApi::FirestoreQueryApi(const Documents &documents, DocumentAccess access, Clock clock)
+FirestoreQueryApi::FirestoreQueryApi(const Documents &documents, DocumentAccess access, Clock clock,
+                                     qsizetype maximumSize)
     : m_documents(documents)
     , m_access(std::move(access))
     , m_clock(std::move(clock))
+    , m_maximumSize(maximumSize)
 {
 }
 
@@ -67,8 +84,12 @@ Response FirestoreQueryApi::batchGet(const Request &request, const QString &uid)
     std::optional<QList<FieldPath>> mask;
     if (body.contains(u"mask"))
         mask = parseFieldPaths(textsOf(body.value(u"mask").toObject().value(u"fieldPaths")));
-    QList<QByteArray> entries;
-    for (const QString &name : textsOf(body.value(u"documents"))) {
+    const QStringList names = textsOf(body.value(u"documents"));
+    if (names.size() > maximumNames)
+        throw RequestRefused(invalidArgument(
+            QStringLiteral("At most %1 documents can be read by name at once.").arg(maximumNames)));
+    StreamAnswer answer(m_clock(), m_maximumSize);
+    for (const QString &name : names) {
         const ResourcePath path = m_access.resolve(name);
         m_access.requireReading(uid, path);
         if (!path.isDocument())
@@ -77,11 +98,11 @@ Response FirestoreQueryApi::batchGet(const Request &request, const QString &uid)
         if (found && mask)
             found->fields = compact(projected(fieldsOf(*found), *mask));
         if (found)
-            entries.append(R"("found":)" + documentJson(path.collectionName(), *found));
+            answer.append(R"("found":)" + documentJson(path.collectionName(), *found));
         else
-            entries.append(R"("missing":)" + jsonString(name));
+            answer.append(R"("missing":)" + jsonString(name));
     }
-    return streamAnswer(entries, m_clock());
+    return answer.whole();
 }
 
 Response FirestoreQueryApi::runQuery(const ResourcePath &parent, const Request &request,
@@ -97,14 +118,21 @@ Response FirestoreQueryApi::runQuery(const ResourcePath &parent, const Request &
     m_access.requireReading(uid, *collection);
     const QString collectionName = collection->collectionName();
     QList<QueriedDocument> documents;
-    for (const StoredDocument &stored : m_documents.all(collection->collection()))
+    qsizetype size = 0;
+    m_documents.visit(collection->collection(), -1, {}, [&](const StoredDocument &stored) {
+        size += stored.fields.size();
+        if (size > m_maximumSize)
+            throw RequestRefused(
+                invalidArgument(QStringLiteral("The collection is too large to be queried.")));
         documents.append({stored, fieldsOf(stored), collectionName + u'/' + stored.id});
-    QList<QByteArray> entries;
+        return true;
+    });
+    StreamAnswer answer(m_clock(), m_maximumSize);
     for (QueriedDocument &document : query.run(documents)) {
         document.stored.fields = compact(document.fields);
-        entries.append(R"("document":)" + documentJson(collectionName, document.stored));
+        answer.append(R"("document":)" + documentJson(collectionName, document.stored));
     }
-    return streamAnswer(entries, m_clock());
+    return answer.whole();
 }
 
 } // namespace Cloud

@@ -11,7 +11,12 @@ namespace Cloud {
 class FirestoreQueryApi
 {
 public:
-    FirestoreQueryApi(const Documents &documents, DocumentAccess access, Clock clock);
+    static constexpr qsizetype maximumNames = 500;                  ///< of documents in one request
+    static constexpr qsizetype usualMaximumSize = 64 * 1024 * 1024; // bytes
+
+    /// Answers larger than @p maximumSize bytes, and queries over larger collections, are refused.
+    FirestoreQueryApi(const Documents &documents, DocumentAccess access, Clock clock,
+                      qsizetype maximumSize = usualMaximumSize);
 
     /// POST on "documents:batchGet".
     Response batchGet(const Request &request, const QString &uid) const;
@@ -23,6 +28,7 @@ private:
     const Documents &m_documents;
     DocumentAccess m_access;
     Clock m_clock;
+    qsizetype m_maximumSize;
 };
 
 } // namespace Cloud

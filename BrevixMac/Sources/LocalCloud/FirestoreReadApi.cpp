@@ -12,9 +12,6 @@ namespace Cloud {
 
 namespace {
 
-/// A page ends early rather than growing beyond this many bytes; the next one goes on.
-constexpr qsizetype maximumAnswerSize = 32 * 1024 * 1024;
-
 const QByteArray pageTokenPrefix = "1:";
 
 QString pageTokenAfter(const QString &id)
@@ -76,21 +73,27 @@ Response FirestoreReadApi::document(const ResourcePath &path) const
 
 Response FirestoreReadApi::list(const ResourcePath &path, int pageSize, const QString &afterID) const
 {
-    // One more than the page holds tells whether there is another page.
-    const QList<StoredDocument> found = m_documents.list(path.collection(), pageSize + 1, afterID);
-    if (found.isEmpty())
-        return rawJsonAnswer("{}");
     const QString collectionName = path.collectionName();
     QByteArray json = R"({"documents":[)";
     int count = 0;
-    for (; count < std::min(pageSize, int(found.size())) && json.size() < maximumAnswerSize; ++count) {
-        if (count > 0)
+    QString lastID;
+    bool isMore = false;
+    const auto append = [&](const StoredDocument &document) {
+        isMore = count == pageSize || json.size() >= m_maximumAnswerSize;
+        if (isMore)
+            return false;
+        if (count++ > 0)
             json += ',';
-        json += documentJson(collectionName, found[count]);
-    }
+        json += documentJson(collectionName, document);
+        lastID = document.id;
+        return true;
+    };
+    m_documents.visit(path.collection(), pageSize + 1, afterID, append);
+    if (count == 0)
+        return rawJsonAnswer("{}");
     json += ']';
-    if (count < found.size())
-        json += R"(,"nextPageToken":)" + jsonString(pageTokenAfter(found[count - 1].id));
+    if (isMore)
+        json += R"(,"nextPageToken":)" + jsonString(pageTokenAfter(lastID));
     return rawJsonAnswer(json + '}');
 }
 

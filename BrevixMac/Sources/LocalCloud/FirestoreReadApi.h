@@ -16,8 +16,15 @@ public:
     static constexpr int defaultPageSize = 20;
     static constexpr int maximumPageSize = 500;
 
-    explicit FirestoreReadApi(const Documents &documents)
+    /// A page ends early once it is larger than this, and the next one goes on. Brevix follows no page token,
+    /// so this is more than it takes of a page: what it cannot have whole it reports rather than showing a
+    /// part.
+    static constexpr qsizetype usualMaximumAnswerSize = 160 * 1024 * 1024; // bytes
+
+    explicit FirestoreReadApi(const Documents &documents,
+                              qsizetype maximumAnswerSize = usualMaximumAnswerSize)
         : m_documents(documents)
+        , m_maximumAnswerSize(maximumAnswerSize)
     {
     }
 
@@ -28,6 +35,7 @@ private:
     Response list(const ResourcePath &path, int pageSize, const QString &afterID) const;
 
     const Documents &m_documents;
+    qsizetype m_maximumAnswerSize;
 };
 
 } // namespace Cloud

@@ -10,6 +10,9 @@ namespace Cloud {
 
 namespace {
 
+/// Bytes. A small body travels in one piece with its head; the socket takes a large one over without a copy.
+constexpr qsizetype copiedBodySize = 1024 * 1024;
+
 /// The values of the header called @p lowerCaseName in @p head.
 QList<QByteArray> headerValues(const QByteArray &head, QByteArrayView lowerCaseName)
 {
@@ -111,10 +114,14 @@ void HttpConnection::waitForAnswer(const Request &request, const Response &respo
 
 void HttpConnection::write(const Request &request, const Response &response, bool keepsOpen)
 {
-    QByteArray bytes = headOf(response, keepsOpen);
-    if (request.method != "HEAD")
-        bytes += response.body;
-    send(bytes);
+    const QByteArray head = headOf(response, keepsOpen);
+    const QByteArray body = request.method == "HEAD" ? QByteArray() : response.body;
+    if (body.size() < copiedBodySize) {
+        send(head + body);
+    } else {
+        m_socket.write(head);
+        send(body);
+    }
     m_received = 0;
     m_headComplete = false;
     m_head.clear();

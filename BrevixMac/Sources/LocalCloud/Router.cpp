@@ -8,6 +8,7 @@
 
 #include <QLoggingCategory>
 
+#include <exception>
 #include <utility>
 
 namespace Cloud {
@@ -62,6 +63,9 @@ Response Router::handle(const Request &request)
         qCWarning(logRouter) << "A request failed in the database:" << error.what();
         return errorAnswer(503, "UNAVAILABLE",
                            QStringLiteral("The library database cannot be used right now."));
+    } catch (const std::exception &error) {
+        qCCritical(logRouter) << "A request failed:" << error.what();
+        return errorAnswer(500, "INTERNAL", QStringLiteral("The server could not carry this out."));
     }
 }
 

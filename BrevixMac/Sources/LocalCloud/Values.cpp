@@ -17,7 +17,6 @@ namespace Cloud {
 
 namespace {
 
-constexpr int maximumDepth = 20;
 constexpr qsizetype maximumNameSize = 1500;                // bytes of UTF-8
 constexpr qsizetype maximumDocumentSize = 2 * 1024 * 1024; // of JSON, which is larger than what it says
 
@@ -48,10 +47,9 @@ QJsonValue canonicalInteger(const QJsonValue &value)
 {
     bool isInteger = false;
     qint64 number = value.toString().toLongLong(&isInteger);
-    if (value.isDouble()) {
-        const double real = value.toDouble();
-        isInteger = real == std::floor(real) && std::abs(real) < 9.3e18;
-        number = value.toInteger();
+    if (value.isDouble()) { // what is no whole number of 64 bits gives the default, whichever that is
+        number = value.toInteger(0);
+        isInteger = number == value.toInteger(1);
     }
     if (!isInteger)
         refuse(QStringLiteral("An integerValue must be a whole number of 64 bits."));

@@ -6,6 +6,9 @@
 
 namespace Cloud {
 
+/// How deep values may be nested, and so how many names a field path may have.
+constexpr int maximumDepth = 20;
+
 /// The one form in which a document's value is stored and answered, whichever of its forms a client has sent:
 /// integers as text, times in UTC with microseconds. Throws RequestRefused for what is no value.
 QJsonObject canonicalValue(const QJsonValue &value);

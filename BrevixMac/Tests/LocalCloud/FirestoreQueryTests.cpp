@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "LocalCloud/FirestoreQueryApi.h"
 #include "LocalCloud/FirestoreWritingFixture.h"
+#include "LocalCloud/RequestRefused.h"
 
 using namespace Cloud;
 
@@ -198,4 +200,47 @@ TEST_F(FirestoreQuerying, batchGetTellsFoundFromMissing)
     EXPECT_EQ(status(request), 400);
     request.body = R"({"newTransaction":{}})";
     EXPECT_EQ(status(request), 501);
+}
+
+TEST_F(FirestoreQuerying, readingByNameHasItsLimit)
+{
+    const auto batchGet = [this](int count) {
+        Request request = get("/v1/projects/demo/databases/(default)/documents:batchGet");
+        request.method = "POST";
+        const QByteArray element = '"' + name("items/a") + "\",";
+        request.body = R"({"documents":[)" + element.repeated(count).chopped(1) + "]}";
+        return service->handle(request);
+    };
+    const Response most = batchGet(FirestoreQueryApi::maximumNames);
+    EXPECT_EQ(most.status, 200);
+    EXPECT_EQ(QJsonDocument::fromJson(most.body).array().size(), FirestoreQueryApi::maximumNames);
+    EXPECT_EQ(batchGet(FirestoreQueryApi::maximumNames + 1).status, 400);
+}
+
+TEST_F(FirestoreQuerying, answersThatGrowTooLargeAreRefused)
+{
+    Database database(databasePath());
+    ASSERT_TRUE(database.open());
+    const Documents documents(database);
+    const DocumentAccess access(QStringLiteral("demo"), QStringLiteral("brevix-app"));
+    const auto batchGet = [&](qsizetype maximumSize) {
+        const FirestoreQueryApi api(
+            documents, access, [this] { return now; }, maximumSize);
+        Request request = get({});
+        request.body = R"({"documents":[")" + name("items/a") + R"(",")" + name("items/b") + R"("]})";
+        return api.batchGet(request, QStringLiteral("local-user")).body.size();
+    };
+    const qsizetype size = batchGet(10'000);
+    EXPECT_EQ(batchGet(size), size);
+    EXPECT_THROW(batchGet(size / 2), RequestRefused);
+    const auto runQuery = [&](qsizetype maximumSize) {
+        const FirestoreQueryApi api(
+            documents, access, [this] { return now; }, maximumSize);
+        Request request = get({});
+        request.body = R"({"structuredQuery":{"from":[{"collectionId":"items"}],"limit":1}})";
+        const auto parent = access.resolve(QString::fromLatin1(name({}).chopped(1)));
+        return api.runQuery(parent, request, QStringLiteral("local-user")).body.size();
+    };
+    EXPECT_GT(runQuery(10'000), 0);
+    EXPECT_THROW(runQuery(300), RequestRefused) << "the collection is larger, though the answer is not";
 }

@@ -2,6 +2,7 @@
 #include "LocalCloud/ServiceFixture.h"
 
 #include "LocalCloud/FirestoreReadApi.h"
+#include "Support/TestMain.h"
 
 #include <QSet>
 
@@ -121,6 +122,43 @@ TEST_F(FirestoreReading, pageThatHoldsEverythingHasNoToken)
 {
     storeMany(20);
     EXPECT_FALSE(answer(get(libraryPath("many"))).contains(u"nextPageToken"));
+}
+
+TEST_F(FirestoreReading, pageOfManyLargeDocumentsIsNotCutShort)
+{
+    const QJsonObject large = title(QString(1024 * 1024, QLatin1Char('x')));
+    for (int i = 0; i < 40; ++i)
+        store(QStringLiteral("many"), QString::number(i), large);
+    const QJsonObject page = answer(get(libraryPath("many"), "pageSize=500"));
+    EXPECT_EQ(page.value(u"documents").toArray().size(), 40);
+    EXPECT_FALSE(page.contains(u"nextPageToken"));
+}
+
+TEST_F(FirestoreReading, pageThatGrowsTooLargeEndsAndTheNextOneGoesOn)
+{
+    storeMany(10);
+    Database database(databasePath());
+    ASSERT_TRUE(database.open());
+    const Documents documents(database);
+    const FirestoreReadApi api(documents, 500);
+    const auto path =
+        ResourcePath::fromPieces(QStringLiteral("projects/demo/databases/(default)/documents/artifacts/"
+                                                "brevix-app/users/local-user/many")
+                                     .split(QLatin1Char('/')));
+    ASSERT_TRUE(path);
+    QStringList ids;
+    QByteArray query = "pageSize=500";
+    for (int pages = 1; pages <= 10; ++pages) {
+        const QJsonObject page = jsonOf(api.get(*path, get({}, query)));
+        EXPECT_FALSE(idsOf(page).isEmpty());
+        ids += idsOf(page);
+        query = "pageToken=" + page.value(u"nextPageToken").toString().toLatin1();
+        if (!page.contains(u"nextPageToken"))
+            break;
+        EXPECT_LT(idsOf(page).size(), 5);
+    }
+    EXPECT_EQ(ids.size(), 10);
+    EXPECT_EQ(QSet<QString>(ids.begin(), ids.end()).size(), 10);
 }
 
 TEST_F(FirestoreReading, deletedDocumentBetweenPagesShiftsNothing)
@@ -282,4 +320,22 @@ TEST_F(FirestoreReading, unknownAddressesAndMethodsAreNotFound)
         EXPECT_EQ(response.status, 404) << method.constData() << ' ' << path.constData();
         EXPECT_EQ(errorOf(response).value(u"status").toString(), QStringLiteral("NOT_FOUND"));
     }
+}
+
+TEST_F(FirestoreReading, failureOfTheServerItselfIsAnAnswerToo)
+{
+    bool isBroken = false;
+    service = std::make_unique<Service>(demoSite(), databasePath(), signingKey, [&] {
+        if (isBroken)
+            throw std::runtime_error("the clock stands still");
+        return now;
+    });
+    isBroken = true;
+    expectWarning(QStringLiteral("the clock stands still"));
+    const Response response = service->handle(get(libraryPath("prompts")));
+    EXPECT_EQ(response.status, 500);
+    EXPECT_EQ(errorOf(response).value(u"status").toString(), QStringLiteral("INTERNAL"));
+    EXPECT_FALSE(response.body.contains("clock")) << "what has failed inside is nobody's business";
+    isBroken = false;
+    EXPECT_EQ(status(get(libraryPath("prompts"))), 200);
 }

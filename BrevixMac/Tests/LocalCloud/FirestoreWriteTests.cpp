@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LocalCloud/FirestoreWritingFixture.h"
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
 
 using namespace Cloud;
@@ -309,4 +310,104 @@ TEST_F(FirestoreWriting, whatIsNotDoneSaysSo)
                                                                            {"DELETE", own + "notes"},
                                                                            {"PUT", own + "notes/n"}})
         EXPECT_EQ(send(method, path, titleA).status, 404) << method.constData();
+}
+
+TEST_F(FirestoreWriting, fieldPathsHaveTheirLimits)
+{
+    const QByteArray deep = QByteArray("a.").repeated(19) + 'a';
+    const struct
+    {
+        QByteArray path;
+        int status;
+    } cases[] = {{deep, 200},
+                 {"a." + deep, 400},
+                 {QByteArray("a.").repeated(1'000'000) + 'a', 400},
+                 {QByteArray(1500, 'x'), 200},
+                 {QByteArray(1501, 'x'), 400},
+                 {QByteArray(750, 'x') + '.' + QByteArray(749, 'y'), 200},
+                 {QByteArray(750, 'x') + '.' + QByteArray(750, 'y'), 400},
+                 {'`' + QByteArray(1500, '.') + '`', 200},
+                 {'`' + QByteArray(2'000'000, '.') + '`', 400}};
+    for (const auto &[path, expected] : cases) {
+        const QByteArray transform = R"({"transform":{"document":")" + name("n/x") +
+                                     R"(","fieldTransforms":[{"fieldPath":")" + path +
+                                     R"(","setToServerValue":"REQUEST_TIME"}]}})";
+        EXPECT_EQ(commit(transform).status, expected) << path.left(60).constData() << ' ' << path.size();
+    }
+}
+
+TEST_F(FirestoreWriting, listsOfFieldsAndTransformsHaveTheirLimits)
+{
+    const auto list = [](const QByteArray &element, int count) {
+        return QByteArray(element + ',').repeated(count).chopped(1);
+    };
+    const QByteArray transform = R"({"fieldPath":"n","increment":{"integerValue":"1"}})";
+    const QByteArray document = R"({"update":{"name":")" + name("n/x") + R"("})";
+    const struct
+    {
+        QByteArray rest;
+        int status;
+    } cases[] = {{R"(,"updateMask":{"fieldPaths":[)" + list(R"("a")", 1000) + "]}", 200},
+                 {R"(,"updateMask":{"fieldPaths":[)" + list(R"("a")", 1001) + "]}", 400},
+                 {R"(,"updateTransforms":[)" + list(transform, 500) + "]", 200},
+                 {R"(,"updateTransforms":[)" + list(transform, 501) + "]", 400}};
+    for (const auto &[rest, expected] : cases)
+        EXPECT_EQ(commit(document + rest + '}').status, expected) << rest.left(60).constData();
+    EXPECT_EQ(fieldsOf("n/x"), json(R"({"n":{"integerValue":"500"}})"));
+}
+
+TEST_F(FirestoreWriting, largeListsAreUnitedAndReducedWithoutComparingAllWithAll)
+{
+    QByteArray numbers, doubles;
+    for (int i = 0; i < 16'000; ++i) {
+        numbers += R"(,{"integerValue":")" + QByteArray::number(i) + "\"}";
+        doubles += R"(,{"doubleValue":)" + QByteArray::number(i + 8'000) + '}';
+    }
+    const auto transform = [this](const QByteArray &kind, const QByteArray &values) {
+        return commit(R"({"transform":{"document":")" + name("n/x") +
+                      R"(","fieldTransforms":[{"fieldPath":"l",")" + kind + R"(":{"values":[)" +
+                      values.sliced(1) + "]}}]}}");
+    };
+    const auto length = [this] {
+        return fieldsOf("n/x").value(u"l")[u"arrayValue"][u"values"].toArray().size();
+    };
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(transform("appendMissingElements", numbers).status, 200);
+    EXPECT_EQ(transform("appendMissingElements", doubles).status, 200);
+    EXPECT_EQ(length(), 24'000) << "1 and 1.0 are equal";
+    EXPECT_EQ(transform("removeAllFromArray", doubles).status, 200);
+    EXPECT_EQ(length(), 8'000);
+    EXPECT_LT(timer.elapsed(), 20'000) << "all with all takes minutes";
+    const QByteArray huge = R"(,{"stringValue":")" + QByteArray(2 * 1024 * 1024, 'x') + "\"}";
+    EXPECT_EQ(transform("appendMissingElements", huge).status, 400);
+    EXPECT_EQ(transform("removeAllFromArray", huge).status, 400);
+}
+
+TEST_F(FirestoreWriting, integersKeepEveryDigitOrAreRefused)
+{
+    const struct
+    {
+        QByteArray sent;
+        QByteArray stored; // empty: refused
+    } cases[] = {{"9007199254740993", "9007199254740993"},
+                 {"9223372036854775807", "9223372036854775807"},
+                 {"-9223372036854775808", "-9223372036854775808"},
+                 {R"("9223372036854775807")", "9223372036854775807"},
+                 {"9223372036854775808", ""},
+                 {R"("9223372036854775808")", ""},
+                 {"9.25e18", ""},
+                 {"-9.25e18", ""},
+                 {"1e300", ""},
+                 {"1.5", ""},
+                 {"4e18", "4000000000000000000"}};
+    for (const auto &[sent, stored] : cases) {
+        const int status =
+            send("PATCH", own + "n/i", R"({"fields":{"i":{"integerValue":)" + sent + "}}}").status;
+        EXPECT_EQ(status, stored.isEmpty() ? 400 : 200) << sent.constData();
+        if (!stored.isEmpty()) {
+            EXPECT_EQ(fieldsOf("n/i").value(u"i")[u"integerValue"].toString().toLatin1(), stored)
+                << sent.constData();
+        }
+    }
 }
