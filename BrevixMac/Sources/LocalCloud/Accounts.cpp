@@ -18,7 +18,6 @@ constexpr qsizetype refreshTokenSize = 32;
 constexpr qsizetype sessionNameSize = 12;
 constexpr qsizetype identifierSize = 28;
 constexpr qsizetype longestName = 100;
-constexpr qsizetype longestEmail = 254; // RFC 5321
 
 /// How long a replaced token is remembered, to tell a reused one from an unknown one.
 constexpr std::chrono::hours replacedTokenMemory{24 * 30};

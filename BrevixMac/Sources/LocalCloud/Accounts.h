@@ -32,6 +32,8 @@ public:
     /// was lost, must not end a session.
     static constexpr std::chrono::seconds replacementGrace{10};
 
+    static constexpr qsizetype longestEmail = 254; ///< characters; RFC 5321
+
     /// The user of this computer, who needs no sign-in.
     static const Account &localUser();
 

@@ -27,6 +27,14 @@ Response redirectWithError(const AuthorizationRequest &request, const char *erro
     return redirect(request.redirectUrl(QStringLiteral("error"), QLatin1String(error)));
 }
 
+const QString wrongLogIn = QStringLiteral("The e-mail address or the password is wrong.");
+
+QString tooManyTries(std::chrono::seconds wait)
+{
+    return wait.count() == 1 ? QStringLiteral("Too many tries. Please wait a second.")
+                             : QStringLiteral("Too many tries. Please wait %1 seconds.").arg(wait.count());
+}
+
 /// False when a browser says that another site's page has sent this form.
 bool isFromOwnPage(const Request &request)
 {
@@ -93,23 +101,27 @@ Response AuthorizationApi::choose(const AuthorizationRequest &request, const QUr
     return page.answer();
 }
 
-/// Whether the address or the password is wrong shows neither in the answer nor in the time it takes.
+/// Whether the address or the password is wrong shows neither in the answer nor in the time it takes. What no
+/// account can have is neither looked up nor remembered.
 Response AuthorizationApi::logIn(const AuthorizationRequest &request, const QUrlQuery &form)
 {
     const QString email = formValue(form, QStringLiteral("email")).trimmed();
     const QString password = formValue(form, QStringLiteral("password"));
+    if (email.size() > Accounts::longestEmail || password.size() > longestPassword)
+        return refuseLogIn(request, email.left(Accounts::longestEmail), wrongLogIn);
     const auto wait = m_throttle.waitFor(email);
     if (wait.count() > 0)
-        return refuseLogIn(request, email,
-                           QStringLiteral("Too many tries. Please wait %1 seconds.").arg(wait.count()));
+        return refuseLogIn(request, email, tooManyTries(wait));
+    const auto account = m_accounts.findByEmail(email);
+    const QByteArray hash = account ? m_accounts.passwordHash(account->uid) : QByteArray();
     Response response;
-    response.later = [this, request, email, password](const std::function<void(const Response &)> &reply) {
-        const auto account = m_accounts.findByEmail(email);
-        const QByteArray hash = account ? m_accounts.passwordHash(account->uid) : QByteArray();
+    response.later = [=, this](const std::function<void(const Response &)> &reply) {
         const auto finish = [this, request, email, account, reply](bool matches) {
             reply(finishLogIn(request, email, account, matches));
         };
-        if (!m_passwords->start(hash, password, finish))
+        if (m_passwords->start(hash, password, finish))
+            m_throttle.tried(email);
+        else
             reply(refuseLogIn(request, email, QStringLiteral("The server is busy. Please try again.")));
     };
     return response;
@@ -122,8 +134,7 @@ Response AuthorizationApi::finishLogIn(const AuthorizationRequest &request, cons
         m_throttle.succeeded(email);
         return grant(request, account->uid);
     }
-    m_throttle.failed(email);
-    return refuseLogIn(request, email, QStringLiteral("The e-mail address or the password is wrong."));
+    return refuseLogIn(request, email, wrongLogIn);
 }
 
 Response AuthorizationApi::refuseLogIn(const AuthorizationRequest &request, const QString &email,

@@ -13,7 +13,6 @@ namespace Cloud {
 namespace {
 
 constexpr qsizetype shortestPassword = 10; // characters
-constexpr qsizetype longestPassword = 200;
 
 /// The library's cost for sign-ins: 64 MiB and two passes.
 constexpr auto passes = crypto_pwhash_OPSLIMIT_INTERACTIVE;

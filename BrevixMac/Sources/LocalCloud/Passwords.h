@@ -9,6 +9,8 @@
 
 namespace Cloud {
 
+constexpr qsizetype longestPassword = 200; // characters
+
 /// Why @p password cannot be one, for the person who chose it; empty when it can.
 QString passwordProblem(const QString &password);
 

@@ -9,7 +9,6 @@ namespace Cloud {
 namespace {
 
 constexpr std::chrono::minutes memory{15};
-constexpr qsizetype maximumEntries = 10'000;
 
 QString keyOf(const QString &email)
 {
@@ -35,10 +34,12 @@ std::chrono::seconds SignInThrottle::waitFor(const QString &email) const
                                    : std::chrono::seconds(0);
 }
 
-void SignInThrottle::failed(const QString &email)
+void SignInThrottle::tried(const QString &email)
 {
-    forgetOld();
-    Entry &entry = m_entries[keyOf(email)];
+    const QString key = keyOf(email);
+    if (!m_entries.contains(key))
+        makeRoom();
+    Entry &entry = m_entries[key];
     ++entry.failures;
     entry.last = m_clock();
 }
@@ -48,12 +49,14 @@ void SignInThrottle::succeeded(const QString &email)
     m_entries.remove(keyOf(email));
 }
 
-void SignInThrottle::forgetOld()
+void SignInThrottle::makeRoom()
 {
     const Timestamp limit = m_clock() - memory;
-    if (m_entries.size() > maximumEntries)
-        m_entries.clear();
     m_entries.removeIf([limit](const auto &entry) { return entry.value().last < limit; });
+    if (m_entries.size() >= maximumEntries)
+        m_entries.erase(
+            std::min_element(m_entries.cbegin(), m_entries.cend(),
+                             [](const Entry &left, const Entry &right) { return left.last < right.last; }));
 }
 
 } // namespace Cloud

@@ -98,9 +98,47 @@ TEST_F(PasswordSignIn, guessingIsSlowedDown)
 {
     for (int i = 0; i < SignInThrottle::freeTries; ++i)
         EXPECT_FALSE(isGranted(logIn("ada%40example.org", QStringLiteral("guess"))));
-    EXPECT_TRUE(logIn("ada%40example.org", goodPassword).body.contains("Please wait 1 seconds"));
+    EXPECT_TRUE(logIn("ada%40example.org", goodPassword).body.contains("Please wait a second."));
     now += std::chrono::seconds(1);
     EXPECT_TRUE(isGranted(logIn("ada%40example.org", goodPassword)));
+}
+
+TEST_F(PasswordSignIn, guessesAtTheSameTimeAreNoFasterThanOneAfterTheOther)
+{
+    QList<Response> started;
+    int answers = 0;
+    for (int i = 0; i < SignInThrottle::freeTries + 3; ++i) {
+        const Response response = submit(openPage(), "login=1&email=ada%40example.org&password=guess");
+        EXPECT_EQ(bool(response.later), i < SignInThrottle::freeTries) << i;
+        if (response.later)
+            response.later([&](const Response &) { ++answers; });
+        else
+            EXPECT_TRUE(response.body.contains("Too many tries."));
+    }
+    EXPECT_TRUE(waitUntil([&] { return answers == SignInThrottle::freeTries; }, std::chrono::seconds(20)));
+}
+
+TEST_F(PasswordSignIn, whatNoAccountCanHaveIsRefusedUnseen)
+{
+    const struct
+    {
+        QString email;
+        QString password;
+        bool isSeen;
+    } rows[] = {{QString(254, QLatin1Char('x')), QStringLiteral("p"), true},
+                {QString(255, QLatin1Char('x')), QStringLiteral("p"), false},
+                {QString(5'000'000, QLatin1Char('x')), QStringLiteral("p"), false},
+                {QStringLiteral("ada@example.org"), QString(200, QLatin1Char('p')), true},
+                {QStringLiteral("ada@example.org"), QString(201, QLatin1Char('p')), false}};
+    for (const auto &[email, password, isSeen] : rows) {
+        const Response response = submit(openPage(), "login=1&email=" + QUrl::toPercentEncoding(email) +
+                                                         "&password=" + password.toLatin1());
+        EXPECT_EQ(bool(response.later), isSeen) << email.size() << ' ' << password.size();
+        if (!response.later) {
+            EXPECT_TRUE(response.body.contains("The e-mail address or the password is wrong."));
+            EXPECT_LT(response.body.size(), 20'000) << "it is not sent back whole";
+        }
+    }
 }
 
 TEST_F(PasswordSignIn, newPasswordEndsTheSessionsAndRemovalDeletesTheLibrary)
@@ -155,13 +193,33 @@ TEST(SignInThrottleTest, waitDoublesUpToItsBound)
     SignInThrottle throttle([&] { return now; });
     const QString email = QStringLiteral("a@b");
     for (int i = 0; i < SignInThrottle::freeTries - 1; ++i)
-        throttle.failed(email);
+        throttle.tried(email);
     EXPECT_EQ(throttle.waitFor(email).count(), 0);
     for (const int expected : {1, 2, 4, 8, 16, 32, 60, 60, 60}) {
-        throttle.failed(email);
+        throttle.tried(email);
         EXPECT_EQ(throttle.waitFor(QStringLiteral("A@b")).count(), expected);
     }
     EXPECT_EQ(throttle.waitFor(QStringLiteral("other@b")).count(), 0);
     throttle.succeeded(email);
     EXPECT_EQ(throttle.waitFor(email).count(), 0);
+}
+
+TEST(SignInThrottleTest, remembersAsManyAddressesAsItHasRoomFor)
+{
+    Timestamp now = Timestamp(std::chrono::seconds(1000));
+    SignInThrottle throttle([&] { return now; });
+    const QString email = QStringLiteral("ada@example.org");
+    for (int i = 0; i < SignInThrottle::freeTries + 5; ++i)
+        throttle.tried(email);
+    for (int i = 0; i < SignInThrottle::maximumEntries + 500; ++i) {
+        now += std::chrono::microseconds(1);
+        throttle.tried(QString::number(i));
+        if (i % 1000 == 0)
+            throttle.tried(email); // is guessed at all the time
+    }
+    EXPECT_EQ(throttle.entries(), SignInThrottle::maximumEntries);
+    EXPECT_GT(throttle.waitFor(email).count(), 0) << "many other addresses do not make it forgotten";
+    now += std::chrono::minutes(16);
+    throttle.tried(QStringLiteral("b"));
+    EXPECT_EQ(throttle.entries(), 1);
 }
