@@ -14,7 +14,7 @@
 namespace {
 
 constexpr int listedDocuments = 300;
-constexpr int idleClients = 60; // beside the one that asks, within the server's limit
+constexpr int idleClients = 64; // beside the one that asks
 constexpr int textSize = 500;
 
 /// A server with a collection of 300 documents.

@@ -9,10 +9,14 @@
 #include <QCoreApplication>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
+#include <QTimer>
+
+#include <chrono>
 
 namespace {
 
 constexpr int defaultPort = 8787;
+constexpr std::chrono::seconds quietOpening{3};
 
 struct CommandLine
 {
@@ -35,9 +39,11 @@ struct CommandLine
         QStringLiteral("public-url"),
         QStringLiteral("The address that clients use, if it is not the one listened at."),
         QStringLiteral("URL")};
-    QCommandLineOption open{QStringLiteral("open"),
-                            QStringLiteral("Ask for no passwords: everybody on this computer may sign in as "
-                                           "anybody. Only on loopback, for trying things out.")};
+    QCommandLineOption open{
+        QStringLiteral("open"),
+        QStringLiteral("Ask for no passwords: your own programs on this computer may sign in "
+                       "as anybody, other users' may not connect. Only on loopback, for "
+                       "trying things out.")};
     QCommandLineOption name{QStringLiteral("name"), QStringLiteral("The name of a new user."),
                             QStringLiteral("NAME")};
     QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
@@ -90,10 +96,24 @@ int serve(QCoreApplication &application, const LocalCloud::Options &options)
     if (!cloud.start())
         return Console::fail(cloud.errorString());
     QObject::connect(&signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
-    Console::say(QStringLiteral("Serving %1, data in %2").arg(cloud.origin().toString(), options.dataFolder));
-    if (cloud.waitForDatabase())
-        return QCoreApplication::exec();
-    return Console::fail(cloud.errorString());
+    QTimer patience;
+    patience.setSingleShot(true);
+    QObject::connect(&patience, &QTimer::timeout, &application, [&options] {
+        Console::say(QStringLiteral("Checking the database in %1 before serving it; this takes as long as "
+                                    "reading it.")
+                         .arg(options.dataFolder));
+    });
+    patience.start(quietOpening);
+    cloud.whenOpened([&](bool isUsable) {
+        patience.stop();
+        if (isUsable)
+            Console::say(
+                QStringLiteral("Serving %1, data in %2").arg(cloud.origin().toString(), options.dataFolder));
+        else
+            QCoreApplication::exit(
+                Console::fail(QStringLiteral("The database cannot be used: ") + cloud.errorString()));
+    });
+    return QCoreApplication::exec();
 }
 
 int runCommand(const QStringList &words, const QString &name, const LocalCloud::Options &options)

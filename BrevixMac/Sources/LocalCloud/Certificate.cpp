@@ -6,6 +6,9 @@
 #include <QSslKey>
 #include <QSslSocket>
 
+#include <memory>
+#include <openssl/x509.h>
+
 namespace Cloud::Certificate {
 
 namespace {
@@ -18,6 +21,20 @@ QSslKey readKey(const QByteArray &pem)
             return key;
     }
     return {};
+}
+
+/// Whether @p key is the private half of the key in @p certificate.
+bool belongTogether(const QSslCertificate &certificate, const QSslKey &key)
+{
+    const QByteArray certificateBytes = certificate.toDer();
+    const QByteArray keyBytes = key.toDer();
+    const auto *first = reinterpret_cast<const unsigned char *>(certificateBytes.constData());
+    const std::unique_ptr<X509, decltype(&X509_free)> x509(
+        d2i_X509(nullptr, &first, long(certificateBytes.size())), &X509_free);
+    first = reinterpret_cast<const unsigned char *>(keyBytes.constData());
+    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> pkey(
+        d2i_AutoPrivateKey(nullptr, &first, long(keyBytes.size())), &EVP_PKEY_free);
+    return x509 && pkey && X509_check_private_key(x509.get(), pkey.get()) == 1;
 }
 
 } // namespace
@@ -35,6 +52,9 @@ std::optional<QSslConfiguration> read(const QString &certificateFile, const QStr
         problem = QStringLiteral("\"%1\" holds no private key in PEM form that can be read.").arg(keyFile);
     else if (file.permissions() & (QFileDevice::ReadOther | QFileDevice::WriteOther))
         problem = QStringLiteral("The private key \"%1\" must not be readable by everybody.").arg(keyFile);
+    else if (!belongTogether(chain.constFirst(), key))
+        problem = QStringLiteral("The private key \"%1\" does not belong to the first certificate in \"%2\".")
+                      .arg(keyFile, certificateFile);
     if (!problem.isEmpty())
         return std::nullopt;
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();

@@ -9,7 +9,7 @@
 namespace Cloud::Certificate {
 
 /// The configuration of an encrypting server from two files in PEM form. Nothing when they cannot be used;
-/// @p problem says why. The key must be readable by its owner alone.
+/// @p problem says why. The key must belong to the first certificate and not be readable by everybody.
 std::optional<QSslConfiguration> read(const QString &certificateFile, const QString &keyFile,
                                       QString &problem);
 

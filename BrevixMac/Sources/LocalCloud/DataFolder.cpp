@@ -37,12 +37,22 @@ QString DataFolder::databasePath() const
     return m_path + QStringLiteral("/library.sqlite");
 }
 
+QString DataFolder::signingKeyPath() const
+{
+    return m_path + QStringLiteral("/signing.key");
+}
+
 bool DataFolder::createFolder()
 {
     if (m_path.isEmpty())
         return fail(QStringLiteral("no folder was given"));
-    const bool existed = QFileInfo(m_path).isDir();
-    if (!existed && !QDir().mkpath(m_path))
+    constexpr QDir::Filters anything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    const QDir present(m_path);
+    if (present.exists() && !present.isEmpty(anything) && !QFileInfo::exists(signingKeyPath()) &&
+        !QFileInfo::exists(databasePath()))
+        return fail(
+            QStringLiteral("it holds something else; give an empty folder, or one that does not exist"));
+    if (!present.exists() && !QDir().mkpath(m_path))
         return fail(QStringLiteral("it cannot be created"));
     if (!QFile::setPermissions(m_path, ownerOnlyFolder))
         return fail(QStringLiteral("it belongs to somebody else"));
@@ -53,7 +63,7 @@ bool DataFolder::createFolder()
 
 bool DataFolder::readSigningKey()
 {
-    QFile file(m_path + QStringLiteral("/signing.key"));
+    QFile file(signingKeyPath());
     if (!file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray key = file.read(signingKeySize + 1);
@@ -68,7 +78,7 @@ bool DataFolder::readSigningKey()
 bool DataFolder::createSigningKey()
 {
     const QByteArray key = secureRandomBytes(signingKeySize);
-    QSaveFile file(m_path + QStringLiteral("/signing.key"));
+    QSaveFile file(signingKeyPath());
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownerOnlyFile) ||
         file.write(key) != key.size() || !file.commit())
         return fail(file.errorString());

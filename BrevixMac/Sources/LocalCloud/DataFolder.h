@@ -15,7 +15,7 @@ public:
     explicit DataFolder(QString path);
 
     /// Creates what is missing (folder 0700, key file 0600) and reads the key. False when the folder cannot
-    /// be used; errorString() says why.
+    /// be used, also because it holds something else, which is then left as it is; errorString() says why.
     bool prepare();
 
     QString databasePath() const;
@@ -25,6 +25,7 @@ public:
     const QString &errorString() const { return m_errorString; }
 
 private:
+    QString signingKeyPath() const;
     bool createFolder();
     bool readSigningKey();
     bool createSigningKey();

@@ -59,8 +59,10 @@ Request translated(const QHttpServerRequest &source)
 class Listener final : public QTcpServer
 {
 public:
-    Listener(const HttpAdapter::Limits &limits, std::optional<QSslConfiguration> tls, int &openConnections)
+    Listener(const HttpAdapter::Limits &limits, HttpAdapter::Admission admission,
+             std::optional<QSslConfiguration> tls, int &openConnections)
         : m_limits(limits)
+        , m_admission(std::move(admission))
         , m_tls(std::move(tls))
         , m_openConnections(openConnections)
     {
@@ -69,7 +71,7 @@ public:
 protected:
     void incomingConnection(qintptr descriptor) override
     {
-        if (m_openConnections >= m_limits.connections) {
+        if (m_openConnections >= m_limits.connections || (m_admission && !m_admission(descriptor))) {
             ::close(int(descriptor));
             return;
         }
@@ -102,6 +104,7 @@ private:
     }
 
     const HttpAdapter::Limits m_limits;
+    const HttpAdapter::Admission m_admission;
     const std::optional<QSslConfiguration> m_tls;
     int &m_openConnections;
 };
@@ -133,19 +136,21 @@ private:
 
 struct HttpAdapter::Parts
 {
-    Parts(Handler handler, const Limits &limits)
+    Parts(Handler handler, const Limits &limits, Admission admission)
         : dispatcher(std::move(handler))
         , limits(limits)
+        , admission(std::move(admission))
     {
     }
 
     int openConnections = 0; // outlives the connections, which the dispatcher's server owns
     Dispatcher dispatcher;
     Limits limits;
+    Admission admission;
 };
 
-HttpAdapter::HttpAdapter(Handler handler, Limits limits)
-    : m_parts(std::make_unique<Parts>(std::move(handler), limits))
+HttpAdapter::HttpAdapter(Handler handler, Limits limits, Admission admission)
+    : m_parts(std::make_unique<Parts>(std::move(handler), limits, std::move(admission)))
 {
 }
 
@@ -153,7 +158,8 @@ HttpAdapter::~HttpAdapter() = default;
 
 bool HttpAdapter::serve(qintptr listeningSocket, std::optional<QSslConfiguration> tls)
 {
-    auto listener = std::make_unique<Listener>(m_parts->limits, std::move(tls), m_parts->openConnections);
+    auto listener = std::make_unique<Listener>(m_parts->limits, m_parts->admission, std::move(tls),
+                                               m_parts->openConnections);
     if (!listener->setSocketDescriptor(listeningSocket))
         return false;
     m_parts->dispatcher.bind(listener.release());

@@ -21,9 +21,12 @@ class HttpAdapter
 public:
     using Handler = std::function<Response(const Request &)>;
 
+    /// Whether the connection with this descriptor may speak at all.
+    using Admission = std::function<bool(qintptr)>;
+
     struct Limits
     {
-        int connections = 64;                  ///< further ones are closed at once
+        int connections = 128;                 ///< further ones are closed at once
         qsizetype headSize = 32 * 1024;        ///< bytes; a larger head is answered with 431
         qsizetype bodySize = 10 * 1024 * 1024; ///< bytes; a larger body is answered with 413
         /// A request must have come whole, and some of an answer must have been taken, within this time.
@@ -34,7 +37,8 @@ public:
         std::chrono::milliseconds idle = std::chrono::seconds(120);
     };
 
-    HttpAdapter(Handler handler, Limits limits);
+    /// Without @p admission everybody may speak who reaches the socket.
+    HttpAdapter(Handler handler, Limits limits, Admission admission = {});
     ~HttpAdapter();
 
     /// Takes over @p listeningSocket and speaks HTTPS on it when @p tls holds a certificate and its key.

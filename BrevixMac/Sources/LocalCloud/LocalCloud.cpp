@@ -4,6 +4,7 @@
 #include "Certificate.h"
 #include "DataFolder.h"
 #include "HttpAdapter.h"
+#include "PeerUser.h"
 #include "Service.h"
 
 #include <QLoggingCategory>
@@ -13,6 +14,7 @@
 #include <QThread>
 
 #include <fcntl.h>
+#include <functional>
 #include <future>
 #include <optional>
 #include <unistd.h>
@@ -24,9 +26,20 @@ namespace {
 
 Q_LOGGING_CATEGORY(logLocalCloud, "brevix.localcloud")
 
-/// Opening the database for the first time takes some 20 ms; a disk that takes longer than this is out of
-/// order.
+/// With an open database it takes a few milliseconds.
 constexpr std::chrono::seconds sessionDeadline{5};
+
+/// Without passwords, whoever reaches the port may sign in as anybody. Loopback keeps other computers away;
+/// this keeps the other users of this one away.
+HttpAdapter::Admission ownUserAlone()
+{
+    return [](qintptr descriptor) {
+        const auto user = userOfPeer(descriptor);
+        if (user != ::geteuid())
+            qCWarning(logLocalCloud) << "A connection of another user of this computer was refused";
+        return user == ::geteuid();
+    };
+}
 
 /// A text that both threads write.
 class SharedText
@@ -113,16 +126,18 @@ public:
         m_mailbox.moveToThread(this);
     }
 
-    /// From another thread; nothing when the server does not answer in time.
-    std::optional<bool> isUsable()
+    /// From another thread: calls @p done on @p receiver's, with whether the database can be used, when that
+    /// is known. @p receiver must outlive this object.
+    void whenOpened(QObject &receiver, std::function<void(bool)> done)
     {
-        auto promise = std::make_shared<std::promise<bool>>();
-        auto answer = promise->get_future();
         QMetaObject::invokeMethod(
-            &m_mailbox, [this, promise] { promise->set_value(m_service->isUsable()); }, Qt::QueuedConnection);
-        if (answer.wait_for(sessionDeadline) != std::future_status::ready)
-            return std::nullopt;
-        return answer.get();
+            &m_mailbox,
+            [this, &receiver, done = std::move(done)] {
+                QMetaObject::invokeMethod(
+                    &receiver, [done, isUsable = m_service->isUsable()] { done(isUsable); },
+                    Qt::QueuedConnection);
+            },
+            Qt::QueuedConnection);
     }
 
     /// From another thread; nothing when the server does not answer in time.
@@ -148,7 +163,8 @@ protected:
         Service service(m_site, m_folder.databasePath(), m_folder.signingKey());
         m_service = &service;
         m_errorString.set(service.errorString());
-        HttpAdapter adapter([&service](const Request &request) { return service.handle(request); }, {});
+        HttpAdapter adapter([&service](const Request &request) { return service.handle(request); }, {},
+                            m_site.asksPasswords ? HttpAdapter::Admission() : ownUserAlone());
         if (!adapter.serve(m_listeningSocket, m_tls))
             qCWarning(logLocalCloud) << "The listening socket could not be taken over";
         exec();
@@ -172,6 +188,7 @@ struct LocalCloud::Parts
     Options options;
     SharedText errorString;
     quint16 port = 0;
+    QObject receiver; // of what the thread has to say
     std::unique_ptr<ServerThread> thread;
 };
 
@@ -221,9 +238,10 @@ bool LocalCloud::start()
     return true;
 }
 
-bool LocalCloud::waitForDatabase()
+void LocalCloud::whenOpened(std::function<void(bool)> done)
 {
-    return m_parts->thread && m_parts->thread->isUsable().value_or(false);
+    if (m_parts->thread)
+        m_parts->thread->whenOpened(m_parts->receiver, std::move(done));
 }
 
 QString LocalCloud::problemOf(const Options &options)

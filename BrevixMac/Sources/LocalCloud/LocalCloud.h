@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 
 /// A small server that speaks the cloud protocols on loopback, with its data in one SQLite file.
@@ -37,8 +38,10 @@ public:
         QHostAddress address = QHostAddress(QHostAddress::LocalHost);
         QString certificateFile = {}; ///< PEM, with its chain; empty: no encryption
         QString keyFile = {};         ///< PEM
-        QUrl publicUrl = {};        ///< the origin that clients use, when it is another than address and port
-        bool asksPasswords = false; ///< else whoever reaches the server may sign in as anybody
+        QUrl publicUrl = {}; ///< the origin that clients use, when it is another than address and port
+        /// Else every program of the user who runs the server may sign in as anybody, and nobody else's may
+        /// connect.
+        bool asksPasswords = false;
     };
 
     /// Why a server of these options would be unsafe or cannot be: listening beyond loopback without
@@ -67,12 +70,15 @@ public:
     /// "http://127.0.0.1:PORT", or as it is reached otherwise, once started.
     QUrl origin() const;
 
-    /// Waits until the server's thread has opened its database, a few milliseconds. False when it cannot be
-    /// used; errorString() says why.
-    bool waitForDatabase();
+    /// Calls @p done later on the caller's thread, which needs an event loop, once the database is open
+    /// (true) or cannot be used (false; errorString() says why). The database is read through and checked
+    /// first: some milliseconds usually, minutes when it is large and the disk slow. Never called after this
+    /// object's end.
+    void whenOpened(std::function<void(bool)> done);
 
-    /// Signs the local user in, in place of the session handed out before. Waits for the server's thread, a
-    /// few milliseconds. An empty idToken when the database cannot be used; errorString() says why.
+    /// Signs the local user in, in place of the session handed out before. Waits for the server's thread: a
+    /// few milliseconds once the database is open, 5 s at most. An empty idToken when the database cannot be
+    /// used; errorString() says why.
     Session issueLocalSession();
 
     LocalCloud(const LocalCloud &) = delete;

@@ -21,7 +21,7 @@ struct Site
     QString address = {};       ///< that is listened at, if it is not loopback
     bool isEncrypted = false;   ///< HTTPS is spoken
     QUrl publicUrl = {};        ///< the origin that clients use, if it is another one
-    bool asksPasswords = false; ///< else everybody who reaches the server may sign in as anybody
+    bool asksPasswords = false; ///< else everybody who may connect may sign in as anybody
 };
 
 } // namespace Cloud

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "LocalCloud/TestCertificate.h"
 #include "Support/Waiting.h"
 
 #include <QFile>
@@ -74,19 +75,7 @@ protected:
     }
 
     /// A self-signed certificate and its key. False without the openssl program.
-    bool makeCertificate() const
-    {
-        QProcess process;
-        process.start(QStringLiteral("openssl"),
-                      {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                       QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
-                       QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
-                       QStringLiteral("-subj"), QStringLiteral("/CN=localhost"), QStringLiteral("-keyout"),
-                       keyFile(), QStringLiteral("-out"), certificateFile()});
-        if (!process.waitForStarted() || !process.waitForFinished() || process.exitCode() != 0)
-            return false;
-        return QFile::setPermissions(keyFile(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    }
+    bool makeCertificate() const { return makeTestCertificate(certificateFile(), keyFile()); }
 
     QString dataFolder() const { return folder.filePath(QStringLiteral("data")); }
     QString certificateFile() const { return folder.filePath(QStringLiteral("certificate.pem")); }
@@ -204,6 +193,11 @@ TEST_F(BrevixCloudTest, certificatesThatCannotBeUsedAreReported)
 {
     if (!makeCertificate())
         GTEST_SKIP() << "openssl is missing";
+    const QString former = folder.filePath(QStringLiteral("former.pem"));
+    ASSERT_TRUE(QFile::copy(certificateFile(), former));
+    ASSERT_TRUE(makeCertificate()); // a renewed one with a new key
+    EXPECT_TRUE(run({QStringLiteral("--certificate"), former, QStringLiteral("--key"), keyFile()})
+                    .problem.contains(QStringLiteral("does not belong to")));
     QFile::setPermissions(keyFile(), QFileDevice::ReadOwner | QFileDevice::ReadOther);
     EXPECT_TRUE(run(tlsArguments()).problem.contains(QStringLiteral("must not be readable")));
     QFile key(keyFile());

@@ -25,7 +25,7 @@ namespace {
 class HttpAdapterTest : public testing::Test
 {
 protected:
-    void serve(HttpAdapter::Limits limits)
+    void serve(HttpAdapter::Limits limits, HttpAdapter::Admission admission = {})
     {
         adapter = std::make_unique<HttpAdapter>(
             [this](const Request &request) {
@@ -33,7 +33,7 @@ protected:
                 ++handled;
                 return answer;
             },
-            limits);
+            limits, std::move(admission));
         QTcpServer opener;
         ASSERT_TRUE(opener.listen(QHostAddress::LocalHost));
         port = opener.serverPort();
@@ -417,6 +417,21 @@ TEST_F(HttpAdapterTest, answerThatNeverComesEndsTheConnection)
     const auto socket = connected();
     socket->write(get);
     EXPECT_TRUE(waitUntil([&] { return closed(*socket); }));
+}
+
+TEST_F(HttpAdapterTest, whoIsNotAdmittedIsNotHeard)
+{
+    bool admits = false;
+    serve({}, [&](qintptr) { return admits; });
+    const auto refused = connected();
+    refused->write(get);
+    EXPECT_TRUE(waitUntil([&] { return closed(*refused); }));
+    EXPECT_EQ(handled, 0);
+    admits = true;
+    const auto socket = connected();
+    socket->write(get);
+    received(*socket, "{\"end\":1}");
+    EXPECT_EQ(handled, 1);
 }
 
 TEST_F(HttpAdapterTest, whatIsNoSocketIsReported)

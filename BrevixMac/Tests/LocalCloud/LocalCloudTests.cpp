@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "LocalCloud/Database.h"
 #include "LocalCloud/LocalCloud.h"
 #include "Support/TestMain.h"
 #include "Support/Waiting.h"
@@ -10,6 +11,7 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QSqlQuery>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -19,6 +21,8 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+
+using namespace Cloud;
 
 namespace {
 
@@ -315,4 +319,60 @@ TEST_F(LocalCloudTest, startDoesNotHoldUpTheCaller)
                      double(timer.nsecsElapsed()) / 1e6);
     }
     EXPECT_LT(best, 10'000'000);
+}
+
+TEST_F(LocalCloudTest, databaseThatTakesLongToOpenHoldsNobodyUp)
+{
+    start();
+    cloud.reset();
+    std::optional<bool> opened;
+    Database database(folder.filePath(QStringLiteral("cloud/library.sqlite")));
+    ASSERT_TRUE(database.open());
+    {
+        Transaction otherProgram(database); // the server waits for it
+        cloud = std::make_unique<LocalCloud>(options());
+        QElapsedTimer timer;
+        timer.start();
+        ASSERT_TRUE(cloud->start());
+        cloud->whenOpened([&](bool isUsable) { opened = isUsable; });
+        EXPECT_LT(timer.elapsed(), 500);
+        EXPECT_FALSE(waitUntil([&] { return opened.has_value(); }, std::chrono::milliseconds(300)));
+    }
+    EXPECT_TRUE(waitUntil([&] { return opened.has_value(); }));
+    EXPECT_EQ(opened, true);
+    EXPECT_FALSE(cloud->issueLocalSession().idToken.isEmpty());
+}
+
+TEST_F(LocalCloudTest, databaseThatCannotBeOpenedIsReportedWithItsReason)
+{
+    start();
+    cloud.reset();
+    {
+        Database database(folder.filePath(QStringLiteral("cloud/library.sqlite")));
+        ASSERT_TRUE(database.open());
+        database.run(QStringLiteral("PRAGMA user_version=99"));
+    }
+    expectWarning(QStringLiteral("newer version"));
+    std::optional<bool> opened;
+    cloud = std::make_unique<LocalCloud>(options());
+    ASSERT_TRUE(cloud->start());
+    cloud->whenOpened([&](bool isUsable) { opened = isUsable; });
+    EXPECT_TRUE(waitUntil([&] { return opened.has_value(); }));
+    EXPECT_EQ(opened, false);
+    EXPECT_TRUE(cloud->errorString().contains(QStringLiteral("newer version")));
+}
+
+TEST_F(LocalCloudTest, nobodyIsToldAboutAServerThatHasGone)
+{
+    int calls = 0;
+    for (int i = 0; i < 10; ++i) {
+        LocalCloud shortLived(options());
+        ASSERT_TRUE(shortLived.start());
+        shortLived.whenOpened([&](bool) { ++calls; });
+    }
+    start();
+    bool isOpen = false;
+    cloud->whenOpened([&](bool) { isOpen = true; });
+    EXPECT_TRUE(waitUntil([&] { return isOpen; }));
+    EXPECT_EQ(calls, 0);
 }

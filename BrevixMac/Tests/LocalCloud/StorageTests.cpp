@@ -183,3 +183,30 @@ TEST(DataFolderTest, folderThatCannotBeCreatedIsReported)
         EXPECT_TRUE(folder.errorString().contains(QStringLiteral("cannot be used"))) << qPrintable(path);
     }
 }
+
+TEST(DataFolderTest, onlyAFolderOfItsOwnIsMadePrivate)
+{
+    constexpr auto everybody = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
+                               QFileDevice::ReadOther | QFileDevice::ExeOther;
+    const struct
+    {
+        QString file; // in the folder; empty: none
+        bool isUsed;
+    } rows[] = {{{}, true},
+                {QStringLiteral("signing.key"), true},
+                {QStringLiteral("library.sqlite"), true},
+                {QStringLiteral("letter.txt"), false},
+                {QStringLiteral(".hidden"), false}};
+    for (const auto &[file, isUsed] : rows) {
+        const QTemporaryDir folder;
+        if (!file.isEmpty())
+            overwrite(folder.filePath(file), QByteArray(DataFolder::signingKeySize, 'k'));
+        ASSERT_TRUE(QFile::setPermissions(folder.path(), everybody));
+        DataFolder data(folder.path());
+        EXPECT_EQ(data.prepare(), isUsed) << qPrintable(file);
+        const bool isPrivate = !(QFile::permissions(folder.path()) & QFileDevice::ReadOther);
+        EXPECT_EQ(isPrivate, isUsed) << qPrintable(file);
+        EXPECT_EQ(data.errorString().contains(QStringLiteral("it holds something else")), !isUsed);
+        EXPECT_EQ(QDir(folder.path()).exists(QStringLiteral("signing.key")), isUsed);
+    }
+}
