@@ -87,11 +87,11 @@ QString replacing(const QString &value, const TextRange &range, const QString &t
     return value.first(from) + text + value.sliced(to);
 }
 
-QCoro::Task<bool> insertInto(AccessibilityTree &tree, QString text, AccessibilityElement element)
+QCoro::Task<WriteOutcome> insertInto(AccessibilityTree &tree, QString text, AccessibilityElement element)
 {
     const bool isSettable = co_await tree.isAttributeSettable(element, AX::value);
     if (!isSettable)
-        co_return false;
+        co_return WriteOutcome::refused;
     auto valueTask = tree.attribute(element, AX::value);
     auto rangeTask = tree.attribute(element, AX::selectedTextRange);
     const std::optional<AccessibilityValue> readValue = co_await valueTask;
@@ -102,12 +102,12 @@ QCoro::Task<bool> insertInto(AccessibilityTree &tree, QString text, Accessibilit
         co_return co_await tree.setAttribute(element, AX::value, text);
 
     const QString replaced = replacing(*value, *range, text);
-    const bool written = co_await tree.setAttribute(element, AX::value, replaced);
-    if (!written)
-        co_return false;
+    const WriteOutcome outcome = co_await tree.setAttribute(element, AX::value, replaced);
+    if (outcome != WriteOutcome::done)
+        co_return outcome;
     const TextRange caret{.location = range->location + Text::characterCount(text), .length = 0};
     co_await tree.setAttribute(element, AX::selectedTextRange, caret);
-    co_return true;
+    co_return outcome;
 }
 
 } // namespace
@@ -152,9 +152,9 @@ bool AccessibilityService::isSecureField(const FocusedTarget &target)
            Text::lowercased(target.subrole.value_or(QString())).contains(secure);
 }
 
-QCoro::Task<bool> AccessibilityService::insertText(QString text, FocusedTargetPtr target)
+QCoro::Task<WriteOutcome> AccessibilityService::insertText(QString text, FocusedTargetPtr target)
 {
     if (isSecureField(*target))
-        co_return false;
+        co_return WriteOutcome::refused;
     co_return co_await insertInto(m_tree, text, target->element);
 }

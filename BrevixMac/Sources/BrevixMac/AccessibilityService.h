@@ -3,9 +3,10 @@
 
 #include "AppStateInterfaces.h"
 
+#include "Desktop/AccessibilityTree.h"
+
 #include <functional>
 
-class AccessibilityTree;
 class Workspace;
 
 /// Finds out which text field the user was in, in whatever application, and writes text into it. Holds no
@@ -29,9 +30,9 @@ public:
     /// True for a field that must not be written: a password field by its role or subrole.
     static bool isSecureField(const FocusedTarget &target);
 
-    /// Replaces the selection of @p target by @p text and puts the caret after it. True when the value was
-    /// written.
-    QCoro::Task<bool> insertText(QString text, FocusedTargetPtr target);
+    /// Replaces the selection of @p target by @p text and puts the caret after it. The outcome is that of
+    /// writing the text, wherever the caret has ended up.
+    QCoro::Task<WriteOutcome> insertText(QString text, FocusedTargetPtr target);
 
 private:
     AccessibilityTree &m_tree;

@@ -211,13 +211,12 @@ InsertionService::attemptAccessibilityInsertion(QString text, FocusedTargetPtr t
 {
     if (!m_permissions.accessibilityGranted() || AccessibilityService::isSecureField(*target))
         co_return std::nullopt;
-    AccessibilityTree &tree = m_desktop.accessibilityTree;
     // insertText() asks first whether the value can be written, so the question costs one round trip, not
     // two.
-    const bool inserted = co_await m_accessibility.insertText(text, target);
-    if (!inserted && tree.mayStillBeWritten(target->element))
+    const WriteOutcome outcome = co_await m_accessibility.insertText(text, target);
+    if (outcome == WriteOutcome::unknown)
         co_return unknownOutcomeResult(*target);
-    if (!inserted)
+    if (outcome == WriteOutcome::refused)
         co_return std::nullopt;
     co_return InsertionResult::success(InsertionMethod::accessibility,
                                        QStringLiteral("Prompt inserted with Accessibility."));

@@ -32,6 +32,14 @@ struct TextRange
 
 using AccessibilityValue = std::variant<QString, TextRange, AccessibilityElement>;
 
+/// What came of a write.
+enum class WriteOutcome {
+    done,    ///< the element has been read back and holds what was written
+    refused, ///< it holds something else, its old value as far as possible
+    unknown, ///< the write was sent and nothing was heard since: the element may still take it, so nothing
+             ///< else may be tried in its place
+};
+
 /// Names of the attributes and roles that cross this seam.
 namespace AX {
 inline const QString focusedUIElement = QStringLiteral("AXFocusedUIElement");
@@ -51,7 +59,7 @@ inline const QString terminal = QStringLiteral("AXTerminal");               ///<
 /// The accessibility tree of every other application in the session. Main thread only.
 ///
 /// Every operation that asks another process is a task bounded by a deadline of some 250 ms per round trip;
-/// every failure, time-out and hung application is "no value" or false. Nothing throws.
+/// every failure, time-out and hung application is "no value", false or refused. Nothing throws.
 class AccessibilityTree : public QObject
 {
     Q_OBJECT
@@ -69,13 +77,9 @@ public:
                                                                      QString name) = 0;
 
     /// Writes AXValue or AXSelectedTextRange. Writing AXValue changes only what differs from the present
-    /// value, and is true only after the element has been read back and holds @p value.
-    virtual QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
-                                           AccessibilityValue value) = 0;
-
-    /// After a write to @p element that was not true: whether it was sent and its outcome never became known.
-    /// The element may then still take it, so nothing else may be tried in its place.
-    virtual bool mayStillBeWritten(const AccessibilityElement &element) const = 0;
+    /// value.
+    virtual QCoro::Task<WriteOutcome> setAttribute(AccessibilityElement element, QString name,
+                                                   AccessibilityValue value) = 0;
 
     /// False for read-only elements, for those that are not on screen (any more) and for those known to
     /// accept a write without carrying it out.

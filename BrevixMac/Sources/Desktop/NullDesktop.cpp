@@ -8,9 +8,10 @@ QCoro::Task<std::optional<AccessibilityValue>> NullAccessibilityTree::attribute(
     co_return std::nullopt;
 }
 
-QCoro::Task<bool> NullAccessibilityTree::setAttribute(AccessibilityElement, QString, AccessibilityValue)
+QCoro::Task<WriteOutcome> NullAccessibilityTree::setAttribute(AccessibilityElement, QString,
+                                                              AccessibilityValue)
 {
-    co_return false;
+    co_return WriteOutcome::refused;
 }
 
 QCoro::Task<bool> NullAccessibilityTree::isAttributeSettable(AccessibilityElement, QString)

@@ -21,11 +21,10 @@ class NullAccessibilityTree final : public AccessibilityTree
 public:
     QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element,
                                                              QString name) override;
-    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
-                                   AccessibilityValue value) override;
+    QCoro::Task<WriteOutcome> setAttribute(AccessibilityElement element, QString name,
+                                           AccessibilityValue value) override;
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override;
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override;
-    bool mayStillBeWritten(const AccessibilityElement &) const override { return false; }
     QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override;
     bool isProcessTrusted() const override { return false; }
     void requestTrust() override {}

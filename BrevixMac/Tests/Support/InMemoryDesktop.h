@@ -37,7 +37,7 @@ public:
         bool acceptsWrites = true;
         bool acceptsCaret = true;
         std::optional<bool> isFocused = {};
-        bool mayStillBeWritten = false;
+        WriteOutcome refusal = WriteOutcome::refused;     ///< of a write that is not accepted
         QMap<QString, AccessibilityValue> oddValues = {}; ///< answers in place of the above, by attribute
     };
 
@@ -63,25 +63,26 @@ public:
         co_return read(element, name);
     }
 
-    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
-                                   AccessibilityValue value) override
+    QCoro::Task<WriteOutcome> setAttribute(AccessibilityElement element, QString name,
+                                           AccessibilityValue value) override
     {
         co_await roundTrip(u"write " + name);
         const auto field = fields.find(element.path);
-        if (element.kind != AccessibilityElement::Kind::node || field == fields.end() ||
-            !field->acceptsWrites)
-            co_return false;
+        if (element.kind != AccessibilityElement::Kind::node || field == fields.end())
+            co_return WriteOutcome::refused;
+        if (!field->acceptsWrites)
+            co_return field->refusal;
         if (name == AX::value && std::holds_alternative<QString>(value)) {
             field->value = std::get<QString>(value);
-            co_return true;
+            co_return WriteOutcome::done;
         }
         if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value) &&
             field->acceptsCaret) {
             field->selectedRange = std::get<TextRange>(value);
             writtenRanges.append(std::get<TextRange>(value));
-            co_return true;
+            co_return WriteOutcome::done;
         }
-        co_return false;
+        co_return WriteOutcome::refused;
     }
 
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override
@@ -95,11 +96,6 @@ public:
     {
         co_await roundTrip(QStringLiteral("read the process"));
         co_return fields.value(element.path).pid;
-    }
-
-    bool mayStillBeWritten(const AccessibilityElement &element) const override
-    {
-        return fields.value(element.path).mayStillBeWritten;
     }
 
     QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override

@@ -62,11 +62,6 @@ bool AtSpiAccessibilityTree::isProcessTrusted() const
     return m_isTrusted;
 }
 
-bool AtSpiAccessibilityTree::mayStillBeWritten(const AccessibilityElement &element) const
-{
-    return !m_openEdit.owner.isEmpty() && m_openEdit.toElement() == element;
-}
-
 void AtSpiAccessibilityTree::requestTrust()
 {
     m_session.enable();
@@ -209,19 +204,21 @@ QCoro::Task<bool> AtSpiAccessibilityTree::isAttributeSettable(AccessibilityEleme
     co_return name == AX::selectedTextRange &&AtSpiTextField::isReadable(*description);
 }
 
-QCoro::Task<bool> AtSpiAccessibilityTree::setAttribute(AccessibilityElement element, QString name,
-                                                       AccessibilityValue value)
+QCoro::Task<WriteOutcome> AtSpiAccessibilityTree::setAttribute(AccessibilityElement element, QString name,
+                                                               AccessibilityValue value)
 {
     const std::stop_token token = m_tasks.token();
+    WriteOutcome outcome = WriteOutcome::refused;
     if (element.kind != AccessibilityElement::Kind::node)
-        co_return false;
+        co_return outcome;
     const AtSpiObject object = AtSpiObject::fromElement(element);
-    bool isDone = false;
-    if (name == AX::value && std::holds_alternative<QString>(value))
-        isDone = co_await writeValue(object, std::get<QString>(value), token);
-    else if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value))
-        isDone = co_await writeRange(object, std::get<TextRange>(value), token);
-    co_return isDone;
+    if (name == AX::value && std::holds_alternative<QString>(value)) {
+        outcome = co_await writeValue(object, std::get<QString>(value), token);
+    } else if (name == AX::selectedTextRange && std::holds_alternative<TextRange>(value)) {
+        const bool isSelected = co_await writeRange(object, std::get<TextRange>(value), token);
+        outcome = isSelected ? WriteOutcome::done : WriteOutcome::refused;
+    }
+    co_return outcome;
 }
 
 // Always asks what the object is beside what it holds: a field may have turned into a password field since. A
@@ -263,31 +260,30 @@ QCoro::Task<std::optional<AtSpiText>> AtSpiAccessibilityTree::readText(AtSpiObje
     co_return seen->text;
 }
 
-QCoro::Task<bool> AtSpiAccessibilityTree::writeValue(AtSpiObject object, QString value, std::stop_token token)
+QCoro::Task<WriteOutcome> AtSpiAccessibilityTree::writeValue(AtSpiObject object, QString value,
+                                                             std::stop_token token)
 {
     const auto bus = m_bus;
     const LastRead known = m_lastRead.object == object ? m_lastRead : LastRead{};
     const auto seen = co_await look(bus, object, known);
     if (token.stop_requested() || !seen || !seen->text || !AtSpiTextField::isWritable(seen->description))
-        co_return false;
+        co_return WriteOutcome::refused;
     const bool hasChanged = known.value && *known.value != seen->text->value;
     const bool wouldLoseText = !known.isCaretKnown && !seen->text->value.isEmpty();
     if (hasChanged || wouldLoseText)
-        co_return false;
+        co_return WriteOutcome::refused;
     const AtSpiToolkit toolkit = seen->description.toolkit;
     const auto outcome = co_await AtSpiTextField::replace(bus, object, toolkit, *seen->text, value);
-    const bool isDone = outcome == AtSpiTextField::Outcome::done;
     if (token.stop_requested())
-        co_return isDone;
-    m_openEdit = outcome == AtSpiTextField::Outcome::open ? object : AtSpiObject();
+        co_return outcome;
     m_lastRead = {};
-    if (isDone)
+    if (outcome == WriteOutcome::done)
         m_lastRead = {.object = object,
                       .toolkit = toolkit,
                       .characterCount = AtSpiTextField::countOf(value, toolkit),
                       .value = value,
                       .isCaretKnown = true};
-    co_return isDone;
+    co_return outcome;
 }
 
 QCoro::Task<bool> AtSpiAccessibilityTree::writeRange(AtSpiObject object, TextRange range,

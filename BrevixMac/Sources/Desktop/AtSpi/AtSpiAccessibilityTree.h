@@ -22,13 +22,12 @@ public:
 
     QCoro::Task<std::optional<AccessibilityValue>> attribute(AccessibilityElement element,
                                                              QString name) override;
-    QCoro::Task<bool> setAttribute(AccessibilityElement element, QString name,
-                                   AccessibilityValue value) override;
+    QCoro::Task<WriteOutcome> setAttribute(AccessibilityElement element, QString name,
+                                           AccessibilityValue value) override;
     QCoro::Task<bool> isAttributeSettable(AccessibilityElement element, QString name) override;
     QCoro::Task<std::optional<qint64>> processIdentifier(AccessibilityElement element) override;
     QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override;
     bool isProcessTrusted() const override;
-    bool mayStillBeWritten(const AccessibilityElement &element) const override;
     void requestTrust() override;
 
     /// Tells which process has come to the front, 0 when that is not known. Programs on GTK 4 do not say so
@@ -63,7 +62,7 @@ private:
     static QCoro::Task<std::optional<Look>> look(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
                                                  LastRead known);
     QCoro::Task<std::optional<AtSpiText>> readText(AtSpiObject object, std::stop_token token);
-    QCoro::Task<bool> writeValue(AtSpiObject object, QString value, std::stop_token token);
+    QCoro::Task<WriteOutcome> writeValue(AtSpiObject object, QString value, std::stop_token token);
     QCoro::Task<bool> writeRange(AtSpiObject object, TextRange range, std::stop_token token);
 
     QDBusConnection m_sessionBus;
@@ -71,7 +70,6 @@ private:
     std::shared_ptr<AtSpiBus> m_bus;
     AtSpiFocusTracker m_focus;
     LastRead m_lastRead;
-    AtSpiObject m_openEdit; ///< of the last write whose outcome was never heard
     bool m_isTrusted = false;
     bool m_isConnecting = false;
     TaskScope m_tasks; // keep last

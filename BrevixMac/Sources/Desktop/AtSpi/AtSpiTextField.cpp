@@ -200,23 +200,25 @@ QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiO
     co_return result;
 }
 
-QCoro::Task<Outcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                             AtSpiText present, QString value)
+QCoro::Task<WriteOutcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                                  AtSpiText present, QString value)
 {
     const Field field{bus, object, toolkit};
     const qsizetype caret = present.selection ? present.selection->start : present.value.size();
     if (!canCrossTheBus(value) || wouldBreakParagraph(field, present.value, value, caret))
-        co_return Outcome::refused;
+        co_return WriteOutcome::refused;
     const auto outcome = co_await carryOut(field, present.value, value, caret);
     if (outcome == value)
-        co_return Outcome::done;
+        co_return WriteOutcome::done;
     // A field that filters or reshapes what it is given keeps its old text instead of half of the new.
     if (outcome && *outcome != present.value)
         co_await carryOut(field, *outcome, present.value, caret);
     if (outcome)
-        co_return Outcome::refused;
+        co_return WriteOutcome::refused;
+    if (!bus->isOpen()) // the bus died with the answer
+        co_return WriteOutcome::unknown;
     const bool isThere = co_await AtSpiBus::isOnBus(bus, object.owner);
-    co_return isThere ? Outcome::open : Outcome::refused;
+    co_return isThere ? WriteOutcome::unknown : WriteOutcome::refused;
 }
 
 QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,

@@ -3,6 +3,8 @@
 
 #include "AtSpiBus.h"
 
+#include "Desktop/AccessibilityTree.h"
+
 /// What a text object holds at one moment. Offsets are UTF-16.
 struct AtSpiText
 {
@@ -39,16 +41,9 @@ int countOf(const QString &text, AtSpiToolkit toolkit);
 QCoro::Task<std::optional<AtSpiText>> read(std::shared_ptr<AtSpiBus> bus, AtSpiObject object,
                                            AtSpiToolkit toolkit, int likelyCount);
 
-/// What came of an edit.
-enum class Outcome {
-    done,    ///< the field has been read back and holds exactly the value
-    refused, ///< it holds something else; what was changed has been taken back as far as possible
-    open,    ///< the edit was sent and nothing was heard since: it may still be carried out
-};
-
 /// Turns @p present, which the field holds now, into @p value by the smallest edit.
-QCoro::Task<Outcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
-                             AtSpiText present, QString value);
+QCoro::Task<WriteOutcome> replace(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,
+                                  AtSpiText present, QString value);
 
 /// Selects @p selection of @p present, or puts the caret there when it is empty.
 QCoro::Task<bool> select(std::shared_ptr<AtSpiBus> bus, AtSpiObject object, AtSpiToolkit toolkit,

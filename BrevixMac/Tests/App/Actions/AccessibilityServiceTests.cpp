@@ -34,7 +34,10 @@ protected:
 
     FocusedTargetPtr capture() { return await(service.captureFocusedTarget()); }
 
-    bool insert(const QString &text) { return await(service.insertText(text, capture())); }
+    bool insert(const QString &text)
+    {
+        return await(service.insertText(text, capture())) == WriteOutcome::done;
+    }
 
     const QDateTime time = QDateTime(QDate(2026, 3, 1), QTime(10, 0), Qt::UTC);
     InMemoryAccessibilityTree tree;
@@ -275,7 +278,7 @@ TEST_F(AccessibilityServiceTest, insertionAsksReadsWritesAndPlacesTheCaretInThis
     QStringList requests;
     tree.onRequest = [&requests](const QString &request) { requests.append(request); };
 
-    EXPECT_TRUE(await(service.insertText(QStringLiteral("x"), target)));
+    EXPECT_EQ(await(service.insertText(QStringLiteral("x"), target)), WriteOutcome::done);
 
     EXPECT_EQ(requests,
               (QStringList{u"ask to write AXValue"_qs, u"read AXValue"_qs, u"read AXSelectedTextRange"_qs,
@@ -365,7 +368,7 @@ TEST_F(AccessibilityServiceTest, aSecureFieldIsNotEvenAskedWhetherItCanBeWritten
     int requests = 0;
     tree.onRequest = [&requests](const QString &) { ++requests; };
 
-    EXPECT_FALSE(await(service.insertText(QStringLiteral("new"), target)));
+    EXPECT_EQ(await(service.insertText(QStringLiteral("new"), target)), WriteOutcome::refused);
 
     EXPECT_EQ(field.value, QStringLiteral("secret"));
     EXPECT_EQ(requests, 0);
@@ -377,9 +380,9 @@ TEST_F(AccessibilityServiceTest, aFieldThatIsGoneAndAWholeApplicationCannotBeWri
     const FocusedTargetPtr gone = capture();
     tree.fields.clear();
 
-    EXPECT_FALSE(await(service.insertText(QStringLiteral("new"), gone)));
-    EXPECT_FALSE(await(service.insertText(
-        QStringLiteral("new"), service.applicationFallbackTarget(*workspace.application(editorPid)))));
+    const FocusedTargetPtr whole = service.applicationFallbackTarget(*workspace.application(editorPid));
+    EXPECT_EQ(await(service.insertText(QStringLiteral("new"), gone)), WriteOutcome::refused);
+    EXPECT_EQ(await(service.insertText(QStringLiteral("new"), whole)), WriteOutcome::refused);
 }
 
 TEST_F(AccessibilityServiceTest, aServiceDestroyedDuringAnInsertionLetsItEnd)
@@ -394,6 +397,6 @@ TEST_F(AccessibilityServiceTest, aServiceDestroyedDuringAnInsertionLetsItEnd)
     auto task = shortLived->insertText(QStringLiteral("x"), target);
     shortLived.reset();
 
-    EXPECT_TRUE(await(std::move(task)));
+    EXPECT_EQ(await(std::move(task)), WriteOutcome::done);
     EXPECT_EQ(field.value, QStringLiteral("axb"));
 }

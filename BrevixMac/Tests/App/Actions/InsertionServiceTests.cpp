@@ -248,7 +248,7 @@ TEST_F(InsertionServiceTest, directInsertionComesFirstAndAPasteIsTheFallback)
 TEST_F(InsertionServiceTest, anEditWhoseOutcomeIsUnknownIsNotFollowedByAPaste)
 {
     field().acceptsWrites = false;
-    field().mayStillBeWritten = true;
+    field().refusal = WriteOutcome::unknown;
 
     EXPECT_EQ(
         insertInto(target()),

@@ -41,7 +41,7 @@ std::optional<TextRange> AccessibleFields::range(const AccessibilityElement &ele
 
 bool AccessibleFields::select(const AccessibilityElement &element, TextRange range)
 {
-    return await(tree.setAttribute(element, AX::selectedTextRange, range));
+    return await(tree.setAttribute(element, AX::selectedTextRange, range)) == WriteOutcome::done;
 }
 
 bool AccessibleFields::insert(const AccessibilityElement &element, const QString &text)
@@ -51,11 +51,11 @@ bool AccessibleFields::insert(const AccessibilityElement &element, const QString
     const auto value = textAttribute(element, AX::value);
     const auto selected = range(element);
     if (!value || !selected)
-        return await(tree.setAttribute(element, AX::value, text));
+        return await(tree.setAttribute(element, AX::value, text)) == WriteOutcome::done;
     const qsizetype start = Text::utf16OffsetOfCharacter(*value, selected->location);
     const qsizetype end = Text::utf16OffsetOfCharacter(*value, selected->location + selected->length);
     const QString wanted = value->first(start) + text + value->sliced(end);
-    if (!await(tree.setAttribute(element, AX::value, wanted)))
+    if (await(tree.setAttribute(element, AX::value, wanted)) != WriteOutcome::done)
         return false;
     select(element, {selected->location + Text::characterCount(text), 0});
     return true;

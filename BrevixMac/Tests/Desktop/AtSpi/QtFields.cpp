@@ -7,6 +7,9 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <csignal>
+#include <utility>
+
 namespace {
 
 /// Keeps no more than twelve characters, like a form field with a limit.
@@ -60,6 +63,23 @@ private:
     bool m_isUsersDoing = false;
 };
 
+/// Stops its program as soon as somebody else has changed the text, before that one has heard of it.
+class StoppingPlainTextEdit : public QPlainTextEdit
+{
+public:
+    explicit StoppingPlainTextEdit(const QString &text)
+        : QPlainTextEdit(text)
+    {
+        connect(this, &QPlainTextEdit::textChanged, this, [this] {
+            if (!std::exchange(m_hasStopped, true))
+                std::raise(SIGSTOP);
+        });
+    }
+
+private:
+    bool m_hasStopped = false;
+};
+
 /// Several fields in a program that changes when its user leaves it.
 void changeWhenLeft(const QString &kind, QWidget *window, QWidget *field, QWidget *second)
 {
@@ -91,6 +111,8 @@ QWidget *makeField(const QString &kind, const QString &text)
         return new QPlainTextEdit(text);
     if (kind == QLatin1String("short"))
         return new ShortPlainTextEdit(text);
+    if (kind == QLatin1String("stopping"))
+        return new StoppingPlainTextEdit(text);
     if (kind == QLatin1String("resetting"))
         return new ResettingPlainTextEdit(text);
     auto *field = new QLineEdit(text);

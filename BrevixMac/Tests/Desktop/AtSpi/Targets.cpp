@@ -3,6 +3,7 @@
 
 #include "Support/Waiting.h"
 
+#include <QFile>
 #include <QJsonDocument>
 #include <QStandardPaths>
 
@@ -52,6 +53,12 @@ Target::~Target()
 void Target::stop()
 {
     ::kill(static_cast<pid_t>(pid()), SIGSTOP);
+}
+
+bool Target::isStopped() const
+{
+    QFile status(QStringLiteral("/proc/%1/stat").arg(pid()));
+    return status.open(QIODevice::ReadOnly) && status.readAll().contains(") T ");
 }
 
 void Target::resume()

@@ -22,6 +22,7 @@ public:
     bool hasStarted() const { return m_process.state() == QProcess::Running; }
     qint64 pid() const { return m_process.processId(); }
     void stop();
+    bool isStopped() const;
     void resume();
     void kill();
 
