@@ -22,6 +22,8 @@ HotkeyService::HotkeyService(HotKeys &hotKeys)
                 handler();
         },
         Qt::QueuedConnection);
+    connect(&hotKeys, &HotKeys::lost, this, [this] { setRegistered(false); });
+    connect(&hotKeys, &HotKeys::regained, this, [this] { setRegistered(true); });
 }
 
 HotkeyService::~HotkeyService()
@@ -40,14 +42,18 @@ void HotkeyService::registerHotkey(const KeyboardShortcut &shortcut, std::functi
 {
     m_hotKeys.unregisterHotKey();
     m_handler = std::move(handler);
-    m_isRegistered = m_hotKeys.registerHotKey(shortcut.keyCode, shortcut.modifiers);
-    Q_EMIT registrationChanged();
+    setRegistered(m_hotKeys.registerHotKey(shortcut.keyCode, shortcut.modifiers));
 }
 
 void HotkeyService::unregisterHotkey()
 {
     m_hotKeys.unregisterHotKey();
     m_handler = nullptr;
-    m_isRegistered = false;
+    setRegistered(false);
+}
+
+void HotkeyService::setRegistered(bool isRegistered)
+{
+    m_isRegistered = isRegistered;
     Q_EMIT registrationChanged();
 }

@@ -27,13 +27,16 @@ public:
 
     bool isRegistered() const { return m_isRegistered; }
 
-    /// Whether the last registration was refused: somebody else holds the combination.
+    /// Whether the session refused the combination, at the registration or since: somebody else holds it, or
+    /// there are no hotkeys here.
     bool wasRefused() const { return m_handler && !m_isRegistered; }
 
 Q_SIGNALS:
     void registrationChanged();
 
 private:
+    void setRegistered(bool isRegistered);
+
     HotKeys &m_hotKeys;
     std::function<void()> m_handler;
     bool m_isRegistered = false;

@@ -24,4 +24,10 @@ public:
 
 Q_SIGNALS:
     void pressed();
+
+    /// The registered combination can no longer be had: the keyboard has changed, and somebody else holds
+    /// what it is now. It stays registered and is taken again with the next change that allows it.
+    void lost();
+    /// After lost(): it works again.
+    void regained();
 };

@@ -11,7 +11,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "brevix.x11", QtInfoMsg)
 
-constexpr quint8 responseTypeMask = 0x7f; // the top bit marks events that another client has sent
 const QByteArray timestampProperty = QByteArrayLiteral("_BREVIX_TIMESTAMP");
 
 const xcb_screen_t *screenOfNumber(xcb_connection_t *connection, int number)
@@ -139,7 +138,7 @@ std::optional<xcb_timestamp_t> X11Connection::takeTimestampEvent()
     const xcb_atom_t property = atom(timestampProperty);
     std::optional<xcb_timestamp_t> time;
     while (XcbPointer<xcb_generic_event_t> event{xcb_poll_for_queued_event(m_connection)}) {
-        if ((event->response_type & responseTypeMask) == XCB_PROPERTY_NOTIFY) {
+        if (eventKind(*event) == XCB_PROPERTY_NOTIFY) {
             const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event.get());
             if (notify->window == m_helperWindow && notify->atom == property) {
                 time = notify->time;

@@ -24,6 +24,12 @@ struct XcbDeleter
 template <typename T>
 using XcbPointer = std::unique_ptr<T, XcbDeleter>;
 
+/// The number of an event's kind, whether the server or another client has sent it: the top bit tells that.
+inline quint8 eventKind(const xcb_generic_event_t &event)
+{
+    return event.response_type & 0x7f;
+}
+
 /// A connection of our own to the X server, apart from Qt's, driven by Qt's event loop. Shared by the X11
 /// mechanisms of this process, so that their requests reach the server in the order in which they were made.
 /// Main thread only; must be destroyed after everything that uses it.
@@ -69,9 +75,6 @@ public:
     int screenNumber() const { return m_screenNumber; }
     xcb_window_t root() const { return m_screen ? m_screen->root : xcb_window_t(XCB_WINDOW_NONE); }
 
-    /// Identifiers of this connection's own resources are resourceBase() with bits of resourceMask() added.
-    quint32 resourceBase() const { return m_resourceBase; }
-    quint32 resourceMask() const { return m_resourceMask; }
     bool isOwnResource(quint32 identifier) const { return isSameClient(identifier, m_resourceBase); }
     /// Whether two windows, pixmaps or the like were made by one client.
     bool isSameClient(quint32 first, quint32 second) const
@@ -126,7 +129,7 @@ private:
     xcb_connection_t *m_connection = nullptr;
     const xcb_screen_t *m_screen = nullptr;
     int m_screenNumber = 0;
-    quint32 m_resourceBase = 0;
+    quint32 m_resourceBase = 0; ///< an identifier of this connection's own has bits of the mask added
     quint32 m_resourceMask = 0;
     xcb_window_t m_helperWindow = XCB_WINDOW_NONE;
     bool m_isClosed = false;

@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr quint8 responseTypeMask = 0x7f;
 constexpr quint32 leftButton = 1;
 constexpr quint32 rightButton = 3;
 
@@ -99,7 +98,7 @@ void X11EventMonitor::selectEvents()
 
 void X11EventMonitor::onEvent(const xcb_generic_event_t &event)
 {
-    if ((event.response_type & responseTypeMask) != XCB_GE_GENERIC)
+    if (eventKind(event) != XCB_GE_GENERIC)
         return;
     const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
     if (generic.extension != m_opcode || m_watchers.empty())

@@ -2,6 +2,7 @@
 #include "X11HotKeys.h"
 
 #include "X11KeyTable.h"
+#include "X11Keyboard.h"
 #include "X11Modifiers.h"
 
 #include <QLoggingCategory>
@@ -16,36 +17,28 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "brevix.hotkey", QtInfoMsg)
 
-constexpr quint8 responseTypeMask = 0x7f;
-
 // Longer than any auto-repeat delay: with no release seen for so long, the release was missed.
 constexpr xcb_timestamp_t longestRepeatDelay = 3000;
 
-// Key repeats as presses alone, so that a release means the key is really up, and changes of the keyboard's
-// map: a client of the keyboard extension is told of these in the extension's own way only. Returns the
-// extension's event.
-quint8 setUpKeyboard(xcb_connection_t *connection)
+// Changes of the keyboard's map as well: a client of the keyboard extension is told of these in the
+// extension's own way only. Returns the extension's event.
+quint8 setUpKeyboard(X11Connection &connection)
 {
-    const auto *extension = xcb_get_extension_data(connection, &xcb_xkb_id);
-    if (!extension || !extension->present)
+    const quint8 event = X11Keyboard::tellRepeatsApart(connection);
+    if (event == 0)
         return 0;
-    xcb_discard_reply(connection, xcb_xkb_use_extension(connection, 1, 0).sequence);
-    const auto repeats = xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
-                                                  XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
-                                                  XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
-    xcb_discard_reply(connection, repeats.sequence);
     constexpr quint16 keyboards = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;
     constexpr quint16 maps = XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     constexpr quint16 parts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
-    xcb_xkb_select_events(connection, XCB_XKB_ID_USE_CORE_KBD, keyboards | maps, 0, keyboards | maps, parts,
-                          parts, nullptr);
-    return extension->first_event;
+    xcb_xkb_select_events(connection.connection(), XCB_XKB_ID_USE_CORE_KBD, keyboards | maps, 0,
+                          keyboards | maps, parts, parts, nullptr);
+    return event;
 }
 
 // Whether the modifiers may have moved. All events of the keyboard extension share one number.
 bool isMappingChange(const xcb_generic_event_t &event, quint8 keyboardEvent)
 {
-    const quint8 type = event.response_type & responseTypeMask;
+    const quint8 type = eventKind(event);
     if (type == XCB_MAPPING_NOTIFY)
         return true;
     return keyboardEvent != 0 && type == keyboardEvent &&
@@ -59,7 +52,7 @@ X11HotKeys::X11HotKeys(X11Connection &connection)
 {
     if (!m_connection.isValid())
         return;
-    m_keyboardEvent = setUpKeyboard(m_connection.connection());
+    m_keyboardEvent = setUpKeyboard(m_connection);
     m_events = m_connection.addEventHandler([this](const xcb_generic_event_t &event) { onEvent(event); });
 }
 
@@ -134,7 +127,7 @@ void X11HotKeys::release()
 
 void X11HotKeys::onEvent(const xcb_generic_event_t &event)
 {
-    switch (event.response_type & responseTypeMask) {
+    switch (eventKind(event)) {
     case XCB_KEY_PRESS:
         onKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
         return;
@@ -181,7 +174,14 @@ void X11HotKeys::onMappingChanged()
     const auto grab = grabFor(*m_wish);
     if (grab == m_grab)
         return;
+    const bool wasTaken = m_grab.has_value();
     release();
-    if (!grab || !take(*grab))
-        qCWarning(log, "the hotkey is not available with the new keyboard layout");
+    const bool isTaken = grab && take(*grab);
+    if (isTaken == wasTaken)
+        return;
+    qCInfo(log) << "the new keyboard layout" << (isTaken ? "gives the hotkey back" : "takes the hotkey away");
+    if (isTaken)
+        Q_EMIT regained();
+    else
+        Q_EMIT lost();
 }

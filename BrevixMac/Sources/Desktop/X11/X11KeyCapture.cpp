@@ -2,15 +2,12 @@
 #include "X11KeyCapture.h"
 
 #include "X11KeyTable.h"
+#include "X11Keyboard.h"
 #include "X11Modifiers.h"
 
 #include <QSet>
 #include <QTimer>
 #include <QWindow>
-
-#define explicit explicit_ // a field name of xcb's that is a word of the language
-#include <xcb/xkb.h>
-#undef explicit
 
 #include <chrono>
 
@@ -18,24 +15,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr quint8 responseTypeMask = 0x7f;
-
 // A combination that has just been recorded may become the hotkey, and the repeats of its key, still held,
 // would press it at once. Nobody holds a key for longer than this without wanting something.
 constexpr auto longestWaitForRelease = 2s;
-
-// Repeats come as presses alone, so that a release means that the key is up.
-void tellRepeatsApart(xcb_connection_t *connection)
-{
-    const auto *extension = xcb_get_extension_data(connection, &xcb_xkb_id);
-    if (!extension || !extension->present)
-        return;
-    xcb_discard_reply(connection, xcb_xkb_use_extension(connection, 1, 0).sequence);
-    const auto flags = xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
-                                                XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
-                                                XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
-    xcb_discard_reply(connection, flags.sequence);
-}
 
 QSet<xcb_keycode_t> readModifierKeys(xcb_connection_t *connection)
 {
@@ -105,7 +87,7 @@ private:
 
     void onEvent(const xcb_generic_event_t &event)
     {
-        const quint8 type = event.response_type & responseTypeMask;
+        const quint8 type = eventKind(event);
         if (!m_isHeld || (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE))
             return;
         const auto &key = reinterpret_cast<const xcb_key_press_event_t &>(event);
@@ -151,7 +133,7 @@ X11KeyCapture::X11KeyCapture(X11Connection &connection)
     : m_connection(connection)
 {
     if (m_connection.isValid())
-        tellRepeatsApart(m_connection.connection());
+        X11Keyboard::tellRepeatsApart(m_connection);
 }
 
 X11KeyCapture::~X11KeyCapture() = default;

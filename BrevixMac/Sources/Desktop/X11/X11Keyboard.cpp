@@ -56,6 +56,20 @@ X11Keyboard::X11Keyboard(X11Connection &connection)
     readModifiers(connection);
 }
 
+quint8 X11Keyboard::tellRepeatsApart(X11Connection &connection)
+{
+    auto *xcb = connection.connection();
+    const auto *extension = xcb_get_extension_data(xcb, &xcb_xkb_id);
+    if (!extension || !extension->present)
+        return 0;
+    xcb_discard_reply(xcb, xcb_xkb_use_extension(xcb, 1, 0).sequence);
+    const auto flags =
+        xcb_xkb_per_client_flags(xcb, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
+                                 XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0);
+    xcb_discard_reply(xcb, flags.sequence);
+    return extension->first_event;
+}
+
 void X11Keyboard::readKeys(X11Connection &connection)
 {
     auto *xcb = connection.connection();

@@ -15,6 +15,10 @@ class X11Keyboard
 public:
     explicit X11Keyboard(X11Connection &connection);
 
+    /// From now on a held key comes to @p connection as presses alone, so that a release means that the key
+    /// is up. Gives the number of the keyboard extension's events, 0 without that extension.
+    static quint8 tellRepeatsApart(X11Connection &connection);
+
     /// The key that gives the unshifted @p keysym to the application in front: in the active group, else in
     /// another group, if the active one gives no letter of the same script on that key (applications then
     /// look at the others, as for the shortcuts of a Cyrillic layout beside a Latin one).

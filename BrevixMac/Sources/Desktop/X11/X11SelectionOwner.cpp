@@ -3,12 +3,6 @@
 
 #include <xcb/xfixes.h>
 
-namespace {
-
-constexpr quint8 responseTypeMask = 0x7f;
-
-}
-
 X11SelectionOwner::X11SelectionOwner(X11Connection &connection, const QByteArray &selection)
     : m_connection(connection)
 {
@@ -33,7 +27,7 @@ X11SelectionOwner::~X11SelectionOwner() = default;
 
 void X11SelectionOwner::onEvent(const xcb_generic_event_t &event)
 {
-    if ((event.response_type & responseTypeMask) != m_firstEvent + XCB_XFIXES_SELECTION_NOTIFY ||
+    if (eventKind(event) != m_firstEvent + XCB_XFIXES_SELECTION_NOTIFY ||
         reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event).selection != m_selection)
         return;
     const xcb_window_t before = m_window;

@@ -16,7 +16,6 @@ using namespace std::chrono_literals;
 
 constexpr auto activationDeadline = 500ms;
 constexpr std::chrono::milliseconds userTimeValidity = 5s;
-constexpr quint8 responseTypeMask = 0x7f;
 constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
 
 // EWMH: who asks for the activation. A direct wish of the user gets past focus-stealing prevention.
@@ -121,7 +120,7 @@ X11Workspace::~X11Workspace() = default;
 
 void X11Workspace::onEvent(const xcb_generic_event_t &event)
 {
-    switch (event.response_type & responseTypeMask) {
+    switch (eventKind(event)) {
     case XCB_PROPERTY_NOTIFY: {
         const auto &notify = reinterpret_cast<const xcb_property_notify_event_t &>(event);
         if (notify.window != m_connection.root())

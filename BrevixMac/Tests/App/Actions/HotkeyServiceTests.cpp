@@ -164,6 +164,23 @@ TEST_F(HotkeyServiceTest, everyChangeOfTheRegistrationIsPublished)
     EXPECT_EQ(changes, 2);
 }
 
+TEST_F(HotkeyServiceTest, aHotkeyThatTheSessionTakesAwayAndGivesBackIsToldOf)
+{
+    service.registerHotkey(standardShortcut, first);
+    QList<bool> told;
+    QObject::connect(&service, &HotkeyService::registrationChanged, &service,
+                     [&] { told.append(service.isRegistered()); });
+
+    Q_EMIT hotKeys.lost();
+    EXPECT_FALSE(service.isRegistered());
+    EXPECT_TRUE(service.wasRefused());
+
+    Q_EMIT hotKeys.regained();
+    EXPECT_TRUE(service.isRegistered());
+    EXPECT_FALSE(service.wasRefused());
+    EXPECT_EQ(told, (QList<bool>{false, true}));
+}
+
 TEST_F(HotkeyServiceTest, aHandlerMayRegisterAnotherShortcutAndHandler)
 {
     service.registerHotkey(standardShortcut, [this] { service.registerHotkey(otherShortcut, second); });

@@ -168,6 +168,39 @@ TEST_F(HotKey, movesWithTheModifiersOfTheLayout)
     expectPresses(2);
 }
 
+TEST_F(HotKey, isLostToAnotherProgramWithTheLayoutAndRegainedWithTheNext)
+{
+    int losses = 0;
+    int gains = 0;
+    QObject::connect(&hotKeys, &HotKeys::lost, &hotKeys, [&] { ++losses; });
+    QObject::connect(&hotKeys, &HotKeys::regained, &hotKeys, [&] { ++gains; });
+    const QStringList superElsewhere{QStringLiteral("-e"), QStringLiteral("clear mod4"), QStringLiteral("-e"),
+                                     QStringLiteral("add mod3 = Super_L Super_R")};
+    run(QStringLiteral("xmodmap"), superElsewhere);
+    ASSERT_TRUE(hotKeys.registerHotKey(keyP, command | shift));
+    QProcess holder;
+    holder.start(QStringLiteral(HOTKEY_HOLDER), QStringList());
+    ASSERT_TRUE(holder.waitForReadyRead());
+    ASSERT_EQ(holder.readLine(), "holding\n");
+    EXPECT_EQ(losses, 0);
+
+    run(QStringLiteral("setxkbmap"), {QStringLiteral("us")});
+    EXPECT_TRUE(waitUntil([&] { return losses == 1; }));
+    pressDefault();
+    expectPresses(0);
+
+    holder.kill();
+    ASSERT_TRUE(holder.waitForFinished());
+    run(QStringLiteral("xmodmap"), superElsewhere);
+    run(QStringLiteral("setxkbmap"), {QStringLiteral("us")});
+    EXPECT_TRUE(waitUntil([&] { return gains == 1; }));
+    settle();
+    pressDefault();
+    expectPresses(1);
+    EXPECT_EQ(losses, 1);
+    EXPECT_EQ(gains, 1);
+}
+
 TEST_F(HotKey, firesOnceHoweverLongItIsHeld)
 {
     ASSERT_TRUE(hotKeys.registerHotKey(keyP, command | shift));
