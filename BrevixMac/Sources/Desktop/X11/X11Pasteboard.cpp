@@ -327,7 +327,7 @@ void X11Pasteboard::handOver()
     m_clipboard.serveUntil(
         [manager](const xcb_generic_event_t &event) {
             const auto &notify = reinterpret_cast<const xcb_selection_notify_event_t &>(event);
-            return (event.response_type & 0x7f) == XCB_SELECTION_NOTIFY && notify.selection == manager;
+            return eventKind(event) == XCB_SELECTION_NOTIFY && notify.selection == manager;
         },
         handOverTime);
 }

@@ -19,7 +19,6 @@ constexpr qsizetype incrementSize = qsizetype(256) * 1024;
 // A requestor that has not taken an increment for so long has died, hangs or has lost interest.
 constexpr std::chrono::milliseconds transferPatience = 5s;
 constexpr auto formerContentLife = 30s;
-constexpr quint8 syntheticEventBit = 0x80;
 
 template <typename Event>
 const Event &as(const xcb_generic_event_t &event)
@@ -126,7 +125,7 @@ void X11PasteboardOwner::markLost()
 
 void X11PasteboardOwner::onEvent(const xcb_generic_event_t &event)
 {
-    switch (event.response_type & ~syntheticEventBit) {
+    switch (eventKind(event)) {
     case XCB_SELECTION_REQUEST: {
         const auto &request = as<xcb_selection_request_event_t>(event);
         if (request.owner == m_window && request.selection == m_selection)
@@ -143,7 +142,7 @@ void X11PasteboardOwner::onEvent(const xcb_generic_event_t &event)
     case XCB_PROPERTY_NOTIFY: {
         const auto &notify = as<xcb_property_notify_event_t>(event);
         if (notify.state == XCB_PROPERTY_DELETE)
-            onPropertyDeleted(notify);
+            onPropertyDeleted(notify, event.full_sequence);
         break;
     }
     case XCB_DESTROY_NOTIFY:
@@ -200,6 +199,9 @@ bool X11PasteboardOwner::convert(xcb_window_t requestor, xcb_atom_t target, xcb_
     const X11PasteboardEntry *entry = content.entry(target);
     if (!entry)
         return false;
+    // Who asks again has given up what was under way: the rest of that would be taken for the new answer.
+    if (const auto earlier = findTransfer(requestor, property); earlier != m_transfers.end())
+        endTransfer(earlier);
     if (entry->bytes.size() > incrementSize) {
         beginTransfer(requestor, property, *entry);
     } else {
@@ -270,6 +272,7 @@ void X11PasteboardOwner::beginTransfer(xcb_window_t requestor, xcb_atom_t proper
     Transfer transfer{.requestor = requestor,
                       .property = property,
                       .entry = entry,
+                      .firstRequest = 0,
                       .sent = 0,
                       .earlierEventMask = attributes->your_event_mask,
                       .quiet = {}};
@@ -279,21 +282,31 @@ void X11PasteboardOwner::beginTransfer(xcb_window_t requestor, xcb_atom_t proper
                      [&](const Transfer &earlier) { return earlier.requestor == requestor; });
     if (sameWindow != m_transfers.end())
         transfer.earlierEventMask = sameWindow->earlierEventMask;
-    m_transfers.push_back(std::move(transfer));
-    m_stallCheck.start();
 
     const auto size = quint32(entry.bytes.size());
-    xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, requestor, property,
-                        m_connection.atom(QByteArrayLiteral("INCR")), 32, 1, &size);
+    const auto offer = xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, requestor, property,
+                                           m_connection.atom(QByteArrayLiteral("INCR")), 32, 1, &size);
+    transfer.firstRequest = offer.sequence;
+    m_transfers.push_back(std::move(transfer));
+    m_stallCheck.start();
 }
 
-void X11PasteboardOwner::onPropertyDeleted(const xcb_property_notify_event_t &event)
+std::list<X11PasteboardOwner::Transfer>::iterator X11PasteboardOwner::findTransfer(xcb_window_t requestor,
+                                                                                   xcb_atom_t property)
 {
-    const auto transfer =
-        std::find_if(m_transfers.begin(), m_transfers.end(), [&](const Transfer &candidate) {
-            return candidate.requestor == event.window && candidate.property == event.atom;
-        });
+    return std::find_if(m_transfers.begin(), m_transfers.end(), [&](const Transfer &candidate) {
+        return candidate.requestor == requestor && candidate.property == property;
+    });
+}
+
+// @p latestRequest is the number of the latest request of ours that the server had carried out by then.
+void X11PasteboardOwner::onPropertyDeleted(const xcb_property_notify_event_t &event, quint32 latestRequest)
+{
+    const auto transfer = findTransfer(event.window, event.atom);
     if (transfer == m_transfers.end())
+        return;
+    const bool isBeforeTheOffer = qint32(latestRequest - transfer->firstRequest) < 0;
+    if (isBeforeTheOffer) // what was there was of an earlier transfer
         return;
     const X11PasteboardEntry &entry = transfer->entry;
     const qsizetype size = std::min(incrementSize, entry.bytes.size() - transfer->sent);

@@ -58,6 +58,7 @@ private:
         xcb_window_t requestor = XCB_WINDOW_NONE;
         xcb_atom_t property = XCB_ATOM_NONE;
         X11PasteboardEntry entry;
+        quint32 firstRequest = 0; ///< number of the request that has offered it
         qsizetype sent = 0;
         quint32 earlierEventMask = 0;
         QElapsedTimer quiet;
@@ -72,13 +73,14 @@ private:
     bool takeSelection(X11PasteboardContent content, xcb_timestamp_t time);
     void onEvent(const xcb_generic_event_t &event);
     void onRequest(const xcb_selection_request_event_t &event);
-    void onPropertyDeleted(const xcb_property_notify_event_t &event);
+    void onPropertyDeleted(const xcb_property_notify_event_t &event, quint32 latestRequest);
     bool convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
                  const X11PasteboardContent &content);
     bool convertMultiple(xcb_window_t requestor, xcb_atom_t property, const X11PasteboardContent &content);
     void writeTargets(xcb_window_t requestor, xcb_atom_t property, const X11PasteboardContent &content);
     void writeEntry(xcb_window_t requestor, xcb_atom_t property, const X11PasteboardEntry &entry);
     void beginTransfer(xcb_window_t requestor, xcb_atom_t property, const X11PasteboardEntry &entry);
+    std::list<Transfer>::iterator findTransfer(xcb_window_t requestor, xcb_atom_t property);
     void endTransfer(std::list<Transfer>::iterator transfer);
     void dropStalledTransfers();
     void forgetRequestor(xcb_window_t requestor);

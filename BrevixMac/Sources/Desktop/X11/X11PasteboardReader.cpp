@@ -48,7 +48,8 @@ struct Property
     bool isComplete = true;
 };
 
-// Takes a property off a window of ours, so that it does not stay in the server.
+// Takes a property off a window of ours, so that it does not stay in the server. One larger than @p limit
+// stays, and gives its beginning.
 Property takeProperty(X11Connection &connection, xcb_window_t window, xcb_atom_t property, qint64 limit)
 {
     const auto cookie = xcb_get_property(connection.connection(), true, window, property,
@@ -154,7 +155,7 @@ void X11PasteboardReader::request(xcb_atom_t target)
 
 void X11PasteboardReader::onEvent(const xcb_generic_event_t &event)
 {
-    const quint8 type = event.response_type & 0x7f;
+    const quint8 type = eventKind(event);
     if (type == XCB_SELECTION_NOTIFY) {
         onSelectionNotify(reinterpret_cast<const xcb_selection_notify_event_t &>(event));
     } else if (type == XCB_PROPERTY_NOTIFY) {
@@ -309,6 +310,10 @@ qint64 X11PasteboardReader::remainingBytes() const
 
 void X11PasteboardReader::onTimeLimit()
 {
+    // An owner that waits for its increment to be taken would wait for ever; what it sends from now on is
+    // drained.
+    xcb_delete_property(m_connection.connection(), m_window, m_property);
+    m_connection.flush();
     // With one rendering of the picture kept, the others are no loss.
     if (m_step >= Step::data && m_largestImage > 0 && isImage(m_connection.atomName(m_current.target))) {
         finishWithContent();

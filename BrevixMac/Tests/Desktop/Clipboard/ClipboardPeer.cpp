@@ -2,13 +2,13 @@
 // Another client of the X server, written apart from the code under test: it owns or reads a selection by the
 // book, or misbehaves on request. Speaks to the test in lines on standard output.
 //
-//   own SELECTION [--die | --stall | --refuse-targets] {NAME TYPE FORMAT FILE}…
+//   own SELECTION [--die | --stall | --understate | --refuse-targets] {NAME TYPE FORMAT FILE}…
 //       "owning"; "read NAME" for each type that has been read; "lost" at the end. --die ends and --stall
-//       stops in the middle of the first transfer in increments. A type of format 0 is offered and then
-//       refused.
-//   read SELECTION TARGET FILE [--hang] [--time TIME]
+//       stops in the middle of the first transfer in increments; --understate announces one byte for each. A
+//       type of format 0 is offered and then refused.
+//   read SELECTION TARGET FILE [--hang | --again] [--time TIME]
 //       writes the bytes to FILE and says "TYPE FORMAT SIZE" or "refused"; --hang says "hanging" after the
-//       first increment and stays.
+//       first increment and stays; --again gives up after the first two increments and asks anew, twice.
 //   multiple SELECTION TARGET…
 //       reads all in one request and says "TARGET SIZE" or "TARGET refused" for each
 //   time      says the server's time
@@ -210,7 +210,7 @@ private:
         m_sent = 0;
         const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection, request.requestor, XCB_CW_EVENT_MASK, &mask);
-        const auto size = uint32_t(m_content[request.target].bytes.size());
+        const auto size = m_mode == "--understate" ? 1 : uint32_t(m_content[request.target].bytes.size());
         xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                             atom("INCR"), 32, 1, &size);
     }
@@ -242,7 +242,10 @@ private:
     size_t m_sent = 0;
 };
 
-bool readTarget(const std::string &selection, xcb_atom_t target, xcb_timestamp_t time, bool hangs, Data &data)
+enum class Patience { endless, none, hanging };
+
+bool readTarget(const std::string &selection, xcb_atom_t target, xcb_timestamp_t time, Patience patience,
+                Data &data)
 {
     const xcb_atom_t property = atom("PEER_DATA");
     xcb_convert_selection(connection, window, atom(selection), target, property, time);
@@ -263,7 +266,9 @@ bool readTarget(const std::string &selection, xcb_atom_t target, xcb_timestamp_t
         if (event->response_type != XCB_PROPERTY_NOTIFY || notify->atom != property ||
             notify->state != XCB_PROPERTY_NEW_VALUE)
             continue;
-        if (hangs) {
+        if (patience == Patience::none && data.bytes.size() > 0)
+            return false; // with an increment untaken
+        if (patience == Patience::hanging) {
             say("hanging");
             for (;;)
                 pause();
@@ -281,16 +286,22 @@ bool readTarget(const std::string &selection, xcb_atom_t target, xcb_timestamp_t
 
 int read(const std::vector<std::string> &arguments)
 {
-    bool hangs = false;
+    Patience patience = Patience::endless;
+    int attemptsGivenUp = 0;
     xcb_timestamp_t time = serverTime();
     for (size_t index = 3; index < arguments.size(); ++index) {
         if (arguments[index] == "--hang")
-            hangs = true;
+            patience = Patience::hanging;
+        if (arguments[index] == "--again")
+            attemptsGivenUp = 2;
         if (arguments[index] == "--time")
             time = xcb_timestamp_t(std::stoul(arguments.at(index + 1)));
     }
     Data data;
-    if (!readTarget(arguments.at(0), atom(arguments.at(1)), time, hangs, data)) {
+    const xcb_atom_t target = atom(arguments.at(1));
+    for (int attempt = 0; attempt < attemptsGivenUp; ++attempt)
+        readTarget(arguments.at(0), target, time, Patience::none, data);
+    if (!readTarget(arguments.at(0), target, time, patience, data)) {
         say("refused");
         return 1;
     }
@@ -333,7 +344,7 @@ int manage()
             continue;
         const auto request = *reinterpret_cast<const xcb_selection_request_event_t *>(event.get());
         Data targets;
-        readTarget("CLIPBOARD", atom("TARGETS"), XCB_CURRENT_TIME, false, targets);
+        readTarget("CLIPBOARD", atom("TARGETS"), XCB_CURRENT_TIME, Patience::endless, targets);
         Owner owner("CLIPBOARD");
         std::string saved = "saved";
         const auto *atoms = reinterpret_cast<const xcb_atom_t *>(targets.bytes.data());
@@ -342,7 +353,8 @@ int manage()
             Data data;
             const bool isProtocol =
                 name == "TARGETS" || name == "TIMESTAMP" || name == "MULTIPLE" || name == "SAVE_TARGETS";
-            if (isProtocol || !readTarget("CLIPBOARD", atoms[index], XCB_CURRENT_TIME, false, data))
+            if (isProtocol ||
+                !readTarget("CLIPBOARD", atoms[index], XCB_CURRENT_TIME, Patience::endless, data))
                 continue;
             owner.add(name, data);
             saved += " " + name;

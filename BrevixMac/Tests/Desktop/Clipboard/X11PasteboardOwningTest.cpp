@@ -135,6 +135,61 @@ TEST_F(X11PasteboardOwningTest, aReaderThatDiesIsForgottenAtOnce)
     EXPECT_EQ(pasted().size(), 3'000'000);
 }
 
+// Whoever asks again for the same property used to get the rest of what it had given up.
+TEST_F(X11PasteboardOwningTest, aReaderThatGivesUpAndAsksAgainGetsTheWholeFromItsBeginning)
+{
+    X11PasteboardOwner owner(m_connection, "CLIPBOARD");
+    X11PasteboardContent content;
+    const QByteArray bytes = pattern(1'500'000);
+    const xcb_atom_t note = m_connection.atom("NOTE");
+    content.entries.append({.target = note, .type = note, .format = 8, .bytes = bytes});
+    ASSERT_TRUE(owner.own(content));
+    const SeenType expected{QStringLiteral("NOTE"), QStringLiteral("NOTE"), 8, bytes};
+    EXPECT_EQ(seen(clipboard, QStringLiteral("NOTE"), {QStringLiteral("--again")}), expected);
+    EXPECT_FALSE(owner.isTransferring());
+}
+
+TEST_F(X11PasteboardOwningTest, aReadingThatIsBegunAnewLeavesItsWindowWatchedAsBefore)
+{
+    constexpr qsizetype size = 1'500'000;
+    X11PasteboardOwner owner(m_connection, "CLIPBOARD");
+    ASSERT_TRUE(owner.own(contentOfText(m_connection, QString(size, u'x'))));
+    const QSignalSpy reads(&owner, &X11PasteboardOwner::dataRead);
+    auto *xcb = m_observer.connection();
+    const xcb_window_t window = xcb_generate_id(xcb);
+    m_observer.createHiddenWindow(window);
+    m_observer.sync();
+    const quint32 watched = XCB_EVENT_MASK_FOCUS_CHANGE;
+    xcb_change_window_attributes(m_connection.connection(), window, XCB_CW_EVENT_MASK, &watched);
+
+    int answers = 0;
+    const auto events = m_observer.addEventHandler(
+        [&](const xcb_generic_event_t &event) { answers += eventKind(event) == XCB_SELECTION_NOTIFY; });
+    const xcb_atom_t property = m_observer.atom("BEGUN_ANEW");
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        xcb_convert_selection(xcb, window, m_observer.atom("CLIPBOARD"), m_observer.atom("UTF8_STRING"),
+                              property, XCB_CURRENT_TIME);
+        m_observer.flush();
+        ASSERT_TRUE(waitUntil([&] { return answers == attempt; }));
+    }
+    qsizetype received = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        const auto cookie = xcb_get_property(xcb, true, window, property, XCB_ATOM_ANY, 0, 1 << 20);
+        const XcbPointer<xcb_get_property_reply_t> part(xcb_get_property_reply(xcb, cookie, nullptr));
+        if (part && part->type == m_observer.atom("UTF8_STRING"))
+            received += xcb_get_property_value_length(part.get());
+        return !owner.isTransferring();
+    }));
+    EXPECT_EQ(received, size);
+    EXPECT_EQ(reads.count(), 1);
+
+    const auto cookie = xcb_get_window_attributes(m_connection.connection(), window);
+    const XcbPointer<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(m_connection.connection(), cookie, nullptr));
+    ASSERT_TRUE(attributes);
+    EXPECT_EQ(attributes->your_event_mask, watched);
+}
+
 TEST_F(X11PasteboardOwningTest, theFormatOfEveryTypeIsKept)
 {
     X11PasteboardOwner owner(m_connection, "CLIPBOARD");

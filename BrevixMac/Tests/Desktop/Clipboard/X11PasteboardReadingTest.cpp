@@ -187,6 +187,20 @@ TEST_F(X11PasteboardReadingTest, moreThanCanBeKeptGivesNothing)
     EXPECT_TRUE(hasOwner());
 }
 
+// What an owner announces is only a lower bound, so that it turns out in the middle that it is too much. The
+// owner was then left waiting for its increment to be taken.
+TEST_F(X11PasteboardReadingTest, anOwnerThatSendsMoreThanItAnnouncedIsLetGo)
+{
+    const auto other =
+        owner(clipboard, {{QStringLiteral("text/html"), QStringLiteral("text/html"), 8, pattern(1'000'000)}},
+              QStringLiteral("--understate"));
+    X11PasteboardReader reader(m_connection, QByteArrayLiteral("CLIPBOARD"));
+    const auto reading = reader.read({.bytes = 150'000});
+    ASSERT_TRUE(waitUntil([&] { return reading.isFinished(); }));
+    EXPECT_FALSE(reading.result());
+    EXPECT_TRUE(other->says(QStringLiteral("read text/html")));
+}
+
 TEST_F(X11PasteboardReadingTest, severalTypesThatAreTooMuchTogetherGiveNothing)
 {
     const QByteArray large(33 * 1024 * 1024, 'x');
