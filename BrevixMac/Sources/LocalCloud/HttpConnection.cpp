@@ -13,6 +13,25 @@ namespace {
 /// Bytes. A small body travels in one piece with its head; the socket takes a large one over without a copy.
 constexpr qsizetype copiedBodySize = 1024 * 1024;
 
+/// How long the head at the beginning of @p bytes is, the empty line at its end included; -1 when it is not
+/// complete. As the HTTP library reads it: after empty lines, and with lines that may end in a line feed
+/// alone.
+qsizetype headLength(const QByteArray &bytes)
+{
+    qsizetype at = 0;
+    while (at < bytes.size() && (bytes[at] == '\r' || bytes[at] == '\n'))
+        ++at;
+    while ((at = bytes.indexOf('\n', at)) >= 0) {
+        ++at;
+        const QByteArrayView next = QByteArrayView(bytes).sliced(at);
+        if (next.startsWith('\n'))
+            return at + 1;
+        if (next.startsWith("\r\n"))
+            return at + 2;
+    }
+    return -1;
+}
+
 /// The values of the header called @p lowerCaseName in @p head.
 QList<QByteArray> headerValues(const QByteArray &head, QByteArrayView lowerCaseName)
 {
@@ -160,7 +179,7 @@ void HttpConnection::watchOutgoing()
 void HttpConnection::inspectHead(const QByteArray &bytes)
 {
     m_head += bytes;
-    const qsizetype end = m_head.indexOf("\r\n\r\n");
+    const qsizetype end = headLength(m_head);
     if (end > m_limits.headSize || (end < 0 && m_head.size() > m_limits.headSize))
         return refuse(431, "Request Header Fields Too Large");
     if (end < 0)
@@ -170,7 +189,7 @@ void HttpConnection::inspectHead(const QByteArray &bytes)
     const qint64 length = contentLength(head);
     if (length < 0)
         return refuse(400, "Bad Request");
-    const qsizetype bodyReceived = m_head.size() - end - 4;
+    const qsizetype bodyReceived = m_head.size() - end;
     if (length > m_limits.bodySize || bodyReceived > m_limits.headSize + m_limits.bodySize)
         return refuse(413, "Payload Too Large");
     const QList<QByteArray> expected = headerValues(head, "expect");

@@ -366,6 +366,34 @@ TEST_F(HttpAdapterTest, bodiesOfTwoLengthsAreRefused)
     EXPECT_EQ(handled, 0);
 }
 
+TEST_F(HttpAdapterTest, aHeadIsWatchedHoweverItsLinesEnd)
+{
+    serve({});
+    const QByteArray ambiguous =
+        "POST /a HTTP/1.1\r\nHost: h\r\nContent-Length: 3\r\nContent-Length: 4\r\n\r\nabcd";
+    const struct
+    {
+        const char *what;
+        QByteArray bytes;
+    } cases[] = {
+        {"line feeds alone", QByteArray(ambiguous).replace("\r\n", "\n")},
+        {"one line feed alone", QByteArray(ambiguous).replace("4\r\n", "4\n")},
+        {"empty lines in front", "\r\n\n\r\n" + ambiguous},
+        {"behind another request", get + ambiguous},
+    };
+    for (const auto &given : cases) {
+        handled = 0;
+        const auto socket = connected();
+        for (qsizetype at = 0; at < given.bytes.size(); at += 3) { // so that the library sees an early end
+            socket->write(given.bytes.mid(at, 3));
+            socket->flush();
+            ASSERT_TRUE(waitUntil([&] { return socket->bytesToWrite() == 0 || closed(*socket); }));
+        }
+        EXPECT_TRUE(received(*socket, "INVALID_ARGUMENT").contains("HTTP/1.1 400 ")) << given.what;
+        EXPECT_EQ(handled, given.bytes.startsWith(get) ? 1 : 0) << given.what;
+    }
+}
+
 TEST_F(HttpAdapterTest, answerThatComesLaterIsNotOvertakenAndHoldsNobodyElseUp)
 {
     std::function<void(const Response &)> reply;
