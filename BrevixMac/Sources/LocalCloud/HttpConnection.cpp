@@ -44,16 +44,28 @@ QList<QByteArray> headerValues(const QByteArray &head, QByteArrayView lowerCaseN
     return values;
 }
 
+/// A carriage return without its line feed, which the HTTP library takes for the end of a head in one place
+/// and for a character in another.
+bool hasBareReturn(QByteArrayView head)
+{
+    for (qsizetype at = head.indexOf('\r'); at >= 0 && at + 1 < head.size(); at = head.indexOf('\r', at + 1))
+        if (head[at + 1] != '\n')
+            return true;
+    return false;
+}
+
 /// How long the body is by @p head; 0 when it does not say, -1 when two readers could disagree about it.
 qint64 contentLength(const QByteArray &head)
 {
     const QList<QByteArray> lengths = headerValues(head, "content-length");
+    const QList<QByteArray> encodings = headerValues(head, "transfer-encoding");
+    if (lengths.size() + encodings.size() > 1)
+        return -1;
     if (lengths.isEmpty())
-        return 0;
+        return encodings.isEmpty() || encodings.constFirst().toLower() == "chunked" ? 0 : -1;
     bool isNumber = false;
     const qint64 length = lengths.constFirst().toLongLong(&isNumber);
-    const bool isAmbiguous = lengths.size() > 1 || !headerValues(head, "transfer-encoding").isEmpty();
-    return isNumber && length >= 0 && !isAmbiguous ? length : -1;
+    return isNumber && length >= 0 ? length : -1;
 }
 
 QByteArray reasonPhrase(int status)
@@ -182,10 +194,12 @@ void HttpConnection::inspectHead(const QByteArray &bytes)
     const qsizetype end = headLength(m_head);
     if (end > m_limits.headSize || (end < 0 && m_head.size() > m_limits.headSize))
         return refuse(431, "Request Header Fields Too Large");
+    const QByteArray head = end < 0 ? m_head : m_head.left(end);
+    if (hasBareReturn(head))
+        return refuse(400, "Bad Request");
     if (end < 0)
         return;
     m_headComplete = true;
-    const QByteArray head = m_head.left(end);
     const qint64 length = contentLength(head);
     if (length < 0)
         return refuse(400, "Bad Request");

@@ -358,7 +358,9 @@ TEST_F(HttpAdapterTest, bodiesOfTwoLengthsAreRefused)
 {
     serve({});
     for (const QByteArray headers :
-         {"Content-Length: 3\r\nContent-Length: 4", "Content-Length: 3\r\nTransfer-Encoding: chunked"}) {
+         {"Content-Length: 3\r\nContent-Length: 4", "Content-Length: 3\r\nTransfer-Encoding: chunked",
+          "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked", "Transfer-Encoding: gzip, chunked",
+          "Transfer-Encoding: x", "Content-Length: 0x4", "Content-Length: -1"}) {
         const auto socket = connected();
         socket->write("POST /a HTTP/1.1\r\nHost: h\r\n" + headers + "\r\n\r\nabcd");
         EXPECT_TRUE(received(*socket, "INVALID_ARGUMENT").startsWith("HTTP/1.1 400 ")) << headers.constData();
@@ -378,6 +380,8 @@ TEST_F(HttpAdapterTest, aHeadIsWatchedHoweverItsLinesEnd)
     } cases[] = {
         {"line feeds alone", QByteArray(ambiguous).replace("\r\n", "\n")},
         {"one line feed alone", QByteArray(ambiguous).replace("4\r\n", "4\n")},
+        {"a carriage return alone at the end", QByteArray(ambiguous).replace("\r\n\r\n", "\r\n\rX")},
+        {"a carriage return alone in a value", QByteArray(ambiguous).replace(": h", ": h\r")},
         {"empty lines in front", "\r\n\n\r\n" + ambiguous},
         {"behind another request", get + ambiguous},
     };
