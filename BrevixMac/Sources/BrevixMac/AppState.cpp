@@ -318,6 +318,7 @@ QCoro::Task<> AppState::performInsertion(RenderedPrompt rendered, std::stop_toke
         co_return;
     if (!result.succeeded) {
         setInsertionRecovery(InsertionRecovery{.renderedPrompt = rendered, .prompt = rendered.prompt});
+        Q_EMIT insertionFailed();
         co_return;
     }
     setInsertionRecovery({});
@@ -344,6 +345,12 @@ QCoro::Task<InsertionResult> AppState::insertIntoCurrentTarget(RenderedPrompt re
     co_return result;
 }
 
+bool AppState::isTargetInFront() const
+{
+    const auto front = m_environment.workspace.frontmostApplication();
+    return m_focusedTarget && front && front->processIdentifier == m_focusedTarget->pid;
+}
+
 void AppState::performCopy(const RenderedPrompt &rendered)
 {
     setShareConfirmation({});
@@ -368,6 +375,7 @@ QCoro::Task<> AppState::performSkillInsertion(SkillItem skill, std::stop_token t
         co_return;
     if (!result.succeeded) {
         setInsertionRecovery(InsertionRecovery{.renderedPrompt = text, .skill = skill});
+        Q_EMIT insertionFailed();
         co_return;
     }
     setInsertionRecovery({});

@@ -116,6 +116,8 @@ public:
     void setPickerAutoFocusSearch(bool autoFocus) { m_pickerAutoFocusSearch = autoFocus; }
     /// True from the start of an insertion until its result.
     bool isInserting() const { return m_insertionsUnderWay > 0; }
+    /// Whether the program that the next insertion goes to has the keyboard.
+    bool isTargetInFront() const;
 
     // The services.
     const AppConfiguration &configuration() const { return m_environment.configuration; }
@@ -230,6 +232,8 @@ Q_SIGNALS:
     void isInsertingChanged();
     /// An insertion has succeeded: whatever window it was started in is done.
     void insertionFinished();
+    /// After insertionRecovery() was set.
+    void insertionFailed();
     /// The library, the recents or their order have changed: lists must be read again.
     void libraryChanged();
 

@@ -30,6 +30,11 @@ FloatingPanelController::FloatingPanelController(AppState &appState, Workspace &
     connect(&view, &PromptPaletteView::browseLibraryRequested, this,
             &FloatingPanelController::browseLibraryRequested);
     connect(&appState, &AppState::insertionFinished, this, &FloatingPanelController::hide);
+    connect(&appState, &AppState::insertionFailed, this, [this] {
+        // As in the picker: a paste gives the focus to its target.
+        if (isVisible() && m_appState.isTargetInFront())
+            m_workspace.activateOwnWindow(m_panel->windowHandle());
+    });
     // The picker works on the same state: one of the two at a time.
     connect(&appState, &AppState::palettePresentedChanged, this, [this] {
         if (m_appState.palettePresented())

@@ -105,6 +105,12 @@ void MenuBarController::install(AppState &appState)
     connect(&m_panel->view(), &MenuBarPickerView::quitRequested, this, &MenuBarController::quitRequested);
     connect(&appState.hotkeyService(), &HotkeyService::registrationChanged, this,
             &MenuBarController::updateStatusItem);
+    connect(&appState, &AppState::insertionFailed, this, [this] {
+        // A paste gives the focus to its target. The offer that now stands in the panel wants the keyboard,
+        // unless the user has gone elsewhere meanwhile.
+        if (isPickerVisible() && m_appState->isTargetInFront())
+            m_workspace.activateOwnWindow(m_panel->windowHandle());
+    });
     appState.presentPaletteAction = [this] { showPicker(); };
     appState.dismissPaletteAction = [this] { closePicker(); };
 

@@ -286,8 +286,12 @@ def is_brevix_running():
 
 def panel():
     """The picker's window, when it is on screen."""
-    found = [window for window in windows(PANEL_CLASS) if window_geometry(window)[2] >= 500]
-    return found[-1] if found else None
+    # A search is broken off when any window vanishes while it runs, so one that finds nothing proves nothing.
+    for _ in range(3):
+        found = [window for window in windows(PANEL_CLASS) if window_geometry(window)[2] >= 500]
+        if found:
+            return found[-1]
+    return None
 
 
 class Brevix(Program):

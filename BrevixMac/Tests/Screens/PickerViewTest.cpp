@@ -387,6 +387,28 @@ TEST_F(PickerViewTest, aFailedInsertionOffersToCopyInstead)
     EXPECT_TRUE(line.recoveryButton().isHidden());
 }
 
+TEST_F(PickerViewTest, aFailedPasteThatHasGivenTheFocusAwayTakesItBack)
+{
+    stage.desk.field().isSettable = false;
+    stage.desk.pasteboard.refusesText = true;
+    openSample();
+    InMemoryWorkspace &workspace = stage.desk.workspace;
+    int failures = 0;
+    QObject::connect(&stage.appState(), &AppState::insertionFailed, &stage.appState(), [&] { ++failures; });
+    stage.key(Qt::Key_Down);
+
+    int before = workspace.ownActivations;
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return failures == 1; }));
+    EXPECT_EQ(workspace.ownActivations, before + 1);
+
+    workspace.frontmost = 1;
+    before = workspace.ownActivations;
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return failures == 2; }));
+    EXPECT_EQ(workspace.ownActivations, before) << "the user is not in the target any more";
+}
+
 // Empty states
 
 TEST_F(PickerViewTest, aSearchWithoutResultSaysSo)

@@ -270,7 +270,8 @@ public:
         co_return true;
     }
 
-    void activateOwnWindow(QWindow *) override {}
+    void activateOwnWindow(QWindow *) override { ++ownActivations; }
+    int ownActivations = 0;
     bool isCompositing() const override { return compositing; }
 };
 

@@ -23,6 +23,7 @@ import desktop_driver as desk  # noqa: E402
 import seeded_library  # noqa: E402
 import target_programs as programs  # noqa: E402
 import x_display  # noqa: E402
+from gi.repository import GLib  # noqa: E402
 from seeded_library import TEXTS  # noqa: E402
 from target_matrix import METHODS, Stage  # noqa: E402
 
@@ -105,7 +106,7 @@ class Endurance:
             outcome = self.insert(plan)
             self.check_everything(plan, content, outcome)
             self.outcomes[outcome] += 1
-        except (Violation, desk.Failure) as error:
+        except (Violation, desk.Failure, GLib.Error) as error:
             self.violations.append(f"round {number} ({plan}): {error}")
             outcome = f"VIOLATION {error}"
             self.recover()
@@ -156,6 +157,8 @@ class Endurance:
             if plan.event == "hang":
                 programs.thaw(target)
         if said:
+            if plan.event in ("nothing", "held modifier", "held for long", "hang", "quit"):
+                self.assert_picker_has_keyboard(said)
             return said
         if plan.event == "quit":
             raise Violation("success was reported for a program that had been killed")
@@ -195,6 +198,13 @@ class Endurance:
         desk.wait_for("an outcome", is_decided, 15, 0.03)
         return said[0] if said and desk.panel() is not None else None
 
+    @staticmethod
+    def assert_picker_has_keyboard(said):
+        try:
+            desk.wait_for("the keyboard", lambda: desk.active_window() == desk.panel(), 2, 0.05)
+        except desk.Failure:
+            raise Violation(f"after \"{said}\" the picker has an offer and not the keyboard") from None
+
     # What must hold after each round
 
     def check_everything(self, plan, content, outcome):
@@ -210,8 +220,7 @@ class Endurance:
             self.accept_either(plan)
         for index, target in enumerate(self.targets):
             if target is not None and target.read() != self.expected[index]:
-                raise Violation(f"{target.name} holds {programs.shortened(target.read())}, "
-                                f"not {programs.shortened(self.expected[index])}")
+                raise Violation(f"{target.name} after \"{outcome}\": {difference(self.expected[index], target.read())}")
         if self.display.pressed_keys():
             raise Violation(f"keys are down: {self.display.pressed_keys()}")
         zombies = [pid for pid, parent, state in processes() if parent == Stage.brevix.pid and state == "Z"]
@@ -227,9 +236,14 @@ class Endurance:
         desk.wait_for("a settled field", lambda: target.read() in both, 10, 0.1)
         self.expected[plan.target] = target.read()
 
-    def close_picker(self):
+    @staticmethod
+    def close_picker():
+        """Escape, as often as it takes. After a failure the picker has the keyboard, unless the user went elsewhere."""
         for _ in range(3):
-            if desk.panel():
+            panel = desk.panel()
+            if panel:
+                if desk.active_window() != panel:
+                    desk.activate(panel)
                 desk.keys("Escape")
 
     def recover(self):
@@ -272,10 +286,11 @@ class Endurance:
                 target.close()
 
     def report_memory(self, preference):
-        if len(self.memory) < 3:
+        if len(self.memory) < 6:
             return
-        first, last = self.memory[1], self.memory[-1]
-        print(f"memory with {preference}: own memory {first:.1f} MiB after 20 rounds, {last:.1f} MiB at the end "
+        # A saved clipboard of some megabytes is kept for a while, so single samples say little.
+        first, last = min(self.memory[1:4]), min(self.memory[-3:])
+        print(f"memory with {preference}: {first:.1f} MiB of its own after 20 to 40 rounds, {last:.1f} MiB in the last 30 "
               f"({(last / first - 1) * 100:+.1f} %), highest {max(self.memory):.1f} MiB", flush=True)
         if last > first * 1.05:
             self.violations.append(f"memory grew from {first:.1f} to {last:.1f} MiB")
@@ -290,6 +305,15 @@ class Endurance:
         print(f"violations: {len(self.violations)}")
         for violation in self.violations:
             print(" -", violation)
+
+
+def difference(expected, found):
+    """Where two texts part, in a few words."""
+    start = len(os.path.commonprefix((expected, found)))
+    end = len(os.path.commonprefix((expected[start:][::-1], found[start:][::-1])))
+    missing, extra = expected[start:len(expected) - end], found[start:len(found) - end]
+    return (f"at {start} of {len(expected)}, {programs.shortened(missing)} is missing and "
+            f"{programs.shortened(extra)} too much")
 
 
 def processes():
