@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A program with one text field of the kind its first argument names, holding the text of its second.
+#include "DeafField.h"
+
 #include <QApplication>
 #include <QLineEdit>
 #include <QMimeData>
@@ -113,6 +115,8 @@ QWidget *makeField(const QString &kind, const QString &text)
         return new ShortPlainTextEdit(text);
     if (kind == QLatin1String("stopping"))
         return new StoppingPlainTextEdit(text);
+    if (kind == QLatin1String("deaf"))
+        return new DeafField(text);
     if (kind == QLatin1String("resetting"))
         return new ResettingPlainTextEdit(text);
     auto *field = new QLineEdit(text);
@@ -126,6 +130,7 @@ QWidget *makeField(const QString &kind, const QString &text)
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
+    DeafField::installAccessibility();
     QWidget window;
     QVBoxLayout layout(&window);
     const QString kind = application.arguments().value(1);
