@@ -26,7 +26,7 @@ public:
     struct Limits
     {
         std::chrono::milliseconds time{500};   ///< of silence
-        std::chrono::milliseconds total{2000}; ///< for an owner that answers slowly but steadily
+        std::chrono::milliseconds total{4000}; ///< for an owner that answers slowly but steadily
         qint64 bytes = qint64(64) * 1024 * 1024;
     };
 

@@ -11,6 +11,9 @@
 //       first increment and stays; --again gives up after the first two increments and asks anew, twice.
 //   multiple SELECTION TARGET…
 //       reads all in one request and says "TARGET SIZE" or "TARGET refused" for each
+//   paste SELECTION TARGET DELAY
+//       opens a window that takes the focus, "ready"; reads DELAY milliseconds after each key that is pressed
+//       in it and says "pasted SIZE"
 //   time      says the server's time
 //   manager   a clipboard manager: "managing", then "saved NAME…" when it has been asked to save and has read
 //   all
@@ -25,6 +28,7 @@
 #include <memory>
 #include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -310,6 +314,29 @@ int read(const std::vector<std::string> &arguments)
     return 0;
 }
 
+/// A program with the focus that is so busy that it reads late.
+int paste(const std::vector<std::string> &arguments, xcb_window_t root)
+{
+    const xcb_window_t field = xcb_generate_id(connection);
+    const uint32_t mask = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_FOCUS_CHANGE;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, field, root, 0, 0, 200, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    xcb_map_window(connection, field);
+    bool isReady = false;
+    for (;;) {
+        const auto event = nextEvent();
+        if (event->response_type == XCB_FOCUS_IN && !std::exchange(isReady, true))
+            say("ready");
+        const auto *key = reinterpret_cast<const xcb_key_press_event_t *>(event.get());
+        if (event->response_type != XCB_KEY_PRESS || (key->state & XCB_MOD_MASK_CONTROL) == 0)
+            continue;
+        usleep(useconds_t(std::stoul(arguments.at(2))) * 1000);
+        Data data;
+        readTarget(arguments.at(0), atom(arguments.at(1)), key->time, false, data);
+        say("pasted " + std::to_string(data.bytes.size()));
+    }
+}
+
 int readMultiple(const std::vector<std::string> &arguments)
 {
     const xcb_atom_t property = atom("PEER_PAIRS");
@@ -389,6 +416,8 @@ int main(int argc, char **argv)
     }
     if (arguments[0] == "read")
         return read(rest);
+    if (arguments[0] == "paste" && rest.size() == 3)
+        return paste(rest, screen->root);
     if (arguments[0] == "multiple" && !rest.empty())
         return readMultiple(rest);
     if (arguments[0] == "time") {
