@@ -126,7 +126,7 @@ def main():
     try:
         measure_idle(brevix, int(sys.argv[3]) if len(sys.argv) > 3 else 90)
         editor, _ = open_editor()
-        subprocess.run([latency, "panel", "60"], check=True)
+        subprocess.run([latency, "shown", "brevix", "33", "60"], check=True)
         editor.stop()
         measure_insertion(brevix, 20, "Return to text in the field, direct")
         brevix.stop()
