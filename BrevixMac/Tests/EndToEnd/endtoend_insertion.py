@@ -1,11 +1,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Inserts into real programs of several toolkits and reads the text back by other means."""
+import os
 import pathlib
 import subprocess
 import tempfile
 
 import desktop_driver as desk
 import scenario
+import x_display
 from scenario import ACUTE, LINES, SKILL, WOMAN
 
 EDITORS = {
@@ -13,10 +15,17 @@ EDITORS = {
     "a Qt editor": ("featherpad", ["featherpad", "--standalone"]),
 }
 
+UNDOING = {**EDITORS, "a GTK 4 editor": ("gnome-text-editor", ["gnome-text-editor", "--standalone", "--ignore-session"])}
+
 
 class InsertionIntoEditors(scenario.Scenario):
-    def editors(self):
-        for name, (wm_class, command) in EDITORS.items():
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.display = x_display.Display()
+
+    def editors(self, editors=EDITORS):
+        for name, (wm_class, command) in editors.items():
             with self.subTest(name):
                 program, window = self.open_window(wm_class, *command)
                 field = desk.field(program.pid, is_multi_line)
@@ -70,13 +79,15 @@ class InsertionIntoEditors(scenario.Scenario):
             desk.type_text("!")
             desk.wait_for_text(field, expected + "!")
 
-    def test_undo_brings_the_text_back(self):
-        for _, window, field in self.editors():
+    def test_undo_brings_the_text_back_after_a_direct_insertion(self):
+        for _, window, field in self.editors(UNDOING):
             self.put(field, "before after")
             desk.keys(*["Left"] * len(" after"))
+            owner = self.display.selection_owner()
             expected = self.insert_lines()
             desk.wait_for_text(field, "before" + expected + " after")
             self.brevix.wait_until_closed()
+            self.assertEqual(self.display.selection_owner(), owner, "it was a paste")
             desk.wait_for("the focus to be back", lambda: desk.active_window() == window)
             desk.keys("ctrl+z")
             desk.wait_for_text(field, "before after")
@@ -106,6 +117,19 @@ class InsertionIntoEditors(scenario.Scenario):
             desk.keys("Escape")
             self.brevix.wait_until_closed()
             self.assertEqual(desk.text_of(field), "untouched")
+
+
+class InsertionIntoPretenders(scenario.Scenario):
+    def test_a_widget_that_accepts_edits_and_does_nothing_gets_the_text_once_by_a_paste(self):
+        _, content = self.own_rich_clipboard()
+        program, _ = self.open_window("QtFields", os.environ["QT_FIELDS"], "deaf", "before ")
+        field = desk.field(program.pid, is_multi_line)
+        desk.keys("ctrl+End")
+        expected = self.insert_lines()
+        desk.wait_for_text(field, "before " + expected)
+        self.brevix.wait_until_closed()
+        self.assert_clipboard_is(content)
+        self.assertEqual(desk.text_of(field), "before " + expected)
 
 
 class InsertionIntoLineFields(scenario.Scenario):
