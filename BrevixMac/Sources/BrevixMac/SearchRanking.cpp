@@ -32,8 +32,7 @@ QString LowercaseCache::lowercased(const QString &text)
     if (!ownsItsCharacters(text))
         return Text::lowercased(text);
 
-    const auto known = m_entries.find(text.constData());
-    if (known != m_entries.end() && known->original.size() == text.size()) {
+    if (Entry *known = find(text)) {
         m_usedNow += known->lastRanking != m_ranking;
         known->lastRanking = m_ranking;
         return known->lowercased;
@@ -44,13 +43,28 @@ QString LowercaseCache::lowercased(const QString &text)
     return lowercased;
 }
 
+LowercaseCache::Entry *LowercaseCache::find(const QString &text)
+{
+    const auto isOf = [&text](const Entry &entry) {
+        return entry.original.constData() == text.constData() && entry.original.size() == text.size();
+    };
+    if (m_likelyNext >= m_entries.size() || !isOf(m_entries[m_likelyNext])) {
+        const auto known = m_positions.constFind(text.constData());
+        if (known == m_positions.cend() || !isOf(m_entries[*known]))
+            return nullptr;
+        m_likelyNext = *known;
+    }
+    return &m_entries[m_likelyNext++];
+}
+
 void LowercaseCache::insert(const QString &text, const QString &lowercased)
 {
     const bool fits = m_size + text.size() <= m_capacity;
-    if (!ownsItsCharacters(text) || !fits || m_entries.contains(text.constData()))
+    if (!ownsItsCharacters(text) || !fits || m_positions.contains(text.constData()))
         return;
     // What is lower-case already shares its characters.
-    m_entries.insert(text.constData(), {text, lowercased == text ? text : lowercased, m_ranking});
+    m_positions.insert(text.constData(), m_entries.size());
+    m_entries.push_back({text, lowercased == text ? text : lowercased, m_ranking});
     m_size += text.size();
     ++m_usedNow;
 }
@@ -58,21 +72,31 @@ void LowercaseCache::insert(const QString &text, const QString &lowercased)
 void LowercaseCache::clear()
 {
     m_entries.clear();
+    m_positions.clear();
     m_size = 0;
     m_usedNow = 0;
 }
 
 void LowercaseCache::endRanking()
 {
-    if (m_entries.size() > 2 * m_usedNow + alwaysKept) {
-        m_entries.removeIf([this](const auto &entry) {
-            const bool unused = entry.value().lastRanking + rankingsUnused < m_ranking;
-            m_size -= unused ? entry.value().original.size() : 0;
-            return unused;
-        });
-    }
+    if (entryCount() > 2 * m_usedNow + alwaysKept)
+        forgetUnused();
     m_usedNow = 0;
     ++m_ranking;
+}
+
+void LowercaseCache::forgetUnused()
+{
+    const auto removed = std::erase_if(m_entries, [this](const Entry &entry) {
+        const bool isUnused = entry.lastRanking + rankingsUnused < m_ranking;
+        m_size -= isUnused ? entry.original.size() : 0;
+        return isUnused;
+    });
+    if (removed == 0)
+        return;
+    m_positions.clear();
+    for (std::size_t position = 0; position < m_entries.size(); ++position)
+        m_positions.insert(m_entries[position].original.constData(), position);
 }
 
 LowercaseCache &lowercaseCache()

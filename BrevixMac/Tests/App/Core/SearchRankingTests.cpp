@@ -263,6 +263,31 @@ TEST(SearchRanking, textsNobodyAsksForAreForgotten)
     EXPECT_EQ(cache.entryCount(), 1);
 }
 
+TEST(SearchRanking, theCacheAnswersRightInEveryOrder)
+{
+    SearchRanking::LowercaseCache cache(1'000'000);
+    QStringList texts;
+    for (int index = 0; index < 600; ++index)
+        texts.append(u"Text %1"_s.arg(index));
+    const auto expectAnswers = [&](int from, int to, int step) {
+        for (int index = from; index != to; index += step)
+            EXPECT_EQ(cache.lowercased(texts[index]), u"text %1"_s.arg(index));
+        cache.endRanking();
+    };
+    expectAnswers(0, 600, 1);
+    expectAnswers(0, 600, 1);
+    expectAnswers(598, 0, -2);
+    // The odd ones are forgotten, the others move up.
+    for (int ranking = 0; ranking < 40; ++ranking)
+        expectAnswers(0, 200, 2);
+    EXPECT_EQ(cache.entryCount(), 300);
+    expectAnswers(599, -1, -1);
+    expectAnswers(0, 600, 3);
+    cache.clear();
+    expectAnswers(0, 600, 1);
+    EXPECT_EQ(cache.entryCount(), 600);
+}
+
 TEST(SearchRanking, whatIsPreparedIsFoundInTheCache)
 {
     SearchRanking::LowercaseCache cache(1000);
