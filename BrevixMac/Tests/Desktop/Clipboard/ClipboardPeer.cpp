@@ -332,7 +332,7 @@ int paste(const std::vector<std::string> &arguments, xcb_window_t root)
             continue;
         usleep(useconds_t(std::stoul(arguments.at(2))) * 1000);
         Data data;
-        readTarget(arguments.at(0), atom(arguments.at(1)), key->time, false, data);
+        readTarget(arguments.at(0), atom(arguments.at(1)), key->time, Patience::endless, data);
         say("pasted " + std::to_string(data.bytes.size()));
     }
 }
