@@ -113,6 +113,8 @@ struct BrevixMacApp::Parts
     std::unique_ptr<AppDelegate> delegate;
     std::unique_ptr<MenuBarController> menuBar;
     std::unique_ptr<AppWindows> windows;
+    std::unique_ptr<QObject> waiting; ///< for the local library to be open; what is asked for meanwhile:
+    std::function<void()> asked;
 
     void makeState(const AppConfiguration &configuration, const CloudEndpoints &endpoints)
     {
@@ -150,29 +152,58 @@ struct BrevixMacApp::Parts
             problem = QStringLiteral("BREVIX_SERVER must be like https://library.example.org");
     }
 
-    /// Starts the embedded cloud and leaves a session of its user where a sign-in would have left it.
     bool startLocalCloud()
     {
         localCloud = std::make_unique<LocalCloud>(localCloudOptions());
-        if (!localCloud->start()) {
-            problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
-            return false;
-        }
-        return defaults.boolean(localSignedOutKey).value_or(false) || signInLocally();
+        return localCloud->start() || failLocally();
     }
 
+    bool failLocally()
+    {
+        problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
+        return false;
+    }
+
+    /// Takes up the local library, whose database is open.
+    bool useLocalCloud()
+    {
+        if (!defaults.boolean(localSignedOutKey).value_or(false) && !signInLocally())
+            return false;
+        const QUrl origin = localCloud->origin();
+        makeState(localConfiguration(origin), CloudEndpoints::local(origin));
+        followLocalSignIn();
+        return true;
+    }
+
+    /// Leaves a session of the local user where a sign-in would have left it.
     bool signInLocally()
     {
         const LocalCloud::Session session = localCloud->issueLocalSession();
-        if (session.idToken.isEmpty()) {
-            problem = QStringLiteral("the local library cannot be opened: ") + localCloud->errorString();
-            return false;
-        }
+        if (session.idToken.isEmpty())
+            return failLocally();
         const auto json = defaults.data(AuthService::storageKey);
         const auto former = json ? StoredAuthSession::fromJson(*json) : std::nullopt;
         if (!former || former->uid == session.uid) // somebody else signed in on the local sign-in page stays
             defaults.setData(AuthService::storageKey, storedSession(session).toJson());
         return true;
+    }
+
+    /// Remembers the last thing that was asked for while there is nobody yet to do it.
+    void holdBack(InstanceService &instance)
+    {
+        waiting = std::make_unique<QObject>();
+        for (const auto request : {&InstanceService::toggleRequested, &InstanceService::paletteRequested,
+                                   &InstanceService::showRequested, &InstanceService::settingsRequested})
+            QObject::connect(&instance, request, waiting.get(), [this, &instance, request] {
+                asked = [&instance, request] { (instance.*request)(); };
+            });
+    }
+
+    void letThrough()
+    {
+        waiting.reset();
+        if (asked)
+            asked();
     }
 
     /// Remembers across starts whether the local user is signed in.
@@ -188,21 +219,31 @@ struct BrevixMacApp::Parts
     }
 };
 
-BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library)
+BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library, const Failed &failed)
     : m_parts(std::make_unique<Parts>(library))
 {
-    if (library == Library::local) {
-        if (!m_parts->startLocalCloud())
-            return;
-        const QUrl origin = m_parts->localCloud->origin();
-        m_parts->makeState(localConfiguration(origin), CloudEndpoints::local(origin));
-        m_parts->followLocalSignIn();
-    } else {
-        m_parts->useCloud(QProcessEnvironment::systemEnvironment());
-        if (m_parts->problem)
-            return;
+    Parts &parts = *m_parts;
+    if (library == Library::cloud) {
+        parts.useCloud(QProcessEnvironment::systemEnvironment());
+        if (!parts.problem)
+            run(instance);
+        return;
     }
+    if (!parts.startLocalCloud())
+        return;
+    parts.holdBack(instance);
+    parts.localCloud->whenOpened([this, &instance, failed](bool isUsable) {
+        if (!(isUsable ? m_parts->useLocalCloud() : m_parts->failLocally())) {
+            failed(*m_parts->problem);
+            return;
+        }
+        run(instance);
+        m_parts->letThrough();
+    });
+}
 
+void BrevixMacApp::run(InstanceService &instance)
+{
     Parts &parts = *m_parts;
     parts.delegate = std::make_unique<AppDelegate>(*parts.appState);
     parts.delegate->applicationDidFinishLaunching();
@@ -236,7 +277,10 @@ std::optional<QString> BrevixMacApp::problem() const
 
 void BrevixMacApp::quit()
 {
-    m_parts->delegate->quit();
+    if (m_parts->delegate)
+        m_parts->delegate->quit();
+    else
+        QCoreApplication::quit();
 }
 
 QString BrevixMacApp::bundleIdentifier()

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -14,11 +15,15 @@ class BrevixMacApp
 public:
     enum class Library { cloud, local };
 
-    /// @p instance must outlive this object. @p library says where the library lives.
-    BrevixMacApp(InstanceService &instance, Library library);
+    using Failed = std::function<void(const QString &problem)>;
+
+    /// @p instance must outlive this object. @p library says where the library lives. A local one is opened
+    /// beside the main thread, and the application appears when that is done; @p failed is called if it
+    /// cannot be.
+    BrevixMacApp(InstanceService &instance, Library library, const Failed &failed);
     ~BrevixMacApp();
 
-    /// Why the application cannot run; nothing when it does.
+    /// Why the application cannot run, as far as that is known; nothing when it does.
     std::optional<QString> problem() const;
 
     /// Ends the application in good order: see AppDelegate::quit().
@@ -31,6 +36,8 @@ public:
     static QString bundleIdentifier();
 
 private:
+    void run(InstanceService &instance);
+
     struct Parts;
     std::unique_ptr<Parts> m_parts;
 };

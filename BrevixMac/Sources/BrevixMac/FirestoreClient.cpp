@@ -42,7 +42,8 @@ FirestoreClient::FirestoreClient(QString projectID, CloudEndpoints endpoints, Ht
 QCoro::Task<QByteArray> FirestoreClient::fetchPage(QStringList collectionSegments, QString firebaseIDToken,
                                                    std::stop_token token)
 {
-    const HttpRequest get = request("GET", collectionSegments, firebaseIDToken, pageQuery);
+    HttpRequest get = request("GET", collectionSegments, firebaseIDToken, pageQuery);
+    get.maximumBodySize = maximumPageSize;
     QByteArray page = co_await send(get, firebaseIDToken, token);
     co_return page;
 }

@@ -18,6 +18,10 @@ class FirestoreClient
 public:
     using Fields = FirestoreFieldValue::Map;
 
+    /// Largest page that is taken, in bytes. A larger one is an error: part of a library must not pass for
+    /// the whole.
+    static constexpr qint64 maximumPageSize = 128LL * 1024 * 1024;
+
     /// @p http must outlive this object.
     FirestoreClient(QString projectID, CloudEndpoints endpoints, HttpClient &http);
 

@@ -82,7 +82,8 @@ int start(int argc, char **argv, BrevixMacApp::Library library)
         return shown ? 0 : fail(QStringLiteral("Brevix runs already but did not answer"), exitUnavailable);
     }
     const TerminationSignals signals;
-    BrevixMacApp app(instance, library);
+    BrevixMacApp app(instance, library,
+                     [](const QString &problem) { QCoreApplication::exit(fail(problem, exitUnavailable)); });
     if (const auto problem = app.problem())
         return fail(*problem, exitUnavailable);
     QObject::connect(&signals, &TerminationSignals::received, &application, [&app] { app.quit(); });

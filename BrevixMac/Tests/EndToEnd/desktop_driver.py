@@ -297,17 +297,20 @@ def panel():
 class Brevix(Program):
     """A running Brevix with a local library."""
 
+    library_options = ["--local"]
+    domain = "brevix-local"
+
     def __init__(self, binary, *arguments, log=None, first_start=False, env=None):
         self.binary = binary
         self.log_path = log or pathlib.Path(tempfile.mkdtemp()) / "brevix.log"
         if not first_start:
             self.write_defaults()
         self.log = open(self.log_path, "wb")
-        super().__init__(binary, "--local", *arguments, stderr=self.log, env=env)
+        super().__init__(binary, *self.library_options, *arguments, stderr=self.log, env=env)
 
-    @staticmethod
-    def defaults_path():
-        return pathlib.Path(os.environ["HOME"]) / ".config/brevix-local/defaults.plist"
+    @classmethod
+    def defaults_path(cls):
+        return pathlib.Path(os.environ["HOME"]) / f".config/{cls.domain}/defaults.plist"
 
     @classmethod
     def write_defaults(cls, **values):

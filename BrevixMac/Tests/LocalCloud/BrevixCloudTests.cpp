@@ -2,10 +2,12 @@
 #include "LocalCloud/TestCertificate.h"
 #include "Support/Waiting.h"
 
+#include <QDir>
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSslConfiguration>
 #include <QSslError>
 #include <QTcpServer>
@@ -168,6 +170,17 @@ TEST_F(BrevixCloudTest, accountsAreManagedFromTheCommandLine)
     EXPECT_EQ(run({QStringLiteral("remove-user"), email}).exitCode, 0);
     EXPECT_EQ(run({QStringLiteral("remove-user"), email}).exitCode, 1);
     EXPECT_EQ(run({QStringLiteral("list-users")}).output, QString());
+}
+
+TEST_F(BrevixCloudTest, databaseThatCannotBeUsedIsReportedWithItsReason)
+{
+    ASSERT_TRUE(QDir().mkpath(dataFolder() + QStringLiteral("/library.sqlite")));
+    const Outcome outcome = run(listen(QStringLiteral("127.0.0.1")));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.problem.contains(
+        QRegularExpression(QStringLiteral("brevix-cloud: The database cannot be used: \\S+"))))
+        << qPrintable(outcome.problem);
+    EXPECT_FALSE(outcome.output.contains(QStringLiteral("Serving")));
 }
 
 TEST_F(BrevixCloudTest, speaksHttpsWithItsCertificate)

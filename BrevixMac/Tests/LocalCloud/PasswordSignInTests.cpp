@@ -4,9 +4,18 @@
 #include "LocalCloud/SignInThrottle.h"
 #include "Support/Waiting.h"
 
+#include <QLoggingCategory>
+
 using namespace Cloud;
 
 namespace {
+
+QStringList logLines;
+
+void keepLine(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    logLines.append(message);
+}
 
 const QString goodPassword = QStringLiteral("correct horse é");
 
@@ -161,6 +170,33 @@ TEST_F(PasswordSignIn, newPasswordEndsTheSessionsAndRemovalDeletesTheLibrary)
     note.method = "GET";
     EXPECT_EQ(status(note), 404);
     EXPECT_FALSE(isGranted(logIn("ada%40example.org", QStringLiteral("another password"))));
+}
+
+TEST_F(PasswordSignIn, noSecretReachesTheLog)
+{
+    logLines.clear();
+    const auto former = qInstallMessageHandler(keepLine);
+    QLoggingCategory::setFilterRules(QStringLiteral("brevix.*=true"));
+    const QString wrongPassword = QStringLiteral("wrong-password");
+    logIn("ada%40example.org", wrongPassword);
+    const QString code =
+        valueOf(redirectedQuery(logIn("ada%40example.org", goodPassword)), QStringLiteral("code"));
+    const QString providerToken = jsonOf(exchange(code.toLatin1())).value(u"id_token").toString();
+    exchange(code.toLatin1()); // a second time
+    const QJsonObject user = jsonOf(signInWith(providerToken));
+    signInWith(providerToken + u'x');
+    const QString refreshToken = user.value(u"refreshToken").toString();
+    const QString renewed =
+        jsonOf(service->handle(refreshRequest(refreshToken.toLatin1()))).value(u"refresh_token").toString();
+    now += std::chrono::hours(1);
+    service->handle(refreshRequest(refreshToken.toLatin1())); // taken for stolen
+    QLoggingCategory::setFilterRules(QString());
+    qInstallMessageHandler(former);
+    for (const QString &secret : {goodPassword, wrongPassword, code, providerToken,
+                                  user.value(u"idToken").toString(), refreshToken, renewed}) {
+        ASSERT_FALSE(secret.isEmpty());
+        EXPECT_FALSE(logLines.join(u'\n').contains(secret)) << qPrintable(secret);
+    }
 }
 
 TEST_F(PasswordSignIn, publicNameIsServedToo)

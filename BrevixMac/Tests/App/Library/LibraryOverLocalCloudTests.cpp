@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "LocalCloud/Database.h"
+#include "LocalCloud/Documents.h"
 #include "LocalCloud/LocalCloud.h"
 
 #include "Support/AppBench.h"
 #include "Support/Waiting.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +33,40 @@ protected:
     }
 
     LibraryStore &store() { return appState->libraryStore(); }
+
+    /// Lets the time of the next refresh come, and no further one.
+    void refreshAfterTheInterval()
+    {
+        time = time.addSecs(45);
+        QTimer *const timer = store().findChild<QTimer *>();
+        QObject::connect(
+            timer, &QTimer::timeout, timer, [timer] { timer->setInterval(LibraryStore::refreshInterval); },
+            Qt::SingleShotConnection);
+        timer->setInterval(1);
+    }
+
+    /// Puts documents into the user's @p collection, beside the running server.
+    void put(const QString &collection, const QHash<QString, QJsonObject> &documents) const
+    {
+        Cloud::Database database(folder.filePath(u"cloud/library.sqlite"_s));
+        ASSERT_TRUE(database.open());
+        Cloud::Transaction transaction(database);
+        for (auto document = documents.cbegin(); document != documents.cend(); ++document)
+            Cloud::Documents(database).put(
+                u"artifacts/%1/users/%2/%3"_s.arg(configuration.logicalLibraryAppID, userID, collection),
+                document.key(), document.value(), Cloud::systemTime());
+        transaction.commit();
+    }
+
+    /// Adds @p count skills with a text of @p size characters, beside the running server.
+    void addSkills(int count, qsizetype size) const
+    {
+        const QJsonObject text{{u"stringValue"_s, QString(size, u'x')}};
+        QHash<QString, QJsonObject> documents;
+        for (int i = 0; i < count; ++i)
+            documents.insert(u"large-%1"_s.arg(i), {{u"text"_s, text}});
+        put(u"skills"_s, documents);
+    }
 
     QString userID;
     LocalCloud cloud{{.dataFolder = folder.filePath(u"cloud"_s),
@@ -56,12 +95,7 @@ TEST_F(LibraryOverLocalCloudTest, aRefreshOfAnUnchangedLibraryAnnouncesNoList)
 {
     int changes = 0;
     QObject::connect(&store(), &LibraryStore::promptsChanged, &store(), [&] { ++changes; });
-    time = time.addSecs(45);
-    QTimer *const timer = store().findChild<QTimer *>();
-    QObject::connect(
-        timer, &QTimer::timeout, timer, [timer] { timer->setInterval(LibraryStore::refreshInterval); },
-        Qt::SingleShotConnection);
-    timer->setInterval(1);
+    refreshAfterTheInterval();
     EXPECT_TRUE(waitUntil([this] { return store().syncState() == SyncState::synced(time); }));
     EXPECT_EQ(changes, 0);
 }
@@ -110,4 +144,63 @@ TEST_F(LibraryOverLocalCloudTest, everyKindOfItemIsShared)
     time = time.addMSecs(1);
     await(appState->share(store().prompts().first()));
     EXPECT_NE(pasteboard.text(), first);
+}
+
+TEST_F(LibraryOverLocalCloudTest, valuesOfEveryTypeAreTakenAsTheyComeAndHideNothingElse)
+{
+    const QJsonObject text{{u"stringValue"_s, u"Text"_s}};
+    const QJsonObject map{{u"fields"_s, QJsonObject{{u"a"_s, text}}}};
+    const QJsonObject nested{{u"fields"_s, QJsonObject{{u"m"_s, QJsonObject{{u"mapValue"_s, map}}}}}};
+    const QHash<QString, QJsonValue> values{
+        {u"nullValue"_s, QJsonValue::Null},
+        {u"booleanValue"_s, true},
+        {u"integerValue"_s, u"9223372036854775807"_s},
+        {u"doubleValue"_s, 1.5},
+        {u"timestampValue"_s, u"2024-05-01T09:30:12.345Z"_s},
+        {u"stringValue"_s, u"Text"_s},
+        {u"bytesValue"_s, u"AAEC"_s},
+        {u"referenceValue"_s, u"projects/p/databases/(default)/documents/a/b"_s},
+        {u"geoPointValue"_s, QJsonObject{{u"latitude"_s, 48.1}, {u"longitude"_s, 11.6}}},
+        {u"arrayValue"_s, QJsonObject{{u"values"_s, QJsonArray{text, QJsonObject{{u"mapValue"_s, map}}}}}},
+        {u"mapValue"_s, nested}};
+    QHash<QString, QJsonObject> documents;
+    for (auto value = values.cbegin(); value != values.cend(); ++value) {
+        const QJsonObject typed{{value.key(), value.value()}};
+        documents.insert(value.key(), {{u"title"_s, typed},
+                                       {u"text"_s, typed},
+                                       {u"order"_s, typed},
+                                       {u"createdAt"_s, typed},
+                                       {u"unknown"_s, typed}});
+    }
+    const QList<PromptItem> before = store().prompts();
+    put(u"prompts"_s, documents);
+    refreshAfterTheInterval();
+    EXPECT_TRUE(waitUntil([this] { return store().syncState() == SyncState::synced(time); }));
+    EXPECT_EQ(store().prompts().size(), before.size() + documents.size());
+    for (const PromptItem &prompt : store().prompts()) {
+        const bool isNew = documents.contains(prompt.id);
+        EXPECT_TRUE(isNew || before.contains(prompt)) << qPrintable(prompt.id);
+        EXPECT_EQ(isNew && prompt.text == u"Text"_s, prompt.id == u"stringValue"_s) << qPrintable(prompt.id);
+    }
+}
+
+TEST_F(LibraryOverLocalCloudTest, aLibraryOfManyLargeSkillsArrivesWhole)
+{
+    const qsizetype before = store().skills().size();
+    addSkills(40, 1024 * 1024);
+    refreshAfterTheInterval();
+    EXPECT_TRUE(waitUntil([this] { return store().syncState() == SyncState::synced(time); },
+                          std::chrono::seconds(60)));
+    EXPECT_EQ(store().skills().size(), before + 40);
+}
+
+TEST_F(LibraryOverLocalCloudTest, aLibraryTooLargeToLoadIsReportedAndNotShownInPart)
+{
+    const QList<SkillItem> shown = store().skills();
+    addSkills(90, 1800 * 1024); // more than the client takes, and more than the server puts on a page
+    refreshAfterTheInterval();
+    EXPECT_TRUE(waitUntil([this] { return store().syncState().kind == SyncState::Kind::error; },
+                          std::chrono::seconds(60)));
+    EXPECT_EQ(store().syncState().message, u"The answer of 127.0.0.1 is too large."_s);
+    EXPECT_EQ(store().skills(), shown);
 }
