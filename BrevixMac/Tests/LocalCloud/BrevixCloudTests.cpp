@@ -8,6 +8,7 @@
 #include <QNetworkReply>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSettings>
 #include <QSslConfiguration>
 #include <QSslError>
 #include <QTcpServer>
@@ -108,6 +109,27 @@ TEST_F(BrevixCloudTest, explainsItself)
     for (const QString &word : {QStringLiteral("nonsense"), QStringLiteral("--nonsense"),
                                 QStringLiteral("add-user"), QStringLiteral("--listen=here")})
         EXPECT_EQ(run({word}).exitCode, 64) << qPrintable(word);
+}
+
+TEST_F(BrevixCloudTest, unitStartsTheProgramAndIsPatientAtBoot)
+{
+    const QSettings unit(QStringLiteral(BREVIX_CLOUD_UNIT), QSettings::IniFormat);
+    const struct
+    {
+        QString key;
+        QString value;
+    } rows[] = {{QStringLiteral("Unit/StartLimitIntervalSec"), QStringLiteral("0")},
+                {QStringLiteral("Unit/After"), {}}, // a user's units cannot wait for the network
+                {QStringLiteral("Service/Restart"), QStringLiteral("on-failure")},
+                {QStringLiteral("Service/RestartSec"), QStringLiteral("5")},
+                {QStringLiteral("Service/RestartPreventExitStatus"), QStringLiteral("64")},
+                {QStringLiteral("Service/UMask"), QStringLiteral("0077")},
+                {QStringLiteral("Install/WantedBy"), QStringLiteral("default.target")}};
+    for (const auto &[key, value] : rows)
+        EXPECT_EQ(unit.value(key).toString(), value) << qPrintable(key);
+    EXPECT_TRUE(unit.value(QStringLiteral("Service/ExecStart"))
+                    .toString()
+                    .endsWith(QStringLiteral("/bin/brevix-cloud $BREVIX_CLOUD_OPTIONS")));
 }
 
 TEST_F(BrevixCloudTest, servesUntilItIsEnded)
