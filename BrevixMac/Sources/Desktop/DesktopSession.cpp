@@ -3,6 +3,7 @@
 
 #include "Desktop/AtSpi/AtSpiAccessibilityTree.h"
 #include "Desktop/Freedesktop/BrowserAuthenticationSession.h"
+#include "Desktop/Freedesktop/BrowserOpener.h"
 #include "Desktop/Freedesktop/TrayStatusItem.h"
 #include "Desktop/NullDesktop.h"
 #include "Desktop/X11/X11EventMonitor.h"
@@ -74,6 +75,7 @@ void DesktopSession::useX11()
     m_keyCapture = std::make_unique<X11KeyCapture>(*m_x11);
     m_statusItem = std::make_unique<TrayStatusItem>(m_xembedHost.get());
     m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
+    m_webBrowser = std::make_unique<BrowserOpener>();
     m_accessibilityTree = std::move(tree);
     m_workspace = std::move(workspace);
     m_keyEvents = std::move(keyEvents);
@@ -86,6 +88,7 @@ void DesktopSession::useBusOnly()
     m_accessibilityTree = std::make_unique<AtSpiAccessibilityTree>();
     m_statusItem = std::make_unique<TrayStatusItem>(nullptr);
     m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
+    m_webBrowser = std::make_unique<BrowserOpener>();
 }
 
 void DesktopSession::useNothing()
@@ -99,4 +102,5 @@ void DesktopSession::useNothing()
     fill<KeyCapture, NullKeyCapture>(m_keyCapture);
     fill<StatusItem, NullStatusItem>(m_statusItem);
     fill<WebAuthenticationSession, NullWebAuthenticationSession>(m_webAuthenticationSession);
+    fill<WebBrowser, NullWebBrowser>(m_webBrowser);
 }

@@ -11,6 +11,7 @@ class KeyEvents;
 class Pasteboard;
 class StatusItem;
 class WebAuthenticationSession;
+class WebBrowser;
 class Workspace;
 class X11Connection;
 class X11SelectionOwner;
@@ -36,6 +37,7 @@ public:
     KeyCapture &keyCapture() { return *m_keyCapture; }
     StatusItem &statusItem() { return *m_statusItem; }
     WebAuthenticationSession &webAuthenticationSession() { return *m_webAuthenticationSession; }
+    WebBrowser &webBrowser() { return *m_webBrowser; }
 
 private:
     void useX11();
@@ -54,4 +56,5 @@ private:
     std::unique_ptr<KeyCapture> m_keyCapture;
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<WebAuthenticationSession> m_webAuthenticationSession;
+    std::unique_ptr<WebBrowser> m_webBrowser;
 };

@@ -55,3 +55,8 @@ NullEventMonitor::addGlobalMonitor(MonitoredEvent::Types, std::function<void(con
 {
     return std::make_unique<Subscription>([] {});
 }
+
+void NullWebBrowser::open(const QUrl &)
+{
+    QMetaObject::invokeMethod(this, &WebBrowser::failed, Qt::QueuedConnection);
+}

@@ -9,6 +9,7 @@
 #include "Desktop/Pasteboard.h"
 #include "Desktop/StatusItem.h"
 #include "Desktop/WebAuthenticationSession.h"
+#include "Desktop/WebBrowser.h"
 #include "Desktop/Workspace.h"
 
 /// Mechanisms for a session that offers none: nothing is there, nothing is allowed, every wish is refused at
@@ -39,6 +40,7 @@ public:
     bool setString(const QString &) override { return false; }
     bool setTransientString(const QString &, PasteConvention) override { return false; }
     bool restore(const QList<PasteboardItem> &) override { return false; }
+    bool isRestorePending() const override { return false; }
     void clearContents() override {}
 };
 
@@ -115,4 +117,12 @@ public:
     bool start(Request, Completion) override { return false; }
     void cancel() override {}
     void openURL(const QString &) override {}
+};
+
+class NullWebBrowser final : public WebBrowser
+{
+    Q_OBJECT
+
+public:
+    void open(const QUrl &) override;
 };

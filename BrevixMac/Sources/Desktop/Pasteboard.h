@@ -46,6 +46,9 @@ public:
     /// seconds, and never when somebody else has copied meanwhile.
     virtual bool restore(const QList<PasteboardItem> &items) = 0;
 
+    /// Whether a transient text is on the clipboard, or a restore() has still to take effect.
+    virtual bool isRestorePending() const = 0;
+
     virtual void clearContents() = 0;
 
 Q_SIGNALS:

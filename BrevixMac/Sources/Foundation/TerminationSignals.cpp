@@ -27,6 +27,13 @@ void TerminationSignals::holdBack()
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
+void TerminationSignals::letThrough()
+{
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 TerminationSignals::TerminationSignals()
 {
     holdBack();

@@ -18,6 +18,10 @@ public:
     /// starts: a thread that does not hold them back would end the process.
     static void holdBack();
 
+    /// In a child process, before it becomes another program: that one gets its signals, these and all
+    /// others. A program inherits what is held back, and could not be ended then.
+    static void letThrough();
+
     TerminationSignals();
     ~TerminationSignals() override;
 

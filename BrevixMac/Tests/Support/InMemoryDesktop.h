@@ -153,7 +153,8 @@ public:
     QList<PasteboardItem> content;
     bool isOwnerHung = false;
     bool refusesText = false;
-    QStringList history; ///< every operation in order, for checking sequences
+    bool restoresLate = false; ///< only when finishRestoring() is called
+    QStringList history;       ///< every operation in order, for checking sequences
     QList<PasteConvention> transientConventions;
     std::chrono::milliseconds delay{0}; ///< until items() answers
 
@@ -201,16 +202,28 @@ public:
     bool restore(const QList<PasteboardItem> &items) override
     {
         history.append(QStringLiteral("restore"));
-        content = items;
-        Q_EMIT restored();
+        m_restoredContent = items;
+        if (!restoresLate)
+            finishRestoring();
         return true;
     }
+
+    void finishRestoring()
+    {
+        content = *std::exchange(m_restoredContent, std::nullopt);
+        Q_EMIT restored();
+    }
+
+    bool isRestorePending() const override { return m_restoredContent.has_value(); }
 
     void clearContents() override
     {
         history.append(QStringLiteral("clearContents"));
         content.clear();
     }
+
+private:
+    std::optional<QList<PasteboardItem>> m_restoredContent;
 };
 
 class InMemoryWorkspace : public Workspace

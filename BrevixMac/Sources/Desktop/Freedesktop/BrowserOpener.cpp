@@ -2,6 +2,7 @@
 #include "Desktop/Freedesktop/BrowserOpener.h"
 
 #include "Desktop/DisplayServer.h"
+#include "Foundation/TerminationSignals.h"
 
 #include <QProcess>
 #include <QSet>
@@ -28,8 +29,10 @@ QProcess *makeProcess(const QString &program, const QStringList &arguments)
     process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());
-    // A session of its own: an interrupt typed in our terminal is not meant for the browser.
-    process->setChildProcessModifier([] { ::setsid(); });
+    process->setChildProcessModifier([] {
+        ::setsid(); // an interrupt typed in our terminal is not meant for the browser
+        TerminationSignals::letThrough();
+    });
     runningOpeners().insert(process);
     QObject::connect(process, &QObject::destroyed, process, [process] { runningOpeners().remove(process); });
     QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);

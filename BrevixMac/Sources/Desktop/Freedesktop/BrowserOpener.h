@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QObject>
+#include "Desktop/WebBrowser.h"
+
 #include <QStringList>
 #include <QTimer>
-#include <QUrl>
 
 /// Opens an address in the user's browser with the desktop's own opener, one after the other of those that
 /// are installed until one does. Main thread only; waits for nothing. What is started outlives this object
 /// and this program.
-class BrowserOpener : public QObject
+class BrowserOpener final : public WebBrowser
 {
     Q_OBJECT
 
@@ -20,15 +20,11 @@ public:
     /// xdg-open, which knows the openers of the desktops; gio where that is not installed.
     static QList<QStringList> standardOpeners();
 
-    /// Starts to open @p url; an attempt that still runs is no longer followed.
-    void open(const QUrl &url);
+    /// It fails when every opener has said no, or none is installed.
+    void open(const QUrl &url) override;
 
     /// How long an opener is given to say that it failed. One that runs longer is the browser itself.
     static constexpr std::chrono::seconds patience{15};
-
-Q_SIGNALS:
-    /// Every opener has said no, or none is installed. Never emitted from inside open().
-    void failed();
 
 private:
     void tryNext(int attempt);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/Freedesktop/SchemeHandler.h"
 
+#include "Foundation/TerminationSignals.h"
+
 #include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
@@ -9,16 +11,24 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <optional>
+
 namespace {
 
 Q_LOGGING_CATEGORY(log, "brevix.desktop", QtInfoMsg)
 
 const QByteArray defaultsHeader = QByteArrayLiteral("[Default Applications]");
 
-QByteArray contentOf(const QString &path)
+/// What the file holds: nothing in one that is missing. No value when it is there and cannot be read.
+std::optional<QByteArray> contentOf(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (!file.exists())
+        return QByteArray();
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray content = file.readAll();
+    return file.error() == QFileDevice::NoError ? std::optional(content) : std::nullopt;
 }
 
 /// Writes only a change, so that a desktop that watches the folder is left in peace.
@@ -61,6 +71,7 @@ void updateIndex(const QString &applications)
     process.setArguments({QStringLiteral("-q"), applications});
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
+    process.setChildProcessModifier(&TerminationSignals::letThrough);
     process.startDetached();
 }
 
@@ -169,7 +180,10 @@ bool registerScheme(const QString &scheme, const QString &program, const Folders
     const QString mimeApps = folders.configuration + QStringLiteral("/mimeapps.list");
     const QByteArray type = "x-scheme-handler/" + scheme.toLower().toUtf8();
     // Without this the entry is still found where no other program claims the scheme.
-    replaceFile(mimeApps, withDefault(contentOf(mimeApps), type, fileName.toUtf8()));
+    if (const auto present = contentOf(mimeApps))
+        replaceFile(mimeApps, withDefault(*present, type, fileName.toUtf8()));
+    else
+        qCWarning(log).noquote() << "cannot read" << mimeApps + u", so it stays as it is";
     updateIndex(folders.applications);
     return true;
 }

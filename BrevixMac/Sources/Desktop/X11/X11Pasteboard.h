@@ -38,6 +38,7 @@ public:
     bool setString(const QString &text) override;
     bool setTransientString(const QString &text, PasteConvention convention) override;
     bool restore(const QList<PasteboardItem> &items) override;
+    bool isRestorePending() const override { return m_transient.has_value(); }
     void clearContents() override;
 
 private:

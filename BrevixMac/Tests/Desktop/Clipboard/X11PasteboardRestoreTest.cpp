@@ -91,6 +91,29 @@ TEST_F(X11PasteboardRestoreTest, aToolkitSeesTheSameBeforeAndAfter)
     EXPECT_EQ(outputOf(QStringLiteral("/usr/bin/python3"), reader), before);
 }
 
+TEST_F(X11PasteboardRestoreTest, aRestoreIsPendingFromTheTransientTextUntilItHasTakenEffect)
+{
+    const auto other = copy(QStringLiteral("theirs"));
+    EXPECT_FALSE(m_pasteboard->isRestorePending());
+    const QList<PasteboardItem> original = begin();
+    EXPECT_TRUE(m_pasteboard->isRestorePending());
+    ASSERT_TRUE(m_pasteboard->restore(original));
+    EXPECT_TRUE(m_pasteboard->isRestorePending());
+    EXPECT_EQ(pasted(), prompt);
+    bool wasPendingAtTheEnd = true;
+    QObject::connect(m_pasteboard.get(), &Pasteboard::restored, m_pasteboard.get(),
+                     [&] { wasPendingAtTheEnd = m_pasteboard->isRestorePending(); });
+    ASSERT_TRUE(isRestored());
+    EXPECT_FALSE(wasPendingAtTheEnd);
+}
+
+TEST_F(X11PasteboardRestoreTest, whatSomebodyElseHasCopiedIsNotPending)
+{
+    begin();
+    const auto other = copy(QStringLiteral("theirs"));
+    EXPECT_FALSE(m_pasteboard->isRestorePending());
+}
+
 TEST_F(X11PasteboardRestoreTest, anEmptyClipboardIsEmptyAgain)
 {
     const QList<PasteboardItem> original = begin();

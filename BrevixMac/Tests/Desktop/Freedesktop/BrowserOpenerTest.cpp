@@ -2,6 +2,7 @@
 #include "Desktop/Freedesktop/BrowserOpener.h"
 
 #include "FakeOpener.h"
+#include "SignalsHeldBack.h"
 
 #include "Desktop/DisplayServer.h"
 #include "Support/Waiting.h"
@@ -105,6 +106,14 @@ TEST_F(BrowserOpenerTest, theBrowserOutlivesTheOpenerInASessionOfItsOwn)
     opener.reset();
     EXPECT_FALSE(waitUntil([&] { return ::kill(pid, 0) != 0; }, 100ms));
     ::kill(pid, SIGKILL);
+}
+
+// This program holds back the signals that end it, and whoever it starts would inherit that.
+TEST_F(BrowserOpenerTest, theBrowserCanBeEndedBySignals)
+{
+    const SignalsHeldBack held;
+    open({openers.add(u"browser"_s, "grep SigBlk /proc/self/status >\"$0.out\"")});
+    EXPECT_TRUE(waitUntil([&] { return openers.read(u"browser.out"_s) == "SigBlk:\t0000000000000000\n"; }));
 }
 
 TEST_F(BrowserOpenerTest, theBrowserDoesNotInheritWhatIsSetForThisProgramAlone)

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop/Freedesktop/SchemeHandler.h"
 
+#include "SignalsHeldBack.h"
+
 #include "Support/TestMain.h"
+#include "Support/Waiting.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -16,6 +22,36 @@ namespace {
 const QString scheme = u"com.example.apps.12-ab"_s;
 const QByteArray type = "x-scheme-handler/com.example.apps.12-ab";
 const QByteArray entry = "app.brevix.Brevix.open-com.example.apps.12-ab.desktop";
+
+/// For its time this process is nobody, whom permissions hold back; what is below @p folder stays reachable.
+class Unprivileged
+{
+public:
+    explicit Unprivileged(const QString &folder)
+    {
+        if (m_isRoot) {
+            constexpr auto everybody = QFile::Permissions::fromInt(0x7777);
+            QFile::setPermissions(folder, everybody);
+            QDirIterator inner(folder, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+            while (inner.hasNext())
+                QFile::setPermissions(inner.next(), everybody);
+            EXPECT_EQ(::seteuid(nobody), 0);
+        }
+    }
+    ~Unprivileged()
+    {
+        if (m_isRoot) {
+            EXPECT_EQ(::seteuid(0), 0);
+        }
+    }
+
+    Unprivileged(const Unprivileged &) = delete;
+    Unprivileged &operator=(const Unprivileged &) = delete;
+
+private:
+    static constexpr uid_t nobody = 65534;
+    const bool m_isRoot = ::geteuid() == 0;
+};
 
 class SchemeHandlerTest : public testing::Test
 {
@@ -126,6 +162,37 @@ TEST_F(SchemeHandlerTest, aListThatIsALinkStaysOne)
     EXPECT_TRUE(QFileInfo(mimeApps).isSymLink());
     EXPECT_TRUE(read(target).contains(type));
     EXPECT_TRUE(read(target).contains("text/html=b.desktop\n"));
+}
+
+// A list that could not be read used to count as empty, and what others had put into it was lost.
+TEST_F(SchemeHandlerTest, aListThatCannotBeReadIsLeftAlone)
+{
+    ASSERT_TRUE(QDir().mkpath(folders.configuration));
+    const QByteArray kept = "[Default Applications]\ntext/html=b.desktop\n";
+    write(mimeApps, kept);
+    ASSERT_TRUE(QFile::setPermissions(mimeApps, {}));
+    expectWarning(u"cannot read"_s);
+    {
+        const Unprivileged here(folder.path());
+        ASSERT_FALSE(QFile(mimeApps).open(QIODevice::ReadOnly));
+        EXPECT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
+    }
+    ASSERT_TRUE(QFile::setPermissions(mimeApps, QFile::ReadOwner | QFile::WriteOwner));
+    EXPECT_EQ(read(mimeApps), kept);
+}
+
+TEST_F(SchemeHandlerTest, theProgramThatUpdatesTheIndexCanBeEndedBySignals)
+{
+    const SignalsHeldBack held;
+    const QString tool = folder.filePath(u"update-desktop-database"_s);
+    write(tool, "#!/bin/sh\ngrep SigBlk /proc/self/status >\"$0.out\"\n");
+    ASSERT_TRUE(QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner));
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", folder.path().toUtf8() + ':' + path);
+    ASSERT_TRUE(SchemeHandler::registerScheme(scheme, u"/usr/bin/brevix"_s, folders));
+    qputenv("PATH", path);
+    EXPECT_TRUE(waitUntil([&] { return read(tool + u".out") == "SigBlk:\t0000000000000000\n"; }))
+        << read(tool + u".out").constData();
 }
 
 TEST_F(SchemeHandlerTest, programsWithOddNamesAreQuoted)

@@ -67,6 +67,16 @@ TEST(SessionWithoutADesktop, refusesToCopy)
     EXPECT_TRUE(items->isEmpty());
 }
 
+TEST(SessionWithoutADesktop, opensNoPageAndSaysSo)
+{
+    DesktopSession session;
+    int failures = 0;
+    QObject::connect(&session.webBrowser(), &WebBrowser::failed, &session.webBrowser(), [&] { ++failures; });
+    session.webBrowser().open(QUrl(QStringLiteral("https://example.org/")));
+    EXPECT_EQ(failures, 0) << "never from inside open()";
+    EXPECT_TRUE(waitUntil([&] { return failures == 1; }));
+}
+
 TEST(SessionWithoutADesktop, showsNoStatusItem)
 {
     DesktopSession session;
