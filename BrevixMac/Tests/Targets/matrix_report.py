@@ -32,6 +32,8 @@ the text seen in the field, means that all of this held:
 *direct* is an insertion by accessibility, *paste* one by the clipboard; *refused* is the message that password fields are
 protected, with field and clipboard untouched. A dash is a case that the field does not have, *not run* a row that was left out
 (programs may be named to measure some rows alone, so rows are of different moments). **FAILED** is explained below the tables.
+That Ctrl+Z takes a direct insertion back is tested in Mousepad, FeatherPad and GNOME Text Editor (`endtoend_insertion`), editors
+that draw their own text and fields that only pretend to be editable in `endtoend_browser` and `TrapsOfProgramsTest`.
 """
 
 PREFERENCES = {"direct": "Preference: direct first (hybrid)", "paste": "Preference: paste"}
