@@ -1,13 +1,20 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The command line: start, second start, toggle, help, version, and what is said when something is missing."""
 import os
+import pathlib
+import sqlite3
 import subprocess
+import tempfile
 import unittest
+
+from gi.repository import Gio, GLib
 
 import desktop_driver as desk
 import scenario
 
 BREVIX = os.environ["BREVIX"]
+NAME = "app.brevix.Brevix"
+CLOUD = pathlib.Path(os.environ["HOME"]) / ".local/share/brevix/cloud"
 
 
 def run(*arguments, env=None, without=()):
@@ -34,6 +41,13 @@ class WithoutARunningInstance(unittest.TestCase):
         done = run("--local", env={"DISPLAY": ":7777"})
         self.assertEqual(done.returncode, 69)
         self.assertIn("cannot connect to X server", done.stderr)
+
+    def test_a_library_that_cannot_be_opened_is_said_clearly(self):
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "brevix/cloud/library.sqlite").mkdir(parents=True)
+            done = run("--local", env={"XDG_DATA_HOME": folder})
+        self.assertEqual(done.returncode, 69)
+        self.assertRegex(done.stderr, r"brevix: the local library cannot be opened: \S+")
 
     def test_toggle_without_an_instance_is_said_clearly(self):
         done = run("toggle")
@@ -79,6 +93,31 @@ class WithARunningInstance(scenario.Scenario):
         outside = (5, 700) if x > 100 else (1200, 700)
         desk.click(*outside)
         self.brevix.wait_until_closed()
+
+
+class WhileTheLibraryIsOpened(unittest.TestCase):
+    def test_what_is_asked_for_is_done_afterwards(self):
+        first = desk.Brevix(BREVIX)
+        first.wait_until_ready()
+        self.assertEqual(first.stop(), 0)
+        bus = Gio.bus_get_sync(Gio.BusType.SESSION, None)
+        database = sqlite3.connect(CLOUD / "library.sqlite", isolation_level=None)
+        database.execute("BEGIN IMMEDIATE")    # Brevix waits for this, two seconds at most
+        brevix = desk.Brevix(BREVIX)
+        self.addCleanup(brevix.stop)
+        desk.wait_for("Brevix on the bus", lambda: self.call(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                             "NameHasOwner", NAME), interval=0.002)
+        self.call(bus, NAME, "/app/brevix/Brevix", "Toggle")
+        self.assertEqual(desk.windows(desk.PANEL_CLASS, visible=False), [])
+        database.execute("ROLLBACK")
+        desk.wait_for("the picker", desk.panel)
+        self.assertEqual(brevix.stop(), 0)
+
+    @staticmethod
+    def call(bus, name, path, method, *arguments):
+        parameters = GLib.Variant("(" + "s" * len(arguments) + ")", arguments)
+        reply = bus.call_sync(name, path, name, method, parameters, None, 0, 2000, None).unpack()
+        return reply[0] if reply else None
 
 
 if __name__ == "__main__":
