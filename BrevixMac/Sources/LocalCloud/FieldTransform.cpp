@@ -7,6 +7,7 @@
 #include "Values.h"
 
 #include <set>
+#include <utility>
 
 namespace Cloud {
 
@@ -85,9 +86,11 @@ QJsonArray arrayOperand(const QJsonValue &json)
 QJsonObject withMissing(const QJsonObject &present, const QJsonArray &operand)
 {
     QJsonArray elements = elementsOf(present);
-    ValueSet held = setOf(elements);
+    ValueSet missing = setOf(operand); // usually far fewer than the field holds
+    for (const QJsonValue &element : std::as_const(elements))
+        missing.erase(element.toObject());
     for (const QJsonValue &element : operand)
-        if (held.insert(element.toObject()).second)
+        if (missing.erase(element.toObject()) > 0)
             elements.append(element);
     return arrayOf(elements);
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LocalCloud/FirestoreWritingFixture.h"
 
-#include <QElapsedTimer>
 #include <QRegularExpression>
+
+#include <ctime>
 
 using namespace Cloud;
 
@@ -371,14 +372,13 @@ TEST_F(FirestoreWriting, largeListsAreUnitedAndReducedWithoutComparingAllWithAll
     const auto length = [this] {
         return fieldsOf("n/x").value(u"l")[u"arrayValue"][u"values"].toArray().size();
     };
-    QElapsedTimer timer;
-    timer.start();
+    const std::clock_t before = std::clock(); // processor time, so that a busy machine makes no difference
     EXPECT_EQ(transform("appendMissingElements", numbers).status, 200);
     EXPECT_EQ(transform("appendMissingElements", doubles).status, 200);
     EXPECT_EQ(length(), 24'000) << "1 and 1.0 are equal";
     EXPECT_EQ(transform("removeAllFromArray", doubles).status, 200);
     EXPECT_EQ(length(), 8'000);
-    EXPECT_LT(timer.elapsed(), 20'000) << "all with all takes minutes";
+    EXPECT_LT((std::clock() - before) / CLOCKS_PER_SEC, 20) << "all with all takes minutes";
     const QByteArray huge = R"(,{"stringValue":")" + QByteArray(2 * 1024 * 1024, 'x') + "\"}";
     EXPECT_EQ(transform("appendMissingElements", huge).status, 400);
     EXPECT_EQ(transform("removeAllFromArray", huge).status, 400);
