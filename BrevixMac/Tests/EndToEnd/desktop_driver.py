@@ -188,6 +188,16 @@ class Node:
         return _TEXT in self._call(_ACCESSIBLE, "GetInterfaces")[0]
 
     @property
+    def extents(self):
+        """x, y, width and height on the screen."""
+        return self._call("org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))[0]
+
+    def press(self):
+        """Clicks the middle with the pointer."""
+        x, y, width, height = self.extents
+        click(x + width // 2, y + height // 2)
+
+    @property
     def character_count(self):
         return self._property(_TEXT, "CharacterCount")
 
@@ -292,6 +302,12 @@ def panel():
         if found:
             return found[-1]
     return None
+
+
+def tray_icon():
+    """The icon in the tray, when it is there."""
+    found = [window for window in windows(PANEL_CLASS) if 0 < window_geometry(window)[2] <= 48]
+    return found[-1] if found else None
 
 
 class Brevix(Program):

@@ -6,8 +6,6 @@ import pathlib
 import signal
 import unittest
 
-from gi.repository import GLib
-
 import desktop_driver as desk
 import scenario
 
@@ -19,15 +17,11 @@ SHOWING = 25
 DRAFT = "Half a thought that must not be lost"
 
 
-def extents(node):
-    return node._call("org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))[0]
-
-
 class Editors(scenario.Scenario):
     def node(self, name, deadline=8, is_field=False):
         """A visible element of Brevix by its accessible name; a heading may bear the name of its field."""
         def matches(node):
-            return (node.name == name and node.has(SHOWING) and extents(node)[2] > 0
+            return (node.name == name and node.has(SHOWING) and node.extents[2] > 0
                     and (node.is_text() or not is_field))
 
         def search():
@@ -39,8 +33,7 @@ class Editors(scenario.Scenario):
         return self.node(name, is_field=True)
 
     def click(self, name, is_field=False):
-        x, y, width, height = extents(self.node(name, is_field=is_field))
-        desk.click(x + width // 2, y + height // 2)
+        self.node(name, is_field=is_field).press()
 
     def open_new(self, entry):
         self.brevix.press_hotkey()

@@ -72,18 +72,22 @@ class FaultyClipboards(scenario.Scenario):
         expected = self.insert_lines()
         desk.wait_for_text(field, expected)
         desk.copy_text("copied meanwhile")
-        time.sleep(1)  # longer than the restore would need: this checks that something does not happen
+        self.quit()  # whatever was still to be restored would be now
         self.assertEqual(desk.clipboard().get("UTF8_STRING"), b"copied meanwhile")
+        self.start_brevix()
 
-    def test_quitting_in_the_middle_of_a_paste_gives_the_clipboard_back_first(self):
+    def quit(self):
+        """Ends Brevix, which waits for the paste and for the clipboard."""
+        self.brevix.process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.brevix.process.wait(15), 0)
+
+    def test_quitting_in_the_middle_of_a_paste_lets_it_end_first(self):
         program, _ = self.open_window("mousepad", "mousepad", "--disable-server")
         field = desk.field(program.pid)
         self.choose(LINES)
-        self.brevix.process.send_signal(signal.SIGTERM)
-        self.assertEqual(self.brevix.process.wait(5), 0)
+        self.quit()
         desk.wait_for_text(field, LINES["text"])
         self.start_brevix()
-
 
     def test_the_end_is_obeyed_while_the_picker_is_open(self):
         self.brevix.press_hotkey()
@@ -145,6 +149,37 @@ class ATakenHotkey(scenario.Scenario):
         self.assertEqual(subprocess.run([os.environ["BREVIX"], "toggle"], timeout=10).returncode, 0)
         desk.wait_for("the picker", desk.panel)
         self.wait_for_message("brevix toggle")
+
+
+class ALostHotkey(scenario.Scenario):
+    """Super moves to another modifier, somebody takes the shortcut as it was, and Super comes back."""
+
+    def holder(self):
+        """A program that holds the shortcut; None as long as Brevix has it."""
+        program = self.start(os.environ["HOTKEY_HOLDER"], stdout=subprocess.PIPE)
+        return program if program.process.stdout.readline() == b"holding\n" else None
+
+    def is_warning_shown(self):
+        showing = 25
+        root = desk.application(self.brevix.pid)
+        return bool(root and desk.find(root, lambda node: node.has(showing) and "is held by another" in node.name))
+
+    def test_the_picker_says_so_until_the_hotkey_is_back(self):
+        elsewhere = ["xmodmap", "-e", "clear mod4", "-e", "add mod3 = Super_L Super_R"]
+        subprocess.run(elsewhere, check=True)
+        holder = desk.wait_for("the shortcut to be free", self.holder, 8, 0.2)
+        subprocess.run(["setxkbmap", "us"], check=True)
+        subprocess.run([os.environ["BREVIX"], "toggle"], check=True, timeout=10)
+        desk.wait_for("the picker", desk.panel)
+        desk.wait_for("the warning", self.is_warning_shown, 8, 0.05)
+        holder.stop()
+        subprocess.run(elsewhere, check=True)
+        subprocess.run(["setxkbmap", "us"], check=True)
+        desk.wait_for("the warning to go", lambda: not self.is_warning_shown(), 8, 0.05)
+        desk.keys("Escape")
+        self.brevix.wait_until_closed()
+        self.brevix.press_hotkey()
+        self.brevix.log_path.write_text("")  # the notes about the layouts are meant to be there
 
 
 if __name__ == "__main__":

@@ -117,6 +117,32 @@ class ThePanel(scenario.Scenario):
         desk.keys("Escape")
         desk.wait_for("the quick picker", lambda: "push button: View Library" in self.lines("Brevix"), 5, 0.05)
 
+    def press_tray_icon(self):
+        icon = desk.wait_for("the icon in the tray", desk.tray_icon)
+        x, y, width, height = desk.window_geometry(icon)
+        desk.click(x + width // 2, y + height // 2)
+
+    def test_opened_from_the_tray_it_leaves_the_other_program_in_front_until_it_is_clicked(self):
+        self.press_tray_icon()
+        panel = desk.wait_for("the picker", desk.panel)
+        desk.wait_for("the captured field", lambda: "Ready to insert into Mousepad" in self.picker_says(), 5, 0.05)
+        self.assertEqual(desk.active_window(), self.window)
+        desk.type_text("into mousepad")
+        desk.wait_for_text(self.field, "into mousepad")
+        self.assertEqual(desk.active_window(), self.window)
+
+        search = desk.find(desk.application(self.brevix.pid),
+                           lambda node: node.name.startswith("Search prompts") and node.has(SHOWING))
+        search.press()
+        desk.wait_for("the picker to have the focus", lambda: desk.active_window() == panel)
+        desk.type_text(LINES["title"])
+        desk.wait_for("the prompt", lambda: self.selected_title() == LINES["title"], 5, 0.03)
+        self.assertEqual(desk.text_of(self.field), "into mousepad")
+
+        self.press_tray_icon()
+        self.brevix.wait_until_closed()
+        desk.wait_for("the focus to be back", lambda: desk.active_window() == self.window)
+
     def test_the_palette_opens_from_the_command_line_over_the_captured_field(self):
         tree = self.open_palette()
         lines = self.lines(PALETTE)

@@ -12,8 +12,6 @@ import stat
 import subprocess
 import unittest
 
-from gi.repository import GLib
-
 import desktop_driver as desk
 import endtoend_browser
 import scenario
@@ -57,12 +55,6 @@ def pages_opened():
     return calls.read_text().split() if calls.exists() else []
 
 
-def press(node):
-    """Clicks the middle of a control with the pointer."""
-    x, y, width, height = node._call("org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))[0]
-    desk.click(x + width // 2, y + height // 2)
-
-
 def button(pid, name):
     """A shown, enabled button of a program; None when there is none."""
     showing, enabled = 25, 8
@@ -90,7 +82,7 @@ class SigningIn(scenario.Scenario):
         self.show_picker()
         cancel = button(self.brevix.pid, "Cancel")
         if cancel:
-            press(cancel)
+            cancel.press()
         super().tearDown()
 
     @classmethod
@@ -104,14 +96,14 @@ class SigningIn(scenario.Scenario):
     def sign_out(self):
         self.brevix.press_hotkey()
         if "Sign in to sync your library" not in self.picker_says():
-            press(wait_for_button(self.brevix.pid, "Sign Out"))
+            wait_for_button(self.brevix.pid, "Sign Out").press()
         self.wait_for_message("Sign in to sync your library")
 
     def begin_sign_in(self):
         """Signs out, presses the button and gives the page that the browser was asked to open."""
         known = len(pages_opened())
         self.sign_out()
-        press(wait_for_button(self.brevix.pid, "Sign In"))
+        wait_for_button(self.brevix.pid, "Sign In").press()
         pages = desk.wait_for("the browser to be called", lambda: pages_opened()[known:], 20)
         return pages[0]
 
@@ -132,7 +124,7 @@ class SigningIn(scenario.Scenario):
         self.addCleanup(lambda: subprocess.run(["kill", str(pid)], check=False))
         account = desk.wait_for("the account on the page", lambda: self.account_on_page(pid), 30, 0.2)
         desk.activate(window)
-        press(account)
+        account.press()
         desk.wait_for("Chromium's question", lambda: self.consent(pid), 20, 0.2)
         desk.wait_for("Chromium to have opened Brevix", lambda: self.give_consent(pid), 20, 1)
         self.wait_for_message("local@localhost")
@@ -156,7 +148,7 @@ class SigningIn(scenario.Scenario):
         """Presses the button unless it is gone: for half a second after it has appeared, Chromium takes no click."""
         consent = self.consent(pid)
         if consent:
-            press(consent)
+            consent.press()
         return not consent
 
     def assert_lists_are_kept(self):
@@ -178,7 +170,7 @@ class SigningIn(scenario.Scenario):
             self.wait_for_message("Brevix rejected the Google sign-in callback because the request state didn't match.")
             self.assertNotIn("Call us", self.picker_says())
         self.assertIn("Continue in your browser", self.picker_says())
-        press(wait_for_button(self.brevix.pid, "Cancel"))
+        wait_for_button(self.brevix.pid, "Cancel").press()
         self.wait_for_message("Google sign-in was canceled.")
         self.assertIsNotNone(button(self.brevix.pid, "Sign In"))
 
@@ -196,10 +188,10 @@ class SigningIn(scenario.Scenario):
         page = self.begin_sign_in()
         self.show_picker()
         self.wait_for_message("No browser could be opened")
-        press(wait_for_button(self.brevix.pid, "Copy Link"))
+        wait_for_button(self.brevix.pid, "Copy Link").press()
         desk.wait_for("the link", lambda: desk.clipboard().get("UTF8_STRING", b"").decode() == page)
         self.wait_for_message("Link copied")
-        press(wait_for_button(self.brevix.pid, "Cancel"))
+        wait_for_button(self.brevix.pid, "Cancel").press()
         self.wait_for_message("Google sign-in was canceled.")
 
     def test_an_address_that_nobody_waits_for_changes_nothing(self):
@@ -212,7 +204,7 @@ class SigningIn(scenario.Scenario):
 class SignedOut(scenario.Scenario):
     def test_it_lasts_across_a_restart(self):
         self.brevix.press_hotkey()
-        press(wait_for_button(self.brevix.pid, "Sign Out"))
+        wait_for_button(self.brevix.pid, "Sign Out").press()
         self.wait_for_message("Sign in to sync your library")
         self.assertEqual(self.brevix.stop(), 0)
         type(self).brevix = desk.Brevix(os.environ["BREVIX"], log=self.brevix.log_path, first_start=True)
