@@ -27,9 +27,12 @@
 #include <functional>
 #include <memory>
 
+class Doctor;
 class KeyCapture;
 class LoginItem;
+class SessionProbe;
 class StatusItem;
+struct InstanceFacts;
 
 /// The offer made after a failed insertion. Exactly one of prompt and skill is present.
 struct InsertionRecovery
@@ -64,6 +67,7 @@ struct AppEnvironment
     KeyCapture &keyCapture;
     StatusItem &statusItem;
     LoginItem &loginItem;
+    SessionProbe &sessionProbe;
     QString bundleIdentifier; ///< of this application
     qint64 processIdentifier; ///< of this application
     std::function<QDateTime()> now = &QDateTime::currentDateTimeUtc;
@@ -134,6 +138,7 @@ public:
     UpdateService &updateService() { return *m_updateService; }
     AccessibilityService &accessibilityService() { return *m_accessibilityService; }
     InsertionService &insertionService() { return *m_insertionService; }
+    Doctor &doctor() { return *m_doctor; }
 
     /// Shows and hides the picker panel; installed by the panel's owner.
     std::function<void()> presentPaletteAction;
@@ -240,6 +245,7 @@ Q_SIGNALS:
 private:
     void observeState();
     void bootstrap();
+    InstanceFacts instanceFacts() const;
     void registerHotkey(const KeyboardShortcut &shortcut);
 
     QCoro::Task<> invokePalette(bool allowCachedTarget, std::function<void()> present, std::stop_token token);
@@ -308,6 +314,7 @@ private:
     std::unique_ptr<UpdateService> m_updateService;
     std::unique_ptr<AccessibilityService> m_accessibilityService;
     std::unique_ptr<InsertionService> m_insertionService;
+    std::unique_ptr<Doctor> m_doctor;
 
     QList<PromptItem> m_libraryPrompts; ///< the library's, each identifier once
     QList<SkillItem> m_librarySkills;

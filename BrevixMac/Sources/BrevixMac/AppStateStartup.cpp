@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
+#include "Doctor.h"
 
+#include "Desktop/AccessibilityTree.h"
 #include "Desktop/HotKeys.h"
 #include "Desktop/KeyEvents.h"
 #include "Desktop/Pasteboard.h"
+#include "Desktop/StatusItem.h"
 #include "Desktop/Workspace.h"
 
 #include "Foundation/UserDefaults.h"
@@ -75,8 +78,22 @@ AppState::AppState(AppEnvironment environment)
 {
     if (!sharedInstance)
         sharedInstance = this;
+    m_doctor = std::make_unique<Doctor>(
+        m_environment.sessionProbe, [this] { return instanceFacts(); },
+        m_environment.configuration.firebase.reversedClientID);
     observeState();
     bootstrap();
+}
+
+InstanceFacts AppState::instanceFacts() const
+{
+    return {.shortcut = m_preferences->preferredShortcut(),
+            .hasHotkeys = m_environment.hotKeys.isAvailable(),
+            .isHotkeyHeld = m_hotkeyService->isRegistered(),
+            .isTrusted = m_environment.accessibilityTree.isProcessTrusted(),
+            .isPostingAllowed = m_environment.keyEvents.isPostingAllowed(),
+            .isTrayIconShown = m_environment.statusItem.isShown(),
+            .method = m_preferences->preferredInsertionMethod()};
 }
 
 AppState::~AppState()

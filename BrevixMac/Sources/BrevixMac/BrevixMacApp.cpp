@@ -4,6 +4,7 @@
 #include "AppDelegate.h"
 #include "AppState.h"
 #include "AppWindows.h"
+#include "Doctor.h"
 #include "InstanceService.h"
 #include "MenuBarController.h"
 
@@ -15,6 +16,8 @@
 #include "LocalCloud/LocalCloud.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDebug>
 #include <QFileInfo>
 #include <QProcessEnvironment>
@@ -22,14 +25,6 @@
 #include <QTimer>
 
 namespace {
-
-/// The local mode has settings of its own, so that trying it out never touches the session of the real
-/// account.
-QString defaultsDomain(BrevixMacApp::Library library)
-{
-    return library == BrevixMacApp::Library::local ? QStringLiteral("brevix-local")
-                                                   : QStringLiteral("brevix");
-}
 
 /// What a login starts: this very program, in the mode it runs in.
 AutostartEntry::Application loginApplication(BrevixMacApp::Library library)
@@ -40,6 +35,17 @@ AutostartEntry::Application loginApplication(BrevixMacApp::Library library)
             .comment = QStringLiteral("Put your prompts into any text field"),
             .program = QCoreApplication::applicationFilePath(),
             .arguments = isLocal ? QStringList{QStringLiteral("--local")} : QStringList()};
+}
+
+/// Answers @p call with what @p doctor finds.
+void reportTo(const QDBusMessage &call, Doctor &doctor)
+{
+    const auto reply = [&doctor, call] {
+        const QString report = QString::fromUtf8(doctor.report().toJson());
+        QDBusConnection::sessionBus().send(call.createReply(report));
+    };
+    QObject::connect(&doctor, &Doctor::examined, &doctor, reply, Qt::SingleShotConnection);
+    doctor.examine();
 }
 
 /// Set while the user of the local mode is signed out, so that the next start does not sign them in unasked.
@@ -133,6 +139,7 @@ struct BrevixMacApp::Parts
             .keyCapture = desktop.keyCapture(),
             .statusItem = desktop.statusItem(),
             .loginItem = loginItem,
+            .sessionProbe = desktop.probe(),
             .bundleIdentifier = bundleIdentifier(),
             .processIdentifier = QCoreApplication::applicationPid(),
             .draftFolder = draftFolder,
@@ -259,6 +266,8 @@ void BrevixMacApp::run(InstanceService &instance)
                      &AppWindows::showPalette);
     QObject::connect(&instance, &InstanceService::settingsRequested, parts.windows.get(),
                      &AppWindows::showSettings);
+    QObject::connect(&instance, &InstanceService::doctorRequested, parts.appState.get(),
+                     [&parts](const QDBusMessage &call) { reportTo(call, parts.appState->doctor()); });
     QObject::connect(&instance, &InstanceService::showRequested, parts.appState.get(),
                      &AppState::handleHotkey);
     QObject::connect(&instance, &InstanceService::openRequested, &parts.desktop.webAuthenticationSession(),
@@ -281,6 +290,18 @@ void BrevixMacApp::quit()
         m_parts->delegate->quit();
     else
         QCoreApplication::quit();
+}
+
+QString BrevixMacApp::defaultsDomain(Library library)
+{
+    return library == Library::local ? QStringLiteral("brevix-local") : QStringLiteral("brevix");
+}
+
+QString BrevixMacApp::signInScheme(Library library)
+{
+    const bool isOwnServer = library == Library::local || !qEnvironmentVariableIsEmpty("BREVIX_SERVER");
+    const AppConfiguration configuration = isOwnServer ? localConfiguration({}) : AppConfiguration::load();
+    return configuration.firebase.reversedClientID;
 }
 
 QString BrevixMacApp::bundleIdentifier()

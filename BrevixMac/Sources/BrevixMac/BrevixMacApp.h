@@ -35,6 +35,13 @@ public:
     /// The application's identifier on the desktop, in reverse-domain form.
     static QString bundleIdentifier();
 
+    /// Where the settings of @p library's mode are kept. The local mode has its own, so that trying it out
+    /// never touches the session of the real account.
+    static QString defaultsDomain(Library library);
+
+    /// The scheme of the address that a sign-in ends at.
+    static QString signInScheme(Library library);
+
 private:
     void run(InstanceService &instance);
 

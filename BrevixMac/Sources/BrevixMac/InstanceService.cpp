@@ -10,23 +10,24 @@ namespace {
 const QString serviceName = QStringLiteral("app.brevix.Brevix");
 const QString objectPath = QStringLiteral("/app/brevix/Brevix");
 const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
-constexpr int answerTimeout = 2000; // milliseconds
+constexpr std::chrono::milliseconds answerPatience{2000};
 
-InstanceService::Answer send(const QString &interface, const QString &method, const QVariantList &arguments)
+InstanceService::Reply send(const QString &interface, const QString &method, const QVariantList &arguments,
+                            std::chrono::milliseconds patience = answerPatience)
 {
     using Answer = InstanceService::Answer;
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
-        return Answer::noBus;
+        return {.answer = Answer::noBus, .text = {}};
     QDBusMessage call = QDBusMessage::createMethodCall(serviceName, objectPath, interface, method);
     call.setArguments(arguments);
     call.setAutoStartService(false);
-    const QDBusMessage reply = bus.call(call, QDBus::Block, answerTimeout);
+    const QDBusMessage reply = bus.call(call, QDBus::Block, static_cast<int>(patience.count()));
     if (reply.type() != QDBusMessage::ErrorMessage)
-        return Answer::done;
+        return {.answer = Answer::done, .text = reply.arguments().value(0).toString()};
     const bool isAbsent = reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
                           reply.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
-    return isAbsent ? Answer::notRunning : Answer::failed;
+    return {.answer = isAbsent ? Answer::notRunning : Answer::failed, .text = {}};
 }
 
 } // namespace
@@ -51,12 +52,24 @@ bool InstanceService::claim()
 
 InstanceService::Answer InstanceService::ask(const QString &method)
 {
-    return send(serviceName, method, {});
+    return send(serviceName, method, {}).answer;
+}
+
+InstanceService::Reply InstanceService::askForText(const QString &method, std::chrono::milliseconds patience)
+{
+    return send(serviceName, method, {}, patience);
+}
+
+QString InstanceService::Doctor(const QDBusMessage &call)
+{
+    call.setDelayedReply(true);
+    Q_EMIT doctorRequested(call);
+    return {};
 }
 
 InstanceService::Answer InstanceService::open(const QString &address)
 {
-    return send(applicationInterface, QStringLiteral("Open"), {QStringList{address}, QVariantMap()});
+    return send(applicationInterface, QStringLiteral("Open"), {QStringList{address}, QVariantMap()}).answer;
 }
 
 FreedesktopApplication::FreedesktopApplication(InstanceService *instance)

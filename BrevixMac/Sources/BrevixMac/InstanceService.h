@@ -2,9 +2,12 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusMessage>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
+
+#include <chrono>
 
 /// The one running instance of a session, as other processes reach it over D-Bus. Main thread only.
 class InstanceService : public QObject
@@ -26,6 +29,15 @@ public:
     /// else.
     static Answer ask(const QString &method);
 
+    struct Reply
+    {
+        Answer answer = Answer::failed;
+        QString text;
+    };
+
+    /// The same for a method that answers with a text, within @p patience.
+    static Reply askForText(const QString &method, std::chrono::milliseconds patience);
+
     /// Has the running instance open @p address; otherwise as ask().
     static Answer open(const QString &address);
 
@@ -35,12 +47,16 @@ public Q_SLOTS:
     void Palette() { Q_EMIT paletteRequested(); }
     void Show() { Q_EMIT showRequested(); }
     void Settings() { Q_EMIT settingsRequested(); }
+    /// Answers with a report in JSON as soon as the examination is done.
+    QString Doctor(const QDBusMessage &call);
 
 Q_SIGNALS:
     void toggleRequested();
     void paletteRequested();
     void showRequested();
     void settingsRequested();
+    /// Somebody waits for a report as the reply to @p call.
+    void doctorRequested(const QDBusMessage &call);
     /// The desktop asks to open @p address, from whomever it comes.
     void openRequested(const QString &address);
 };

@@ -85,6 +85,7 @@ add_library(BrevixMac STATIC
     # Settings
     ChoiceRow.cpp ChoiceRow.h
     DiagnosticsRows.cpp DiagnosticsRows.h
+    DoctorRows.cpp DoctorRows.h
     KeyCaps.cpp KeyCaps.h
     SettingsCard.cpp SettingsCard.h
     SettingsPage.cpp SettingsPage.h

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SettingsRow.h"
 
+#include "StatusChip.h"
 #include "TextLabel.h"
 
 #include "Foundation/Text.h"
@@ -91,6 +92,9 @@ void SettingsRow::setNote(const QString &note, Theme::Color ink)
 void SettingsRow::addControl(QWidget *control)
 {
     m_controls->addWidget(control, 0, Qt::AlignVCenter);
+    // Unlike buttons it has no room for a focus ring around it.
+    const bool isChip = qobject_cast<StatusChip *>(control);
+    m_controls->setContentsMargins(0, 0, isChip ? Theme::haloWidth : 0, 0);
 }
 
 void SettingsRow::addStretchingControl(QWidget *control)

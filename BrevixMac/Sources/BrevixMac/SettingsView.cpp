@@ -5,6 +5,8 @@
 #include "ChoiceRow.h"
 #include "ContentScrollArea.h"
 #include "DiagnosticsRows.h"
+#include "Doctor.h"
+#include "DoctorRows.h"
 #include "SettingsCard.h"
 #include "SettingsRow.h"
 #include "ShortcutCaptureMonitor.h"
@@ -200,6 +202,7 @@ void SettingsView::addSystemAccess()
     m_recheck = makeButton(QStringLiteral("Re-check"));
     status->addControl(m_recheck);
     card->addRow(status);
+    m_doctor = new DoctorRows(m_appState.doctor(), *card, this);
     connect(m_accessibility.button, &QPushButton::clicked, this,
             [this] { m_appState.requestAccessibilityPermission(); });
     connect(m_postEvent.button, &QPushButton::clicked, this,
@@ -265,6 +268,7 @@ void SettingsView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     refresh();
+    m_appState.doctor().examine();
 }
 
 void SettingsView::refreshAccount()

@@ -10,6 +10,7 @@
 class AppState;
 class ChoiceRow;
 class DiagnosticsRows;
+class DoctorRows;
 class QVBoxLayout;
 class SettingsCard;
 class SettingsRow;
@@ -52,6 +53,7 @@ public:
     StatusChip &postEventChip() const { return *m_postEvent.chip; }
     ThemedButton &postEventButton() const { return *m_postEvent.button; }
     ThemedButton &recheckButton() const { return *m_recheck; }
+    DoctorRows &doctor() const { return *m_doctor; }
     UpdateRow &updates() const { return *m_updates; }
     DiagnosticsRows &diagnostics() const { return *m_diagnostics; }
 
@@ -102,6 +104,7 @@ private:
     Permission m_postEvent;
     ThemedButton *m_recheck = nullptr;
     UpdateRow *m_updates = nullptr;
+    DoctorRows *m_doctor = nullptr;
     DiagnosticsRows *m_diagnostics = nullptr;
     QString m_loginProblem;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StatusChip.h"
 
+#include "Symbols.h"
 #include "ThemePainting.h"
 
 #include <QPainter>
@@ -9,6 +10,8 @@ namespace {
 
 constexpr int leastHeight = 20;
 constexpr int padding = 8;
+constexpr int symbolSize = 13;
+constexpr int symbolGap = 4;
 
 struct Inks
 {
@@ -43,9 +46,10 @@ StatusChip::StatusChip(QWidget *parent)
     onThemeChanged();
 }
 
-void StatusChip::describe(Tint tint, const QString &text)
+void StatusChip::describe(Tint tint, const QString &text, const QString &symbol)
 {
     m_tint = tint;
+    m_symbol = symbol;
     setText(text);
     updateGeometry();
     update();
@@ -61,7 +65,7 @@ void StatusChip::onThemeChanged()
 QSize StatusChip::sizeHint() const
 {
     const Theme &theme = Theme::shared();
-    return {fontMetrics().horizontalAdvance(text()) + 2 * theme.scaled(padding),
+    return {symbolRoom() + fontMetrics().horizontalAdvance(text()) + 2 * theme.scaled(padding),
             std::max(theme.scaled(leastHeight), fontMetrics().height() + theme.scaled(4))};
 }
 
@@ -72,6 +76,18 @@ void StatusChip::paintEvent(QPaintEvent *)
     QPainter painter(this);
     ThemePainting::fillRounded(painter, rect(), theme.scaled(Theme::chipRadius),
                                theme.color(tinted.background));
+    QRect room = rect();
+    if (!m_symbol.isEmpty()) {
+        room.adjust(theme.scaled(padding), 0, -theme.scaled(padding), 0);
+        const QRect place(room.topLeft(), QSize(theme.scaled(symbolSize), room.height()));
+        Symbols::paint(painter, m_symbol, theme.color(tinted.ink), place, theme.scaled(symbolSize));
+        room.setLeft(room.left() + symbolRoom());
+    }
     painter.setPen(theme.color(tinted.ink));
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine, text());
+}
+
+int StatusChip::symbolRoom() const
+{
+    return m_symbol.isEmpty() ? 0 : Theme::shared().scaled(symbolSize) + Theme::shared().scaled(symbolGap);
 }

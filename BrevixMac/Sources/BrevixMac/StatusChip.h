@@ -5,7 +5,7 @@
 
 #include <QLabel>
 
-/// A word in a tinted pill: a state at the end of a row.
+/// A word in a tinted pill, with a symbol before it where it is given one: a state at the end of a row.
 class StatusChip final : public QLabel
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
 
     explicit StatusChip(QWidget *parent = nullptr);
 
-    void describe(Tint tint, const QString &text);
+    void describe(Tint tint, const QString &text, const QString &symbol = {});
     Tint tint() const { return m_tint; }
 
     QSize sizeHint() const override;
@@ -27,5 +27,8 @@ protected:
 private:
     void onThemeChanged();
 
+    int symbolRoom() const;
+
     Tint m_tint = Tint::neutral;
+    QString m_symbol;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BrevixMacApp.h"
+#include "DoctorCommand.h"
 #include "InstanceService.h"
 
 #include "Desktop/DisplayServer.h"
@@ -28,6 +29,7 @@ struct CommandLine
     QCommandLineOption local{
         QStringLiteral("local"),
         QStringLiteral("Use a library on this machine, served by Brevix itself; needs no account.")};
+    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("With doctor: print the report as JSON.")};
     QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
                             QStringLiteral("Show this help and exit.")};
     QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
@@ -38,16 +40,20 @@ struct CommandLine
         parser.setApplicationDescription(
             QStringLiteral("Your prompts, in any text field.\n\n"
                            "Without a command, starts Brevix in the tray, or shows the one that runs."));
-        parser.addOptions({local, help, version});
+        parser.addOptions({local, json, help, version});
         parser.addPositionalArgument(
             QStringLiteral("command"),
-            QStringLiteral("toggle: open or close the picker of the running Brevix; "
-                           "bind it to a key where the global shortcut is not available.\n"
-                           "palette: open the prompt palette of the running Brevix.\n"
-                           "settings: open the settings of the running Brevix.\n"
-                           "open-url ADDRESS: hand the last address of the sign-in page to the running "
-                           "Brevix; the desktop does this by itself."),
-            QStringLiteral("[toggle | palette | settings | open-url ADDRESS]"));
+            QStringLiteral(
+                "toggle: open or close the picker of the running Brevix; "
+                "bind it to a key where the global shortcut is not available.\n"
+                "palette: open the prompt palette of the running Brevix.\n"
+                "settings: open the settings of the running Brevix.\n"
+                "doctor: say which of hotkey, capture, insertion, clipboard, tray and sign-in work "
+                "in this session, and what to do about the rest; ends with 1 when something "
+                "fails.\n"
+                "open-url ADDRESS: hand the last address of the sign-in page to the running "
+                "Brevix; the desktop does this by itself."),
+            QStringLiteral("[toggle | palette | settings | doctor | open-url ADDRESS]"));
     }
 };
 
@@ -112,6 +118,15 @@ int main(int argc, char **argv)
         return 0;
     }
     const QStringList commands = line.parser.positionalArguments();
+    const auto library =
+        line.parser.isSet(line.local) ? BrevixMacApp::Library::local : BrevixMacApp::Library::cloud;
+    const bool isDoctor = commands == QStringList{QStringLiteral("doctor")};
+    if (line.parser.isSet(line.json) && !isDoctor)
+        return fail(QStringLiteral("--json goes with doctor\nTry: brevix --help"), exitUsage);
+    if (isDoctor)
+        return DoctorCommand::run(argc, argv, library,
+                                  line.parser.isSet(line.json) ? DoctorCommand::Format::json
+                                                               : DoctorCommand::Format::text);
     if (commands == QStringList{QStringLiteral("toggle")}) {
         const QCoreApplication application(argc, argv);
         return exitCodeFor(InstanceService::ask(QStringLiteral("Toggle")));
@@ -131,6 +146,5 @@ int main(int argc, char **argv)
     if (!commands.isEmpty())
         return fail(QStringLiteral("unknown command \"%1\"\nTry: brevix --help").arg(commands.join(u' ')),
                     exitUsage);
-    const bool isLocal = line.parser.isSet(line.local);
-    return start(argc, argv, isLocal ? BrevixMacApp::Library::local : BrevixMacApp::Library::cloud);
+    return start(argc, argv, library);
 }

@@ -2,6 +2,7 @@
 #include "DesktopSession.h"
 
 #include "Desktop/AtSpi/AtSpiAccessibilityTree.h"
+#include "Desktop/DesktopSessionProbe.h"
 #include "Desktop/Freedesktop/BrowserAuthenticationSession.h"
 #include "Desktop/Freedesktop/BrowserOpener.h"
 #include "Desktop/Freedesktop/TrayStatusItem.h"
@@ -70,6 +71,11 @@ void DesktopSession::useX11()
     // Qt does not see the hotkey, so it cannot know that the user has just asked for our window.
     QObject::connect(hotKeys.get(), &X11HotKeys::pressedAt, workspace.get(), &X11Workspace::noteUserAction);
 
+    m_probe = std::make_unique<DesktopSessionProbe>(
+        DesktopSessionProbe::Mechanisms{.x11 = m_x11.get(),
+                                        .workspace = workspace.get(),
+                                        .xembedHost = m_xembedHost.get(),
+                                        .accessibilityTree = tree.get()});
     m_pasteboard = std::make_unique<X11Pasteboard>(*m_x11, keyEvents.get());
     m_eventMonitor = std::make_unique<X11EventMonitor>(*m_x11);
     m_keyCapture = std::make_unique<X11KeyCapture>(*m_x11);
@@ -85,7 +91,10 @@ void DesktopSession::useX11()
 // Another display server: what goes over the session bus works there as well.
 void DesktopSession::useBusOnly()
 {
-    m_accessibilityTree = std::make_unique<AtSpiAccessibilityTree>();
+    auto tree = std::make_unique<AtSpiAccessibilityTree>();
+    m_probe = std::make_unique<DesktopSessionProbe>(
+        DesktopSessionProbe::Mechanisms{.accessibilityTree = tree.get()});
+    m_accessibilityTree = std::move(tree);
     m_statusItem = std::make_unique<TrayStatusItem>(nullptr);
     m_webAuthenticationSession = std::make_unique<BrowserAuthenticationSession>();
     m_webBrowser = std::make_unique<BrowserOpener>();
@@ -103,4 +112,6 @@ void DesktopSession::useNothing()
     fill<StatusItem, NullStatusItem>(m_statusItem);
     fill<WebAuthenticationSession, NullWebAuthenticationSession>(m_webAuthenticationSession);
     fill<WebBrowser, NullWebBrowser>(m_webBrowser);
+    if (!m_probe)
+        m_probe = std::make_unique<DesktopSessionProbe>(DesktopSessionProbe::Mechanisms{});
 }

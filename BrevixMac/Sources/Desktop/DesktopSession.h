@@ -9,6 +9,7 @@ class HotKeys;
 class KeyCapture;
 class KeyEvents;
 class Pasteboard;
+class SessionProbe;
 class StatusItem;
 class WebAuthenticationSession;
 class WebBrowser;
@@ -38,6 +39,7 @@ public:
     StatusItem &statusItem() { return *m_statusItem; }
     WebAuthenticationSession &webAuthenticationSession() { return *m_webAuthenticationSession; }
     WebBrowser &webBrowser() { return *m_webBrowser; }
+    SessionProbe &probe() { return *m_probe; }
 
 private:
     void useX11();
@@ -57,4 +59,5 @@ private:
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<WebAuthenticationSession> m_webAuthenticationSession;
     std::unique_ptr<WebBrowser> m_webBrowser;
+    std::unique_ptr<SessionProbe> m_probe;
 };

@@ -2,6 +2,7 @@
 """A desktop without a tray: the hotkey and the command line still reach everything."""
 import desktop_driver as desk
 import scenario
+from doctor import Report
 
 
 class WithoutATray(scenario.Scenario):
@@ -10,6 +11,13 @@ class WithoutATray(scenario.Scenario):
         field = desk.field(program.pid)
         expected = self.insert_lines()
         desk.wait_for_text(field, expected)
+
+    def test_the_doctor_says_what_is_missing(self):
+        report = Report()
+        self.assertEqual((report.source, report.code), ("instance", 1))
+        self.assertEqual([name for name in report.rows if report.state(name) == "fails"], ["tray"])
+        self.assertIn("Nothing shows tray icons", report.rows["tray"]["reason"])
+        self.assertIn("panel", report.rows["tray"]["fix"])
 
     def test_the_picker_opens_on_screen(self):
         x, y, width, height = desk.window_geometry(self.brevix.press_hotkey())

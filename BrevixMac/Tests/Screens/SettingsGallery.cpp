@@ -3,11 +3,13 @@
 
 #include "ContentScrollArea.h"
 #include "DiagnosticsRows.h"
+#include "DoctorRows.h"
 #include "GalleryPicture.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
 #include "PickerStage.h"
 #include "SettingsPage.h"
+#include "SettingsRow.h"
 #include "SettingsView.h"
 #include "SettingsWindowController.h"
 #include "ShortcutRecorderView.h"
@@ -53,6 +55,37 @@ void picture(const QDir &folder, const QString &name, const Arrange &before, con
 
 void nothing(PickerStage &)
 {
+}
+
+void wrongInManyWays(PickerStage &stage)
+{
+    SessionFacts &facts = stage.desk.sessionProbe.facts;
+    facts.mutePrograms = {QStringLiteral("Kate"), QStringLiteral("Chromium"),
+                          QStringLiteral("A program with quite a long name"), QStringLiteral("Clock"),
+                          QStringLiteral("Another one")};
+    facts.accessiblePrograms = 0;
+    facts.tray = SessionFacts::Tray::none;
+    facts.scheme.isRefusedByOpener = true;
+    stage.desk.hotKeys.isTaken = true;
+}
+
+/// The settings scrolled to the rows about the session.
+void doctorPicture(const QDir &folder, const QString &name, const Arrange &before)
+{
+    PickerStage stage;
+    stage.desk.displayName = QStringLiteral("Ann Example");
+    before(stage);
+    stage.install();
+    stage.desk.press();
+    stage.panel().activateWindow();
+    stage.view().setRoute(PickerPanelRoute::settings);
+    QTest::qWait(30);
+    SettingsView &view = settings(stage);
+    QScrollBar *bar = view.findChild<ContentScrollArea *>()->verticalScrollBar();
+    QWidget *content = view.findChild<ContentScrollArea *>()->widget();
+    bar->setValue(view.doctor().headRow().mapTo(content, QPoint()).y());
+    QTest::qWait(30);
+    savePicture(stage.panel(), folder, name);
 }
 
 void windowPicture(const QDir &folder, const QString &name)
@@ -109,7 +142,10 @@ void drawSettings(const QDir &folder)
             [](PickerStage &stage) { settings(stage).recorder().recordButton().click(); });
     picture(folder, QStringLiteral("settings-focus"), nothing,
             [](PickerStage &stage) { settings(stage).loginSwitch().setFocus(Qt::TabFocusReason); });
+    doctorPicture(folder, QStringLiteral("settings-doctor"), wrongInManyWays);
+    doctorPicture(folder, QStringLiteral("settings-doctor-well"), nothing);
     Theme::shared().forceFontScale(2);
+    doctorPicture(folder, QStringLiteral("settings-doctor-200"), wrongInManyWays);
     for (const double scrolled : {0.0, 0.25, 0.5, 0.75, 1.0})
         picture(folder, QStringLiteral("settings-200-%1").arg(qRound(scrolled * 100)), nothing, nothing,
                 scrolled);

@@ -54,6 +54,7 @@ AppState &AppBench::start()
                                                          .keyCapture = keyCapture,
                                                          .statusItem = statusItem,
                                                          .loginItem = loginItem,
+                                                         .sessionProbe = sessionProbe,
                                                          .bundleIdentifier = bundleIdentifier,
                                                          .processIdentifier = ownPid,
                                                          .now = [this] { return time; }});

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "InMemoryDesktop.h"
+#include "InMemorySessionProbe.h"
 #include "LibraryServer.h"
 
 #include "AppState.h"
@@ -58,6 +59,7 @@ public:
     InMemoryKeyCapture keyCapture;
     InMemoryStatusItem statusItem;
     InMemoryLoginItem loginItem;
+    InMemorySessionProbe sessionProbe;
 
     std::unique_ptr<AppState> appState;
 };

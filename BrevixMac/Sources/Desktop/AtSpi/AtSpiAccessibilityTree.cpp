@@ -5,6 +5,8 @@
 
 #include "Foundation/Text.h"
 
+#include <QDeadlineTimer>
+
 #include <algorithm>
 #include <array>
 
@@ -14,6 +16,9 @@ namespace {
 constexpr std::array<std::chrono::milliseconds, 4> reconnectDelays{
     std::chrono::milliseconds(200), std::chrono::seconds(1), std::chrono::seconds(5),
     std::chrono::seconds(30)};
+
+constexpr std::chrono::milliseconds connectingPatience{1000};
+constexpr std::chrono::milliseconds connectingPollInterval{10};
 
 TextRange toCharacters(const AtSpiText &text, const AtSpiText::Selection &selection)
 {
@@ -71,6 +76,37 @@ void AtSpiAccessibilityTree::requestTrust()
 void AtSpiAccessibilityTree::applicationActivated(qint64 processIdentifier)
 {
     m_focus.applicationActivated(processIdentifier);
+}
+
+QCoro::Task<AtSpiAccessibilityTree::Examination> AtSpiAccessibilityTree::examine()
+{
+    using State = SessionFacts::Accessibility;
+    const std::stop_token token = m_tasks.token();
+    const auto bus = m_bus;
+    const auto session = m_sessionBus;
+    auto isEnabledQuestion = AtSpiSession::askIsEnabled(session);
+    const auto address = co_await AtSpiSession::address(session);
+    if (!address)
+        co_return Examination{};
+    Examination result{.state = State::notAnswering, .processes = {}};
+    // Shortly after the start this object is still connecting.
+    const QDeadlineTimer patience(connectingPatience);
+    while (!bus->isOpen() && !patience.hasExpired()) {
+        const bool hasSlept = co_await sleepFor(connectingPollInterval, token);
+        if (!hasSlept)
+            co_return result;
+    }
+    const auto isEnabled = co_await isEnabledQuestion;
+    const auto programs = co_await AtSpiBus::programs(bus);
+    if (!isEnabled || !programs)
+        co_return result;
+    result.state = *isEnabled ? State::on : State::switchedOff;
+    for (const AtSpiObject &program : *programs) {
+        const auto process = co_await AtSpiBus::processOf(bus, program.owner);
+        if (process)
+            result.processes.append(*process);
+    }
+    co_return result;
 }
 
 void AtSpiAccessibilityTree::updateTrust()

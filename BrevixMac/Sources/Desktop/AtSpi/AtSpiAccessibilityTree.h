@@ -6,6 +6,7 @@
 #include "AtSpiTextField.h"
 
 #include "Desktop/AccessibilityTree.h"
+#include "Desktop/SessionProbe.h"
 #include "Foundation/TaskScope.h"
 
 /// The accessibility tree by AT-SPI, over D-Bus and without a library in between, so that no question can
@@ -29,6 +30,16 @@ public:
     QCoro::Task<std::optional<bool>> isFocused(AccessibilityElement element) override;
     bool isProcessTrusted() const override;
     void requestTrust() override;
+
+    /// How the session's accessibility was found, asked afresh.
+    struct Examination
+    {
+        SessionFacts::Accessibility state = SessionFacts::Accessibility::noService;
+        QList<qint64> processes; ///< of the programs on the accessibility bus
+    };
+
+    /// Asks the service, the bus and its registry. May start the service, as this object does anyway.
+    QCoro::Task<Examination> examine();
 
     /// Tells which process has come to the front, 0 when that is not known. Programs on GTK 4 do not say so
     /// themselves, and programs without accessibility would leave the one before them in front.

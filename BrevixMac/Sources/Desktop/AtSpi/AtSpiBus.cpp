@@ -171,17 +171,23 @@ QCoro::Task<std::optional<qint64>> AtSpiBus::processOf(std::shared_ptr<AtSpiBus>
     co_return static_cast<qint64>(*process);
 }
 
-QCoro::Task<QString> AtSpiBus::ownerOf(std::shared_ptr<AtSpiBus> bus, qint64 processIdentifier)
+QCoro::Task<std::optional<QList<AtSpiObject>>> AtSpiBus::programs(std::shared_ptr<AtSpiBus> bus)
 {
-    if (const QString known = bus->m_processes.key(processIdentifier); !known.isEmpty())
-        co_return known;
     if (!bus->isOpen())
-        co_return QString();
+        co_return std::nullopt;
     auto message = QDBusMessage::createMethodCall(registryName, AtSpiObject::root({}).path, AtSpi::accessible,
                                                   QStringLiteral("GetChildren"));
     const auto pending = bus->m_connection.asyncCall(message, AtSpiCall::usualDeadline.count());
     const QDBusMessage reply = co_await pending;
-    const auto programs = replyValue<QList<AtSpiObject>>(reply).value_or(QList<AtSpiObject>());
+    co_return replyValue<QList<AtSpiObject>>(reply);
+}
+
+QCoro::Task<QString> AtSpiBus::ownerOf(std::shared_ptr<AtSpiBus> bus, qint64 processIdentifier)
+{
+    if (const QString known = bus->m_processes.key(processIdentifier); !known.isEmpty())
+        co_return known;
+    const auto registered = co_await AtSpiBus::programs(bus);
+    const auto programs = registered.value_or(QList<AtSpiObject>());
     std::vector<QCoro::Task<std::optional<qint64>>> questions;
     for (const AtSpiObject &program : programs)
         questions.push_back(processOf(bus, program.owner));

@@ -57,6 +57,9 @@ public:
     /// Process of a program; cached as long as the program is on the bus.
     static QCoro::Task<std::optional<qint64>> processOf(std::shared_ptr<AtSpiBus> bus, QString owner);
 
+    /// The programs that are registered as accessible; nothing when the registry does not answer.
+    static QCoro::Task<std::optional<QList<AtSpiObject>>> programs(std::shared_ptr<AtSpiBus> bus);
+
     /// Bus name of the accessible program that runs as @p processIdentifier, empty when there is none.
     static QCoro::Task<QString> ownerOf(std::shared_ptr<AtSpiBus> bus, qint64 processIdentifier);
 

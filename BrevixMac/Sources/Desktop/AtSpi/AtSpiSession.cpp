@@ -63,14 +63,20 @@ QCoro::Task<std::optional<QString>> AtSpiSession::address(QDBusConnection sessio
     co_return address;
 }
 
-QCoro::Task<> AtSpiSession::readIsEnabled(std::stop_token token)
+QCoro::Task<std::optional<bool>> AtSpiSession::askIsEnabled(QDBusConnection session)
 {
     const auto question = propertyMessage(QStringLiteral("Get"), {statusInterface, isEnabledProperty});
-    const auto pending = m_session.asyncCall(question, startDeadlineMs);
+    const auto pending = session.asyncCall(question, startDeadlineMs);
     const QDBusMessage reply = co_await pending;
+    co_return replyValue<bool>(reply);
+}
+
+QCoro::Task<> AtSpiSession::readIsEnabled(std::stop_token token)
+{
+    const auto isEnabled = co_await askIsEnabled(m_session);
     if (token.stop_requested())
         co_return;
-    setIsEnabled(replyValue<bool>(reply).value_or(false));
+    setIsEnabled(isEnabled.value_or(false));
 }
 
 QCoro::Task<> AtSpiSession::writeIsEnabled(std::stop_token token)

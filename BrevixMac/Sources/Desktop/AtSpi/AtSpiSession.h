@@ -24,6 +24,9 @@ public:
     /// Switches IsEnabled on. Never ScreenReaderEnabled: some desktops start a screen reader for it.
     void enable();
 
+    /// What @p session says of IsEnabled now; nothing when nobody answers.
+    static QCoro::Task<std::optional<bool>> askIsEnabled(QDBusConnection session);
+
     /// Address of the accessibility bus, which this question may start; nothing when there is none.
     static QCoro::Task<std::optional<QString>> address(QDBusConnection session);
 

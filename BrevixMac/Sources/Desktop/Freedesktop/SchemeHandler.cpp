@@ -60,6 +60,22 @@ QString execProgram(QString program)
     return u'"' + program + u'"';
 }
 
+/// The first word of an Exec line: execProgram() backwards.
+QString firstWord(const QString &exec)
+{
+    if (!exec.startsWith(u'"'))
+        return exec.section(u' ', 0, 0);
+    QString unescaped = exec;
+    unescaped.replace(QStringLiteral("\\\\"), QStringLiteral("\\"));
+    QString program;
+    for (qsizetype at = 1; at < unescaped.size() && unescaped.at(at) != u'"'; ++at) {
+        if (unescaped.at(at) == u'\\' && at + 1 < unescaped.size())
+            ++at;
+        program.append(unescaped.at(at));
+    }
+    return program.replace(QStringLiteral("%%"), QStringLiteral("%"));
+}
+
 /// Programs that keep an index of the entries read only that.
 void updateIndex(const QString &applications)
 {
@@ -135,6 +151,28 @@ QByteArray entryContent(const QString &scheme, const QString &program)
                              "Exec=") +
            execProgram(program).toUtf8() + " open-url %u\nMimeType=x-scheme-handler/" +
            scheme.toLower().toUtf8() + ";\n";
+}
+
+QString programOf(const QByteArray &entryContent)
+{
+    for (const QByteArray &line : entryContent.split('\n')) {
+        if (isKey(line, "Exec"))
+            return firstWord(QString::fromUtf8(line.sliced(line.indexOf('=') + 1)).trimmed());
+    }
+    return {};
+}
+
+QByteArray defaultOf(const QByteArray &mimeApps, const QByteArray &type)
+{
+    bool isInDefaults = false;
+    for (const QByteArray &rawLine : mimeApps.split('\n')) {
+        const QByteArray line = rawLine.trimmed();
+        if (line.startsWith('['))
+            isInDefaults = line == defaultsHeader;
+        else if (isInDefaults && isKey(line, type))
+            return line.sliced(line.indexOf('=') + 1).split(';').first().trimmed();
+    }
+    return {};
 }
 
 QByteArray withDefault(const QByteArray &mimeApps, const QByteArray &type, const QByteArray &entry)

@@ -34,6 +34,12 @@ QString entryFileName(const QString &scheme);
 /// The entry file's content.
 QByteArray entryContent(const QString &scheme, const QString &program);
 
+/// The program that an entry file of that content starts; empty when there is none to be seen.
+QString programOf(const QByteArray &entryContent);
+
+/// The first default for @p type in @p mimeApps, the content of a mimeapps.list; empty without one.
+QByteArray defaultOf(const QByteArray &mimeApps, const QByteArray &type);
+
 /// @p mimeApps, the content of a mimeapps.list, with @p entry as the first default for @p type. Everything
 /// else stays as it is, other defaults of the type behind it.
 QByteArray withDefault(const QByteArray &mimeApps, const QByteArray &type, const QByteArray &entry);

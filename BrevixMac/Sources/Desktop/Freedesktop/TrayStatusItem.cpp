@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TrayStatusItem.h"
 
+#include "Desktop/Freedesktop/StatusNotifierWatcher.h"
 #include "Desktop/X11/X11Coordinates.h"
 #include "Desktop/X11/X11SelectionOwner.h"
 
@@ -16,11 +17,10 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "brevix.tray", QtInfoMsg)
 
-constexpr int callTimeout = 3000; // milliseconds; a panel may be busy starting, and nobody waits for it
-
-const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
-const QString watcherInterface = QStringLiteral("org.kde.StatusNotifierWatcher");
+constexpr int callTimeout = StatusNotifierWatcher::callTimeout;
+const QString &watcherService = StatusNotifierWatcher::service;
+const QString &watcherPath = StatusNotifierWatcher::path;
+const QString &watcherInterface = StatusNotifierWatcher::interface;
 
 // Calls @p then with the answer, an error included.
 template <typename Function>
@@ -95,10 +95,7 @@ void TrayStatusItem::install()
 
 void TrayStatusItem::askForWatcher()
 {
-    auto question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
-    question << watcherService;
+    const auto question = StatusNotifierWatcher::presenceQuestion();
     whenAnswered(m_bus.asyncCall(question, callTimeout), this, [this](const QDBusPendingReply<bool> &reply) {
         if (m_generation > 0)
             return; // it has come or gone meanwhile
@@ -140,16 +137,12 @@ void TrayStatusItem::onHostUnregistered()
 
 void TrayStatusItem::askForHost()
 {
-    auto question = QDBusMessage::createMethodCall(watcherService, watcherPath,
-                                                   QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                   QStringLiteral("Get"));
-    question << watcherInterface << QStringLiteral("IsStatusNotifierHostRegistered");
+    const auto question = StatusNotifierWatcher::hostQuestion();
     whenAnswered(m_bus.asyncCall(question, callTimeout), this,
                  [this, generation = m_generation](const QDBusPendingReply<QDBusVariant> &reply) {
                      if (generation != m_generation)
                          return;
-                     // A watcher without that property is taken for its own host.
-                     const bool hasHost = reply.isError() || reply.value().variant().toBool();
+                     const bool hasHost = StatusNotifierWatcher::saysHost(reply.reply());
                      if (!hasHost)
                          setNotifier(Notifier::absent);
                      else if (m_notifier != Notifier::registered)

@@ -16,9 +16,6 @@ Q_LOGGING_CATEGORY(log, "brevix.keys", QtInfoMsg)
 
 using namespace std::chrono_literals;
 
-constexpr xcb_keysym_t letterV = 0x0076;
-constexpr xcb_keysym_t insertKey = 0xff63;
-
 constexpr auto modifierPatience = 2s;
 constexpr auto modifierPollInterval = 10ms;
 // Some widgets overlook a key that goes up at once.
@@ -30,22 +27,6 @@ bool hasExtension(X11Connection &connection)
         return false;
     const auto *extension = xcb_get_extension_data(connection.connection(), &xcb_test_id);
     return extension && extension->present;
-}
-
-// The keys in the order of pressing; none where the keyboard cannot paste.
-QList<xcb_keycode_t> chord(const X11Keyboard &keyboard, PasteConvention convention)
-{
-    const auto control = keyboard.modifierKey(XCB_MAP_INDEX_CONTROL);
-    const auto shift = keyboard.modifierKey(XCB_MAP_INDEX_SHIFT);
-    const auto v = keyboard.shortcutKey(letterV);
-    const auto insert = keyboard.key(insertKey);
-    if (convention == PasteConvention::standard && control && v)
-        return {*control, *v};
-    if (convention == PasteConvention::terminal && control && shift && v)
-        return {*control, *shift, *v};
-    if (shift && insert)
-        return {*shift, *insert};
-    return {};
 }
 
 } // namespace
@@ -80,7 +61,7 @@ QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention, Guard
     while (isPostingAllowed()) {
         const bool isFree = !m_isPosting && !isKeyboardInUse(convention);
         if (isFree && isAgreed) {
-            const QList<xcb_keycode_t> keys = chord(X11Keyboard(m_connection), convention);
+            const QList<xcb_keycode_t> keys = X11Keyboard(m_connection).pasteChord(convention);
             if (keys.isEmpty()) {
                 qCInfo(log) << "no paste: the keyboard has no key for it";
                 co_return false;
@@ -119,7 +100,7 @@ QCoro::Task<bool> X11KeyEvents::postPasteChord(PasteConvention convention, Guard
 bool X11KeyEvents::isKeyboardInUse(PasteConvention convention)
 {
     const X11Keyboard keyboard(m_connection);
-    const QList<xcb_keycode_t> keys = chord(keyboard, convention);
+    const QList<xcb_keycode_t> keys = keyboard.pasteChord(convention);
     return keyboard.isModifierHeld() ||
            std::any_of(keys.begin(), keys.end(), [&](xcb_keycode_t key) { return keyboard.isDown(key); });
 }

@@ -15,6 +15,8 @@ constexpr xcb_keysym_t modeSwitch = 0xff7e;
 constexpr xcb_keysym_t level3Shift = 0xfe03;
 constexpr xcb_keysym_t capsLock = 0xffe5;
 constexpr xcb_keysym_t scrollLock = 0xff14;
+constexpr xcb_keysym_t letterV = 0x0076;
+constexpr xcb_keysym_t insertKey = 0xff63;
 
 bool isLatin(xcb_keysym_t keysym)
 {
@@ -150,6 +152,21 @@ std::optional<xcb_keycode_t> X11Keyboard::modifierKey(int modifier) const
     if (modifier >= m_modifiers.size() || m_modifiers.at(modifier).isEmpty())
         return std::nullopt;
     return m_modifiers.at(modifier).first();
+}
+
+QList<xcb_keycode_t> X11Keyboard::pasteChord(PasteConvention convention) const
+{
+    const auto control = modifierKey(XCB_MAP_INDEX_CONTROL);
+    const auto shift = modifierKey(XCB_MAP_INDEX_SHIFT);
+    const auto v = shortcutKey(letterV);
+    const auto insert = key(insertKey);
+    if (convention == PasteConvention::standard && control && v)
+        return {*control, *v};
+    if (convention == PasteConvention::terminal && control && shift && v)
+        return {*control, *shift, *v};
+    if (shift && insert)
+        return {*shift, *insert};
+    return {};
 }
 
 bool X11Keyboard::isDown(xcb_keycode_t key) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Desktop/RunningApplication.h"
 #include "X11Connection.h"
 
 #include <QList>
@@ -27,6 +28,9 @@ public:
     std::optional<xcb_keycode_t> key(xcb_keysym_t keysym) const;
     /// The first key of modifier @p modifier, an xcb_map_index_t.
     std::optional<xcb_keycode_t> modifierKey(int modifier) const;
+
+    /// The keys that paste, in the order of pressing; none where the keyboard cannot.
+    QList<xcb_keycode_t> pasteChord(PasteConvention convention) const;
 
     bool isDown(xcb_keycode_t key) const;
     /// Whether a modifier is down that would change the meaning of a chord; the locks do not count.

@@ -216,6 +216,16 @@ std::vector<xcb_window_t> X11Windows::stackingList()
     return clients;
 }
 
+bool X11Windows::isForWork(xcb_window_t window)
+{
+    const QByteArray types = property(window, QByteArrayLiteral("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM);
+    const auto *atoms = reinterpret_cast<const xcb_atom_t *>(types.constData());
+    const auto *end = atoms + types.size() / qsizetype(sizeof(xcb_atom_t));
+    const QList<xcb_atom_t> others{m_connection.atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DOCK")),
+                                   m_connection.atom(QByteArrayLiteral("_NET_WM_WINDOW_TYPE_DESKTOP"))};
+    return std::none_of(atoms, end, [&](xcb_atom_t type) { return others.contains(type); });
+}
+
 std::optional<quint8> X11Windows::mapState(xcb_window_t window)
 {
     if (window == noWindow)

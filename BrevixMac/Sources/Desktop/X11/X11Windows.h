@@ -50,6 +50,9 @@ public:
     /// Client windows from the lowest to the topmost; those of the root when no window manager keeps a list.
     std::vector<xcb_window_t> stackingList();
 
+    /// Whether @p window is neither a panel nor the desktop itself.
+    bool isForWork(xcb_window_t window);
+
     bool exists(xcb_window_t window);
     std::optional<X11WindowFacts> facts(xcb_window_t window);
     qint64 processIdentifier(xcb_window_t window);

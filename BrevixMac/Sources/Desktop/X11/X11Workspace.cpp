@@ -247,6 +247,22 @@ RunningApplication X11Workspace::describe(const X11WindowFacts &facts) const
             .processStartTime = Processes::startTime(facts.processIdentifier)};
 }
 
+QList<RunningApplication> X11Workspace::applicationsOnScreen() const
+{
+    QList<RunningApplication> applications;
+    QSet<qint64> known;
+    if (!m_connection.isValid())
+        return applications;
+    for (const xcb_window_t window : m_windows.stackingList()) {
+        const auto application = m_windows.isForWork(window) ? describe(window) : std::nullopt;
+        if (!application || known.contains(application->processIdentifier))
+            continue;
+        known.insert(application->processIdentifier);
+        applications.append(*application);
+    }
+    return applications;
+}
+
 bool X11Workspace::isInFront(const RunningApplication &application)
 {
     if (!m_connection.isValid() || isTerminated(application))

@@ -32,6 +32,9 @@ public:
     bool isTerminated(const RunningApplication &application) const override;
     QCoro::Task<bool> activate(RunningApplication application) override;
     void activateOwnWindow(QWindow *window) override;
+
+    /// The applications whose windows a user works in: panels and desktops are left out. Each once.
+    QList<RunningApplication> applicationsOnScreen() const;
     bool isCompositing() const override { return m_compositor.window() != XCB_WINDOW_NONE; }
 
     /// The user has just asked for something by an event of @p time that Qt has not seen: a hotkey.
