@@ -24,6 +24,8 @@
 #include <QStandardPaths>
 #include <QTimer>
 
+#include <malloc.h>
+
 namespace {
 
 /// What a login starts: this very program, in the mode it runs in.
@@ -91,6 +93,15 @@ StoredAuthSession storedSession(const LocalCloud::Session &session)
             .firebaseIDToken = session.idToken,
             .refreshToken = session.refreshToken,
             .expiresAt = session.expiresAt};
+}
+
+/// Has large buffers (clipboard snapshots, library answers) mapped for themselves, so that all of their
+/// memory is given back. By default the C library moves the limit up with each such buffer, until they
+/// fragment the heap.
+void keepLargeBuffersOutOfTheHeap()
+{
+    constexpr int smallestMapped = 256 * 1024;
+    mallopt(M_MMAP_THRESHOLD, smallestMapped);
 }
 
 } // namespace
@@ -229,6 +240,7 @@ struct BrevixMacApp::Parts
 BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library, const Failed &failed)
     : m_parts(std::make_unique<Parts>(library))
 {
+    keepLargeBuffersOutOfTheHeap();
     Parts &parts = *m_parts;
     if (library == Library::cloud) {
         parts.useCloud(QProcessEnvironment::systemEnvironment());
