@@ -11,8 +11,8 @@ namespace Cloud {
 class FirestoreQueryApi
 {
 public:
-    static constexpr qsizetype maximumNames = 500;                  ///< of documents in one request
-    static constexpr qsizetype usualMaximumSize = 64 * 1024 * 1024; // bytes
+    static constexpr qsizetype maximumNames = 500; ///< of documents in one request
+    static constexpr qsizetype usualMaximumSize = qsizetype(64) * 1024 * 1024; // bytes
 
     /// Answers larger than @p maximumSize bytes, and queries over larger collections, are refused.
     FirestoreQueryApi(const Documents &documents, DocumentAccess access, Clock clock,

@@ -19,7 +19,7 @@ public:
     /// A page ends early once it is larger than this, and the next one goes on. Brevix follows no page token,
     /// so this is more than it takes of a page: what it cannot have whole it reports rather than showing a
     /// part.
-    static constexpr qsizetype usualMaximumAnswerSize = 160 * 1024 * 1024; // bytes
+    static constexpr qsizetype usualMaximumAnswerSize = qsizetype(160) * 1024 * 1024; // bytes
 
     explicit FirestoreReadApi(const Documents &documents,
                               qsizetype maximumAnswerSize = usualMaximumAnswerSize)

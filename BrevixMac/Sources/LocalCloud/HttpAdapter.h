@@ -26,9 +26,9 @@ public:
 
     struct Limits
     {
-        int connections = 128;                 ///< further ones are closed at once
-        qsizetype headSize = 32 * 1024;        ///< bytes; a larger head is answered with 431
-        qsizetype bodySize = 10 * 1024 * 1024; ///< bytes; a larger body is answered with 413
+        int connections = 128;                            ///< further ones are closed at once
+        qsizetype headSize = qsizetype(32) * 1024;        ///< bytes; a larger head is answered with 431
+        qsizetype bodySize = qsizetype(10) * 1024 * 1024; ///< bytes; a larger body is answered with 413
         /// A request must have come whole, and some of an answer must have been taken, within this time.
         std::chrono::milliseconds stall = std::chrono::seconds(15);
         /// How long an answer that is not known at once may take.

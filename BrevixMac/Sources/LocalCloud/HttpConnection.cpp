@@ -11,7 +11,7 @@ namespace Cloud {
 namespace {
 
 /// Bytes. A small body travels in one piece with its head; the socket takes a large one over without a copy.
-constexpr qsizetype copiedBodySize = 1024 * 1024;
+constexpr qsizetype copiedBodySize = qsizetype(1024) * 1024;
 
 /// How long the head at the beginning of @p bytes is, the empty line at its end included; -1 when it is not
 /// complete. As the HTTP library reads it: after empty lines, and with lines that may end in a line feed

@@ -17,7 +17,7 @@ namespace Cloud {
 
 namespace {
 
-constexpr qint64 maximumTableSize = 16 * 1024 * 1024; // bytes: some 100,000 connections
+constexpr qint64 maximumTableSize = qint64(16) * 1024 * 1024; // bytes: some 100,000 connections
 
 /// An end of a connection as both of the kernel's interfaces write it: in network byte order.
 struct End

@@ -17,8 +17,9 @@ namespace Cloud {
 
 namespace {
 
-constexpr qsizetype maximumNameSize = 1500;                // bytes of UTF-8
-constexpr qsizetype maximumDocumentSize = 2 * 1024 * 1024; // of JSON, which is larger than what it says
+constexpr qsizetype maximumNameSize = 1500; // bytes of UTF-8
+constexpr qsizetype maximumDocumentSize =
+    qsizetype(2) * 1024 * 1024; // of JSON, which is larger than what it says
 
 [[noreturn]] void refuse(const QString &reason)
 {
