@@ -18,7 +18,7 @@ SCRIPTS = {
         'old=$(xclip -selection clipboard -o); xclip -selection clipboard <"$1"; xdotool key --clearmodifiers ctrl+v; '
         'sleep 0.2; printf %s "$old" | xclip -selection clipboard',
 }
-RUNS = {"`xdotool type`": 3, "`xdotool type --delay 0`": 8}
+RUNS = {"`xdotool type`": 3, "`xdotool type --delay 0`": 5}
 USUAL_RUNS = 15
 CLIPBOARD_CHECKS = 2
 

@@ -38,7 +38,7 @@ QString LowercaseCache::lowercased(const QString &text)
         return known->lowercased;
     }
 
-    const QString lowercased = Text::lowercased(text);
+    QString lowercased = Text::lowercased(text);
     insert(text, lowercased);
     return lowercased;
 }
