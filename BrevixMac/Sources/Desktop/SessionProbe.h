@@ -83,7 +83,7 @@ public:
     SessionProbe(const SessionProbe &) = delete;
     SessionProbe &operator=(const SessionProbe &) = delete;
 
-    /// Ends within ten seconds whoever does not answer, usually within a fifth of one. @p scheme is the one
+    /// Ends within ten seconds, whoever does not answer. @p scheme is the one
     /// that the sign-in page's last address has.
     virtual QCoro::Task<SessionFacts> examine(QString scheme) = 0;
 };
