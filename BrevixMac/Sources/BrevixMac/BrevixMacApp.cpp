@@ -264,7 +264,7 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library, const Fai
 void BrevixMacApp::run(InstanceService &instance)
 {
     Parts &parts = *m_parts;
-    parts.delegate = std::make_unique<AppDelegate>(*parts.appState);
+    parts.delegate = std::make_unique<AppDelegate>(*parts.appState, parts.desktop.pasteboard());
     parts.delegate->applicationDidFinishLaunching();
     parts.menuBar = std::make_unique<MenuBarController>(parts.desktop.statusItem(), parts.desktop.workspace(),
                                                         parts.desktop.eventMonitor());

@@ -89,6 +89,22 @@ class FaultyClipboards(scenario.Scenario):
         desk.wait_for_text(field, LINES["text"])
         self.start_brevix()
 
+    def test_quitting_while_a_hung_target_has_still_to_paste_waits_for_it(self):
+        self.own_rich_clipboard()
+        program, _ = self.open_window("mousepad", "mousepad", "--disable-server")
+        field = desk.field(program.pid)
+        self.find(LINES)
+        os.kill(program.pid, signal.SIGSTOP)
+        desk.keys("Return")
+        self.brevix.wait_until_closed(8)
+        self.brevix.process.send_signal(signal.SIGTERM)
+        with self.assertRaises(subprocess.TimeoutExpired, msg="it must not take the text away"):
+            self.brevix.process.wait(2)
+        os.kill(program.pid, signal.SIGCONT)
+        self.assertEqual(self.brevix.process.wait(15), 0)
+        desk.wait_for_text(field, LINES["text"])
+        self.start_brevix()
+
     def test_the_end_is_obeyed_while_the_picker_is_open(self):
         self.brevix.press_hotkey()
         self.brevix.process.send_signal(signal.SIGTERM)
