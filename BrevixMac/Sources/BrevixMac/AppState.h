@@ -47,6 +47,13 @@ struct InsertionRecovery
     bool operator==(const InsertionRecovery &) const = default;
 };
 
+/// Why the hotkey does not work, and what to do about it: two sentences without their full stops.
+struct HotkeyProblem
+{
+    QString reason;
+    QString advice;
+};
+
 /// What happens once a prompt's variables are filled.
 enum class PendingVariableAction { insert, copy };
 
@@ -130,14 +137,10 @@ public:
     RecentUsageStore &recents() { return *m_recents; }
     DraftStore &draftStore() { return *m_draftStore; }
     HotkeyService &hotkeyService() { return *m_hotkeyService; }
-    LaunchAtLoginService &launchAtLoginService() { return *m_launchAtLoginService; }
     KeyCapture &keyCapture() { return m_environment.keyCapture; }
     AuthService &authService() { return *m_authService; }
     LibraryStore &libraryStore() { return *m_libraryStore; }
-    PromptOptimizationService &promptOptimizationService() { return *m_promptOptimizationService; }
     UpdateService &updateService() { return *m_updateService; }
-    AccessibilityService &accessibilityService() { return *m_accessibilityService; }
-    InsertionService &insertionService() { return *m_insertionService; }
     Doctor &doctor() { return *m_doctor; }
 
     /// Shows and hides the picker panel; installed by the panel's owner.
@@ -196,6 +199,8 @@ public:
     QList<PickerResult> libraryResults(const QString &query, const LibraryFilter &filter) const;
     PickerTargetStatus targetStatus() const;
     QString hotkeyLabel() const;
+    /// Nothing while the hotkey works.
+    std::optional<HotkeyProblem> hotkeyProblem() const;
 
     // Start-up, permissions, account.
     /// Makes @p shortcut the hotkey and remembers it. When the session refuses it, the hotkey stays what it
@@ -220,6 +225,8 @@ public:
     void updateOnboardingState();
     /// The application has come to the front.
     void applicationDidBecomeActive();
+    /// Remembers from now on where the user was last in other applications. Once is enough.
+    void startExternalFocusTracking();
 
 Q_SIGNALS:
     void queryChanged();
@@ -247,6 +254,7 @@ private:
     void bootstrap();
     InstanceFacts instanceFacts() const;
     void registerHotkey(const KeyboardShortcut &shortcut);
+    HotkeyProblem problemWith(const KeyboardShortcut &shortcut) const;
 
     QCoro::Task<> invokePalette(bool allowCachedTarget, std::function<void()> present, std::stop_token token);
     QCoro::Task<FocusedTargetPtr> resolvedInsertionTarget(bool allowCachedTarget, std::stop_token token);
@@ -267,7 +275,6 @@ private:
     void closeVariableForm();
     void dismissPalette();
 
-    void startExternalFocusTracking();
     QCoro::Task<> externalFocusCapture(std::chrono::milliseconds delay, std::stop_token token);
     QCoro::Task<> rememberCurrentExternalFocusedTarget(std::stop_token token);
     bool isOwnBundle(const std::optional<QString> &bundleID) const;

@@ -28,18 +28,6 @@ constexpr auto captureDelayAfterActivation = 140ms;
 
 AppState *sharedInstance = nullptr;
 
-QString heldBySomebodyElse(const KeyboardShortcut &shortcut)
-{
-    return shortcut.displayLabel() +
-           u" is held by another application or the desktop. The shortcut stays as it was."_qs;
-}
-
-QString noHotkeysHere()
-{
-    return QStringLiteral("This session has no global shortcuts. Bind a key to \"brevix toggle\" in the "
-                          "desktop's keyboard settings.");
-}
-
 QString draftFolder(const AppEnvironment &environment)
 {
     if (!environment.draftFolder.isEmpty())
@@ -162,14 +150,31 @@ void AppState::registerHotkey(const KeyboardShortcut &shortcut)
     });
 }
 
+HotkeyProblem AppState::problemWith(const KeyboardShortcut &shortcut) const
+{
+    const QString advice = QStringLiteral("Bind the command \u201cbrevix toggle\u201d to a key in your "
+                                          "desktop's keyboard settings instead");
+    if (!m_environment.hotKeys.isAvailable())
+        return {.reason = QStringLiteral("This session has no global shortcuts"), .advice = advice};
+    return {.reason = shortcut.displayLabel() + u" is held by another application", .advice = advice};
+}
+
+std::optional<HotkeyProblem> AppState::hotkeyProblem() const
+{
+    return m_hotkeyService->wasRefused() ? std::optional(problemWith(m_preferences->preferredShortcut()))
+                                         : std::nullopt;
+}
+
 void AppState::updateShortcut(const KeyboardShortcut &shortcut)
 {
     const KeyboardShortcut previous = m_preferences->preferredShortcut();
     registerHotkey(shortcut);
     if (!m_hotkeyService->isRegistered() && shortcut != previous) {
         registerHotkey(previous);
-        setShortcutProblem(m_environment.hotKeys.isAvailable() ? heldBySomebodyElse(shortcut)
-                                                               : noHotkeysHere());
+        const HotkeyProblem problem = problemWith(shortcut);
+        const bool hasHotkeys = m_environment.hotKeys.isAvailable();
+        const QString rest = hasHotkeys ? QStringLiteral("The shortcut stays as it was") : problem.advice;
+        setShortcutProblem(problem.reason + u". " + rest + u'.');
         return;
     }
     m_preferences->setPreferredShortcut(shortcut);

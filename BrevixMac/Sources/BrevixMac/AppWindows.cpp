@@ -28,8 +28,6 @@ AppWindows::AppWindows(AppState &appState, Workspace &workspace, MenuBarControll
 
 AppWindows::~AppWindows() = default;
 
-// The bodies arrive with their windows; until then no enabled control leads here.
-
 void AppWindows::showSkillEditor()
 {
     m_menuBar.closePicker();

@@ -23,7 +23,6 @@ public:
 
     /// Keeps to @p width: in one line where that is enough, else in a few.
     void fit(int width);
-    bool isInOneLine() const { return !wordWrap(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

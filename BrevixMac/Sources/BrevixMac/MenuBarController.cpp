@@ -27,7 +27,7 @@ namespace {
 
 constexpr int edgeMargin = 8;
 constexpr qreal glyphFontShare = 0.82;
-constexpr qreal glyphLift = 0.06;
+constexpr qreal glyphDrop = 0.06; // below the middle
 
 // A press on the status item also counts as a press outside the panel. Its own signal follows within this
 // time, and must not open again what that press has just closed.
@@ -53,8 +53,7 @@ QPixmap glyphPixmap(int size, qreal devicePixelRatio)
     QPainter painter(&pixmap);
     painter.setFont(font);
     painter.setPen(Qt::black);
-    painter.drawText(QRectF(0, -glyphLift * pixels / 2, pixels, pixels), Qt::AlignCenter,
-                     QStringLiteral("B"));
+    painter.drawText(QRectF(0, glyphDrop * pixels, pixels, pixels), Qt::AlignCenter, QStringLiteral("B"));
     painter.end();
     pixmap.setDevicePixelRatio(devicePixelRatio);
     return pixmap;
@@ -139,10 +138,8 @@ void MenuBarController::prepareFirstShow()
 
 void MenuBarController::updateStatusItem()
 {
-    const bool wasRefused = m_appState && m_appState->hotkeyService().wasRefused();
-    m_statusItem.setToolTip(
-        wasRefused ? QString(u"Brevix: " + m_appState->hotkeyLabel() + u" is held by another application")
-                   : QStringLiteral("Brevix"));
+    const std::optional<HotkeyProblem> problem = m_appState ? m_appState->hotkeyProblem() : std::nullopt;
+    m_statusItem.setToolTip(problem ? u"Brevix: " + problem->reason : QStringLiteral("Brevix"));
 }
 
 void MenuBarController::onStatusItemPressed(QPoint near)

@@ -27,15 +27,15 @@ PermissionList::PermissionList(AppState &appState, QWidget *parent)
     rows->setSpacing(0);
     m_accessibility = makeRow(QStringLiteral("Accessibility"));
     m_postEvent = makeRow(QStringLiteral("Keyboard Event Posting"));
-    connect(m_accessibility.button, &QPushButton::clicked, this, [this] {
-        m_appState.requestAccessibilityPermission();
-        m_appState.updateOnboardingState();
-    });
-    connect(m_postEvent.button, &QPushButton::clicked, this, [this] {
-        m_appState.requestPostEventPermission();
-        m_appState.updateOnboardingState();
-    });
+    connect(m_accessibility.button, &QPushButton::clicked, &m_appState,
+            &AppState::requestAccessibilityPermission);
+    connect(m_postEvent.button, &QPushButton::clicked, &m_appState, &AppState::requestPostEventPermission);
     connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&PermissionList::update));
+}
+
+QString PermissionList::Row::symbol() const
+{
+    return isGranted ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("circle");
 }
 
 PermissionList::Row PermissionList::makeRow(const QString &name)
@@ -84,8 +84,8 @@ void PermissionList::paintEvent(QPaintEvent *)
     const int size = theme.scaled(Theme::symbolSize);
     for (const Row *row : {&m_accessibility, &m_postEvent}) {
         const QRectF area(theme.scaled(padding), row->label->y(), size, row->label->height());
-        Symbols::paint(
-            painter, row->isGranted ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("circle"),
-            theme.color(row->isGranted ? Theme::Color::success : Theme::Color::tertiary), area, size);
+        Symbols::paint(painter, row->symbol(),
+                       theme.color(row->isGranted ? Theme::Color::success : Theme::Color::tertiary), area,
+                       size);
     }
 }

@@ -20,20 +20,24 @@ public:
     /// Reads the grants.
     void refresh();
 
-    ThemedButton &accessibilityButton() const { return *m_accessibility.button; }
-    ThemedButton &postEventButton() const { return *m_postEvent.button; }
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
-
-private:
     struct Row
     {
         TextLabel *label = nullptr;
         ThemedButton *button = nullptr;
         bool isGranted = false;
+
+        QString symbol() const;
     };
 
+    ThemedButton &accessibilityButton() const { return *m_accessibility.button; }
+    ThemedButton &postEventButton() const { return *m_postEvent.button; }
+    const Row &accessibility() const { return m_accessibility; }
+    const Row &postEvent() const { return m_postEvent; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
     Row makeRow(const QString &name);
     void show(Row &row, bool isGranted);
 

@@ -107,16 +107,15 @@ void PickerNotices::refreshTarget()
 void PickerNotices::refreshHotkey()
 {
     const QString label = m_appState.hotkeyLabel();
-    const bool wasRefused = m_appState.hotkeyService().wasRefused();
-    m_hotkeyWarning->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"),
-                              label + u" is held by another application",
-                              QStringLiteral("Bind the command \u201cbrevix toggle\u201d to a key in your "
-                                             "desktop's keyboard settings instead."));
-    m_hotkeyWarning->setVisible(wasRefused);
+    const std::optional<HotkeyProblem> problem = m_appState.hotkeyProblem();
+    if (problem)
+        m_hotkeyWarning->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"),
+                                  problem->reason, problem->advice + u'.');
+    m_hotkeyWarning->setVisible(problem.has_value());
     m_tip->describe(StatusCard::Tint::neutral, QStringLiteral("keyboard"), {},
                     u"Best experience: click into any text field, then press " + label + u" to insert.");
     // A tip about a key that does not work would be a lie.
-    m_tip->setVisible(!wasRefused && !m_appState.preferences().hotkeyTipDismissed());
+    m_tip->setVisible(!problem && !m_appState.preferences().hotkeyTipDismissed());
 }
 
 void PickerNotices::refreshAccount()

@@ -308,9 +308,8 @@ void SettingsView::refreshShortcut()
         m_shortcutRow->setNote(keyLegend, Theme::Color::secondary);
     else if (const auto &problem = m_appState.shortcutProblem())
         m_shortcutRow->setNote(*problem, Theme::Color::danger);
-    else if (m_appState.hotkeyService().wasRefused())
-        m_shortcutRow->setNote(m_appState.hotkeyLabel() + u" is held by another application."_qs,
-                               Theme::Color::warning);
+    else if (const auto inTheWay = m_appState.hotkeyProblem())
+        m_shortcutRow->setNote(inTheWay->reason + u". " + inTheWay->advice + u'.', Theme::Color::warning);
     else
         m_shortcutRow->setNote(keyLegend, Theme::Color::secondary);
 }

@@ -51,6 +51,34 @@ TEST_F(AppStateSettingsTest, theSameShortcutCanBeTriedAgainOnceItsHolderHasGone)
     EXPECT_TRUE(state->hotkeyService().isRegistered());
 }
 
+TEST_F(AppStateSettingsTest, whyTheHotkeyDoesNotWorkIsToldInOnePlace)
+{
+    const QString held = u"⇧⌘P is held by another application"_qs;
+    const struct
+    {
+        bool isTaken;
+        bool available;
+        std::optional<QString> reason;
+    } table[] = {{false, true, std::nullopt},
+                 {true, true, held},
+                 {false, false, QStringLiteral("This session has no global shortcuts")}};
+    for (const auto &row : table) {
+        hotKeys.isTaken = row.isTaken;
+        hotKeys.available = row.available;
+        start();
+        const auto problem = state->hotkeyProblem();
+        EXPECT_EQ(problem ? std::optional(problem->reason) : std::nullopt, row.reason);
+        EXPECT_TRUE(!problem || problem->advice.contains(u"brevix toggle"));
+    }
+    hotKeys.available = true;
+    start();
+    Q_EMIT hotKeys.lost();
+    ASSERT_TRUE(state->hotkeyProblem());
+    EXPECT_EQ(state->hotkeyProblem()->reason, held);
+    Q_EMIT hotKeys.regained();
+    EXPECT_FALSE(state->hotkeyProblem());
+}
+
 TEST_F(AppStateSettingsTest, aSessionWithoutHotkeysIsNamedAsTheReason)
 {
     hotKeys.available = false;

@@ -90,6 +90,15 @@ TEST_F(AppStateSharingTest, theEarlierOutcomeIsClearedAtOnceButTheBannerStays)
     EXPECT_TRUE(state->shareConfirmation());
 }
 
+TEST_F(AppStateSharingTest, openingThePickerTakesTheBannerAway)
+{
+    await(state->share(item));
+    ASSERT_TRUE(state->shareConfirmation());
+    openPicker();
+    EXPECT_FALSE(state->shareConfirmation());
+    EXPECT_FALSE(state->lastInsertionResult());
+}
+
 TEST_F(AppStateSharingTest, aFailedShareRemovesTheEarlierBanner)
 {
     await(state->share(item));

@@ -282,6 +282,20 @@ TEST_F(AppStateStartupTest, focusTrackingIsInstalledOnceAndEndsWithTheState)
     EXPECT_TRUE(eventMonitor.entries.isEmpty());
 }
 
+TEST_F(AppStateStartupTest, focusTrackingThatIsAskedForTwiceIsInstalledOnce)
+{
+    start();
+    state->startExternalFocusTracking();
+    EXPECT_EQ(eventMonitor.entries.size(), 1);
+    int captures = 0;
+    tree.onRequest = [&captures](const QString &request) {
+        captures += request == u"read " + AX::focusedUIElement;
+    };
+    workspace.bringToFront(editorPid);
+    ASSERT_TRUE(waitUntil([&captures] { return captures > 0; }));
+    EXPECT_FALSE(waitUntil([&captures] { return captures > 1; }, std::chrono::milliseconds(100)));
+}
+
 TEST_F(AppStateStartupTest, theApplicationInFrontAtTheStartIsNoted)
 {
     workspace.frontmost = editorPid;
