@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PickerStage.h"
 
+#include <QFontDatabase>
 #include <QIcon>
+#include <QPainter>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr QRect screen(0, 0, 1600, 1000);
 constexpr QSize panelSize(520, 640);
@@ -78,6 +82,22 @@ TEST_F(MenuBarControllerTest, theToolTipTellsThatTheHotkeyWasRefused)
     EXPECT_TRUE(stage.desk.statusItem.toolTip.contains(u"held by another application"));
 }
 
+TEST_F(MenuBarControllerTest, theToolTipFollowsTheHotkeyThatIsLostAndRegained)
+{
+    stage.install();
+    Q_EMIT stage.desk.hotKeys.lost();
+    EXPECT_TRUE(stage.desk.statusItem.toolTip.contains(u"held by another application"));
+    Q_EMIT stage.desk.hotKeys.regained();
+    EXPECT_EQ(stage.desk.statusItem.toolTip, u"Brevix");
+}
+
+TEST_F(MenuBarControllerTest, theToolTipBlamesNobodyWhereThereAreNoHotkeys)
+{
+    stage.desk.hotKeys.available = false;
+    stage.install();
+    EXPECT_EQ(stage.desk.statusItem.toolTip, u"Brevix: This session has no global shortcuts");
+}
+
 TEST_F(MenuBarControllerTest, theHotkeyOpensWithTheSearchFieldFocused)
 {
     stage.open();
@@ -104,8 +124,7 @@ TEST_F(MenuBarControllerTest, aPressOutsideClosesAndOneInsideDoesNot)
     const QRect frame = stage.panel().frameGeometry();
     stage.desk.eventMonitor.post({MonitoredEvent::pointerPress, frame.center()});
     stage.desk.eventMonitor.post({MonitoredEvent::pointerPress, frame.topLeft()});
-    QTest::qWait(20);
-    EXPECT_TRUE(stage.controller->isPickerVisible());
+    EXPECT_FALSE(waitUntil([&] { return !stage.controller->isPickerVisible(); }, 50ms));
     stage.desk.eventMonitor.post({MonitoredEvent::pointerPress, frame.bottomRight() + QPoint(1, 1)});
     ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
     EXPECT_FALSE(stage.appState().palettePresented());
@@ -132,8 +151,7 @@ TEST_F(MenuBarControllerTest, aPressOnTheStatusItemDoesNotReopenWhatItHasJustClo
     stage.desk.eventMonitor.post({MonitoredEvent::pointerPress, item});
     ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
     Q_EMIT stage.desk.statusItem.pressed(item);
-    QTest::qWait(30);
-    EXPECT_FALSE(stage.controller->isPickerVisible());
+    EXPECT_FALSE(waitUntil([&] { return stage.controller->isPickerVisible(); }, 50ms));
     Q_EMIT stage.desk.statusItem.pressed(item);
     EXPECT_TRUE(waitUntil([&] { return stage.controller->isPickerVisible(); }));
 }
@@ -205,6 +223,42 @@ TEST_F(MenuBarControllerTest, theGlyphIsDrawnSharpAtEveryRatio)
         for (int x = 0; x < image.width(); ++x)
             hasInk = hasInk || image.pixelColor(x, image.height() / 2).alpha() > 200;
         EXPECT_TRUE(hasInk);
+    }
+}
+
+/// The rows from the first to the last that have ink.
+std::pair<int, int> inkedRows(const QImage &image)
+{
+    std::pair<int, int> rows{image.height(), -1};
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y).alpha() > 128) {
+                rows.first = std::min(rows.first, y);
+                rows.second = y;
+            }
+        }
+    }
+    return rows;
+}
+
+TEST_F(MenuBarControllerTest, theGlyphStandsSixHundredthsOfItsHeightBelowTheMiddle)
+{
+    for (const int size : {50, 100, 200}) {
+        QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+        font.setPixelSize(static_cast<int>(size * 0.82));
+        font.setBold(true);
+        QImage middle(size, size, QImage::Format_ARGB32_Premultiplied);
+        middle.fill(Qt::transparent);
+        QPainter painter(&middle);
+        painter.setFont(font);
+        painter.drawText(middle.rect(), Qt::AlignCenter, QStringLiteral("B"));
+        painter.end();
+        const auto [top, bottom] = inkedRows(middle);
+        const auto [glyphTop, glyphBottom] =
+            inkedRows(MenuBarController::brevixTemplateGlyph(size).pixmap(QSize(size, size), 1).toImage());
+        EXPECT_EQ(glyphTop - top, size * 6 / 100) << size;
+        EXPECT_EQ(glyphBottom - bottom, size * 6 / 100) << size;
+        EXPECT_LT(glyphBottom, size - 1) << "nothing is cut off";
     }
 }
 

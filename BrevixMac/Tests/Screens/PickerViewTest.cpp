@@ -10,6 +10,7 @@
 #include "PickerStage.h"
 #include "ResultLine.h"
 #include "StatusCard.h"
+#include "TextLabel.h"
 #include "ThemedButton.h"
 
 #include <QHelpEvent>
@@ -131,6 +132,31 @@ TEST_F(PickerViewTest, asksForMissingPermissionsWhateverTheField)
     EXPECT_EQ(stage.desk.keyEvents.requests, 1);
 }
 
+TEST_F(PickerViewTest, eachPermissionHasItsNameAndAMarkOfItsOwn)
+{
+    const QString granted = QStringLiteral("checkmark.circle.fill");
+    const QString missing = QStringLiteral("circle");
+    const struct
+    {
+        bool isTrusted;
+        bool mayPost;
+    } table[] = {{false, false}, {true, false}, {false, true}};
+    stage.open();
+    const PermissionList &permissions = stage.page().notices().permissionList();
+    EXPECT_EQ(permissions.accessibility().label->text(), u"Accessibility");
+    EXPECT_EQ(permissions.postEvent().label->text(), u"Keyboard Event Posting");
+    for (const auto &row : table) {
+        stage.desk.tree.trusted = row.isTrusted;
+        stage.desk.keyEvents.allowed = row.mayPost;
+        stage.appState().permissions().refresh();
+        EXPECT_TRUE(permissions.isVisible());
+        EXPECT_EQ(permissions.accessibility().symbol(), row.isTrusted ? granted : missing);
+        EXPECT_EQ(permissions.postEvent().symbol(), row.mayPost ? granted : missing);
+        EXPECT_EQ(permissions.accessibilityButton().isHidden(), row.isTrusted);
+        EXPECT_EQ(permissions.postEventButton().isHidden(), row.mayPost);
+    }
+}
+
 TEST_F(PickerViewTest, thePermissionListGoesWhenBothAreGranted)
 {
     stage.desk.tree.trusted = false;
@@ -174,9 +200,46 @@ TEST_F(PickerViewTest, theTipNamesTheHotkeyUntilItIsHiddenForGood)
     stage.page().notices().hideTipButton().click();
     EXPECT_TRUE(tip.isHidden());
     EXPECT_TRUE(stage.appState().preferences().hotkeyTipDismissed());
-    stage.controller->closePicker();
-    stage.desk.press();
-    EXPECT_TRUE(tip.isHidden());
+    for (int opening = 0; opening < 3; ++opening) {
+        stage.controller->closePicker();
+        stage.desk.press();
+        EXPECT_TRUE(tip.isHidden());
+    }
+}
+
+TEST_F(PickerViewTest, theTipStaysHiddenInTheNextRunOfTheProgram)
+{
+    stage.open();
+    stage.page().notices().hideTipButton().click();
+    ASSERT_TRUE(waitUntil([&] {
+        UserDefaults onDisk(stage.desk.defaults.filePath());
+        return PreferenceStore(onDisk).hotkeyTipDismissed();
+    }));
+    stage.controller.reset();
+    stage.open();
+    EXPECT_TRUE(stage.page().notices().tipCard().isHidden());
+}
+
+TEST_F(PickerViewTest, aSessionWithoutHotkeysBlamesNobodyElse)
+{
+    stage.desk.hotKeys.available = false;
+    stage.open();
+    const StatusCard &warning = stage.page().notices().hotkeyWarning();
+    EXPECT_FALSE(warning.isHidden());
+    EXPECT_EQ(warning.title(), u"This session has no global shortcuts");
+    EXPECT_TRUE(warning.detail().contains(u"brevix toggle"));
+    EXPECT_TRUE(stage.page().notices().tipCard().isHidden());
+}
+
+TEST_F(PickerViewTest, aHotkeyThatIsLostIsSaidUntilItIsBack)
+{
+    stage.open();
+    const StatusCard &warning = stage.page().notices().hotkeyWarning();
+    Q_EMIT stage.desk.hotKeys.lost();
+    EXPECT_TRUE(warning.isVisible());
+    EXPECT_EQ(warning.title(), stage.appState().hotkeyLabel() + u" is held by another application");
+    Q_EMIT stage.desk.hotKeys.regained();
+    EXPECT_TRUE(warning.isHidden());
 }
 
 TEST_F(PickerViewTest, aRefusedHotkeyIsSaidAloudWithTheWayRoundIt)

@@ -191,6 +191,18 @@ TEST_F(SettingsTest, aShortcutThatIsHeldElsewhereIsNotTakenAndSaysSo)
     EXPECT_TRUE(view().shortcutRow().note().startsWith(u"⌃Space is held by another application"));
 }
 
+TEST_F(SettingsTest, aHotkeyThatDoesNotWorkIsToldOfWithTheReason)
+{
+    open();
+    Q_EMIT stage.desk.hotKeys.lost();
+    EXPECT_TRUE(view().shortcutRow().note().startsWith(state().hotkeyLabel() +
+                                                       u" is held by another application. Bind the command"));
+    stage.desk.hotKeys.available = false;
+    Q_EMIT stage.desk.hotKeys.lost();
+    EXPECT_TRUE(
+        view().shortcutRow().note().startsWith(u"This session has no global shortcuts. Bind the command"));
+}
+
 TEST_F(SettingsTest, theRowNamesTheKeysOfTheGlyphs)
 {
     open();
@@ -403,15 +415,19 @@ TEST_F(SettingsTest, nothingIsCutOffAtTwiceTheFontSize)
 {
     Theme::shared().forceFontScale(2);
     open();
-    QTest::qWait(50);
-    for (const QAbstractButton *button : view().findChildren<QAbstractButton *>()) {
-        if (!button->isVisible())
-            continue;
+    const auto isCutOff = [&](const QAbstractButton *button) {
         const QRect inView(button->mapTo(&view(), QPoint()), button->size());
-        EXPECT_GE(inView.left(), 0) << qPrintable(button->accessibleName());
-        EXPECT_LE(inView.right(), view().width()) << qPrintable(button->accessibleName());
-        if (!qobject_cast<const ChoiceRow *>(button)) {
-            EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(button->accessibleName());
+        const bool isTooNarrow =
+            !qobject_cast<const ChoiceRow *>(button) && button->width() < button->sizeHint().width();
+        return inView.left() < 0 || inView.right() > view().width() || isTooNarrow;
+    };
+    QStringList cutOff;
+    EXPECT_TRUE(waitUntil([&] {
+        cutOff.clear();
+        for (const QAbstractButton *button : view().findChildren<QAbstractButton *>()) {
+            if (button->isVisible() && isCutOff(button))
+                cutOff.append(button->accessibleName());
         }
-    }
+        return cutOff.isEmpty();
+    })) << qPrintable(cutOff.join(u", "));
 }

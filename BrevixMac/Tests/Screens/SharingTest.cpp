@@ -211,7 +211,7 @@ TEST_F(SharingTest, aSecondShareShowsItsLinkForFiveSecondsOfItsOwn)
     const QString firstLink = banner().link();
     QElapsedTimer sinceFirst;
     sinceFirst.start();
-    QTest::qWait(2500);
+    EXPECT_FALSE(waitUntil([&] { return !banner().isVisible(); }, 2500ms));
     stage.key(Qt::Key_Down);
     click(share());
     waitForBanner(QStringLiteral("Follow-up after interview"));
@@ -230,8 +230,8 @@ TEST_F(SharingTest, leavingThePanelStopsTheTimer)
     click(share());
     waitForBanner(QStringLiteral("Cold outreach follow-up"));
     stage.controller->closePicker();
-    QTest::qWait(5300);
-    EXPECT_TRUE(stage.appState().shareConfirmation()); // nobody has seen it long enough
+    EXPECT_FALSE(waitUntil([&] { return !stage.appState().shareConfirmation(); }, 5300ms))
+        << "nobody has seen it long enough";
     stage.controller->showPicker();
     EXPECT_TRUE(banner().isVisible());
     ASSERT_TRUE(waitUntil([&] { return !banner().isVisible(); }, 8s));
