@@ -32,6 +32,7 @@ class KeyCapture;
 class LoginItem;
 class SessionProbe;
 class StatusItem;
+class WebBrowser;
 struct InstanceFacts;
 
 /// The offer made after a failed insertion. Exactly one of prompt and skill is present.
@@ -71,6 +72,7 @@ struct AppEnvironment
     EventMonitor &eventMonitor;
     HotKeys &hotKeys;
     WebAuthenticationSession &webAuthenticationSession;
+    WebBrowser &webBrowser;
     KeyCapture &keyCapture;
     StatusItem &statusItem;
     LoginItem &loginItem;
@@ -138,6 +140,7 @@ public:
     DraftStore &draftStore() { return *m_draftStore; }
     HotkeyService &hotkeyService() { return *m_hotkeyService; }
     KeyCapture &keyCapture() { return m_environment.keyCapture; }
+    WebBrowser &webBrowser() { return m_environment.webBrowser; }
     AuthService &authService() { return *m_authService; }
     LibraryStore &libraryStore() { return *m_libraryStore; }
     UpdateService &updateService() { return *m_updateService; }

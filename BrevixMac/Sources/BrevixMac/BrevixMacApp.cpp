@@ -147,6 +147,7 @@ struct BrevixMacApp::Parts
             .eventMonitor = desktop.eventMonitor(),
             .hotKeys = desktop.hotKeys(),
             .webAuthenticationSession = desktop.webAuthenticationSession(),
+            .webBrowser = desktop.webBrowser(),
             .keyCapture = desktop.keyCapture(),
             .statusItem = desktop.statusItem(),
             .loginItem = loginItem,

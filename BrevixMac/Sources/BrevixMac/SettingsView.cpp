@@ -215,7 +215,7 @@ void SettingsView::addSystemAccess()
 
 void SettingsView::addUpdates()
 {
-    m_updates = new UpdateRow(m_appState.updateService());
+    m_updates = new UpdateRow(m_appState.updateService(), m_appState.webBrowser());
     addCard(QStringLiteral("Updates"))->addRow(m_updates);
 }
 

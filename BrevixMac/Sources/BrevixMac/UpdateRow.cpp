@@ -5,8 +5,11 @@
 #include "ThemedButton.h"
 #include "UpdateService.h"
 
-#include <QDesktopServices>
+#include "Desktop/WebBrowser.h"
+
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace {
 
@@ -25,9 +28,10 @@ Theme::Color ink(UpdateStatus::Kind kind)
 
 } // namespace
 
-UpdateRow::UpdateRow(UpdateService &updates, QWidget *parent)
+UpdateRow::UpdateRow(UpdateService &updates, WebBrowser &browser, QWidget *parent)
     : QWidget(parent)
     , m_updates(updates)
+    , m_browser(browser)
     , m_row(new SettingsRow(QStringLiteral("Automatic updates"),
                             QStringLiteral("Brevix checks for updates in the background.")))
     , m_check(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Check Now")))
@@ -43,6 +47,7 @@ UpdateRow::UpdateRow(UpdateService &updates, QWidget *parent)
     connect(m_check, &QPushButton::clicked, &m_updates, &UpdateService::checkForUpdates);
     connect(m_release, &QPushButton::clicked, this, &UpdateRow::openRelease);
     connect(&m_updates, &UpdateService::statusChanged, this, &UpdateRow::refresh);
+    connect(&m_browser, &WebBrowser::failed, this, &UpdateRow::onBrowserFailed);
     refresh();
 }
 
@@ -56,6 +61,19 @@ void UpdateRow::refresh()
 
 void UpdateRow::openRelease()
 {
-    if (const auto &release = m_updates.status().release)
-        QDesktopServices::openUrl(release->page);
+    const auto &release = m_updates.status().release;
+    if (!release)
+        return;
+    refresh(); // without what an earlier attempt has left
+    m_isOpening = true;
+    m_browser.open(release->page);
+}
+
+void UpdateRow::onBrowserFailed()
+{
+    const auto &release = m_updates.status().release;
+    if (!std::exchange(m_isOpening, false) || !release)
+        return;
+    m_row->setNote(u"No browser could be opened. The release page is "_qs + release->page.toString(),
+                   Theme::Color::warning);
 }

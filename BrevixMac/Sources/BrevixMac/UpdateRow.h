@@ -6,6 +6,7 @@
 class SettingsRow;
 class ThemedButton;
 class UpdateService;
+class WebBrowser;
 
 /// The settings' line about updates: what was found, a check, and the way to the release.
 class UpdateRow final : public QWidget
@@ -13,8 +14,8 @@ class UpdateRow final : public QWidget
     Q_OBJECT
 
 public:
-    /// @p updates must outlive this widget.
-    explicit UpdateRow(UpdateService &updates, QWidget *parent = nullptr);
+    /// Both must outlive this widget.
+    UpdateRow(UpdateService &updates, WebBrowser &browser, QWidget *parent = nullptr);
 
     SettingsRow &row() const { return *m_row; }
     ThemedButton &checkButton() const { return *m_check; }
@@ -23,8 +24,11 @@ public:
 private:
     void refresh();
     void openRelease();
+    void onBrowserFailed();
 
     UpdateService &m_updates;
+    WebBrowser &m_browser;
+    bool m_isOpening = false; ///< since this row has asked for a page
     SettingsRow *m_row;
     ThemedButton *m_check;
     ThemedButton *m_release;

@@ -51,6 +51,7 @@ AppState &AppBench::start()
                                                          .eventMonitor = eventMonitor,
                                                          .hotKeys = hotKeys,
                                                          .webAuthenticationSession = webAuthenticationSession,
+                                                         .webBrowser = webBrowser,
                                                          .keyCapture = keyCapture,
                                                          .statusItem = statusItem,
                                                          .loginItem = loginItem,

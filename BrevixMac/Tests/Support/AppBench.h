@@ -3,6 +3,7 @@
 
 #include "InMemoryDesktop.h"
 #include "InMemorySessionProbe.h"
+#include "InMemoryWebBrowser.h"
 #include "LibraryServer.h"
 
 #include "AppState.h"
@@ -56,6 +57,7 @@ public:
     InMemoryEventMonitor eventMonitor;
     InMemoryHotKeys hotKeys;
     InMemoryWebAuthenticationSession webAuthenticationSession;
+    InMemoryWebBrowser webBrowser;
     InMemoryKeyCapture keyCapture;
     InMemoryStatusItem statusItem;
     InMemoryLoginItem loginItem;
