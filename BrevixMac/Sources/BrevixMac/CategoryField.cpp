@@ -3,6 +3,7 @@
 
 #include "CategoryMenu.h"
 #include "FormParts.h"
+#include "OneLine.h"
 #include "Symbols.h"
 #include "ThemePainting.h"
 
@@ -27,6 +28,7 @@ CategoryField::CategoryField(QWidget *parent)
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setAccessibleDescription(QStringLiteral("Opens a menu"));
     connect(this, &QAbstractButton::clicked, this, &CategoryField::openMenu);
     connect(&Theme::shared(), &Theme::changed, this, &QWidget::updateGeometry);
     describe();
@@ -49,7 +51,7 @@ void CategoryField::describe()
         std::find_if(m_categories.cbegin(), m_categories.cend(),
                      [this](const PromptCategory &category) { return category.id == m_selectedID; });
     const bool isChosen = chosen != m_categories.cend();
-    setText(isChosen                 ? FormParts::inOneLine(chosen->name)
+    setText(isChosen                 ? OneLine::of(chosen->name)
             : m_categories.isEmpty() ? QStringLiteral("No category yet")
                                      : QStringLiteral("Choose a category"));
     setAccessibleName(u"Category: " + text());

@@ -2,6 +2,7 @@
 #include "CategoryMenu.h"
 
 #include "FormParts.h"
+#include "OneLine.h"
 #include "Symbols.h"
 #include "ThemePainting.h"
 #include "ThinScrollBar.h"
@@ -80,7 +81,7 @@ private:
 void fill(QListWidget &list, const QList<PromptCategory> &categories, const QString &selectedID)
 {
     for (const PromptCategory &category : categories) {
-        auto *item = new QListWidgetItem(FormParts::inOneLine(category.name), &list);
+        auto *item = new QListWidgetItem(OneLine::of(category.name), &list);
         item->setData(colorRole, FormParts::dotColor(category));
         item->setData(idRole, category.id);
         if (category.id == selectedID)
@@ -97,6 +98,7 @@ CategoryMenu::CategoryMenu(const QList<PromptCategory> &categories, const QStrin
     , m_field(&field)
     , m_list(new QListWidget(this))
 {
+    setAccessibleName(QStringLiteral("Categories"));
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setAccessibleName(QStringLiteral("Categories"));
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

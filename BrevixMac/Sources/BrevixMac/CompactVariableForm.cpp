@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "ContentScrollArea.h"
+#include "OneLine.h"
 #include "TextField.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
@@ -68,7 +69,7 @@ void CompactVariableForm::begin()
     const auto &prompt = m_appState.activeVariablePrompt();
     if (!prompt)
         return;
-    m_promptTitle->setText(prompt->title.simplified());
+    m_promptTitle->setText(OneLine::of(prompt->title));
     m_fields->setPrompt(*prompt, m_appState.variableValues());
     setTabOrder(m_fields->fields().last(), m_back);
     setTabOrder(m_back, m_continue);

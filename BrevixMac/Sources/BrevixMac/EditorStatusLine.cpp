@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "EditorStatusLine.h"
 
-#include "FormParts.h"
+#include "OneLine.h"
 #include "ThemePainting.h"
 
 #include <QAccessible>
@@ -45,7 +45,7 @@ void EditorStatusLine::onThemeChanged()
 void EditorStatusLine::show(const std::optional<EditorStatusMessage> &message)
 {
     m_isError = message && message->isError;
-    m_message = message ? FormParts::inOneLine(message->text) : QString();
+    m_message = message ? OneLine::of(message->text) : QString();
     setText(m_message);
     setToolTip(m_message);
     setAccessibleName(m_message);

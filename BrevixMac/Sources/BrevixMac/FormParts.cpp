@@ -5,15 +5,11 @@
 #include "TextLabel.h"
 #include "ThemePainting.h"
 
-#include "Foundation/Text.h"
-
 #include <QBoxLayout>
 #include <QLabel>
 #include <QPainter>
 
 namespace {
-
-constexpr qsizetype longestLine = 600;
 
 constexpr int tagPadding = 6;
 
@@ -54,12 +50,6 @@ private:
     }
 };
 
-bool turnsDirection(QChar character)
-{
-    const char16_t unit = character.unicode();
-    return (unit >= 0x202a && unit <= 0x202e) || (unit >= 0x2066 && unit <= 0x2069);
-}
-
 } // namespace
 
 TextLabel *FormParts::heading(const QString &text, QWidget *parent)
@@ -92,21 +82,4 @@ QColor FormParts::dotColor(const PromptCategory &category)
 QWidget *FormParts::tag(const QString &text, QWidget *parent)
 {
     return new Tag(text, parent);
-}
-
-QString FormParts::inOneLine(const QString &text)
-{
-    QString line;
-    line.reserve(std::min(text.size(), longestLine));
-    for (const QChar character : text) {
-        if (line.size() >= longestLine)
-            return line + u'\u2026';
-        if (turnsDirection(character))
-            continue;
-        const bool isControl = character.category() == QChar::Other_Control ||
-                               character.category() == QChar::Separator_Line ||
-                               character.category() == QChar::Separator_Paragraph;
-        line += isControl ? QChar(u' ') : character;
-    }
-    return Text::trimmed(line);
 }

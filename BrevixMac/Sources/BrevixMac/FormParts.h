@@ -27,8 +27,4 @@ void turnColumns(QBoxLayout &columns, bool areSideBySide);
 /// A small word on a sunken ground that says what kind of thing stands beside it.
 QWidget *tag(const QString &text, QWidget *parent);
 
-/// @p text in one line and without the marks that turn the writing direction around: how names that somebody
-/// else may have chosen are shown. Not longer than a line could ever show.
-QString inOneLine(const QString &text);
-
 } // namespace FormParts

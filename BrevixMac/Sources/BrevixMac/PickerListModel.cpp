@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PickerListModel.h"
 
+#include "OneLine.h"
 #include "PromptTemplateParser.h"
 #include "ThemePainting.h"
 
@@ -9,15 +10,8 @@
 namespace {
 
 constexpr qsizetype longestSubtitle = 200; // characters
-
-// More than a row can show; keeps the cost of a very long text small.
-constexpr qsizetype longestPreview = 200;
+constexpr qsizetype longestPreview = 200;  // more than a row can show
 constexpr QRgb skillColor = 0xfff97316;
-
-QString oneLine(const QString &text)
-{
-    return text.left(longestPreview).simplified();
-}
 
 } // namespace
 
@@ -76,12 +70,12 @@ QVariant PickerListModel::itemData(const Row &row, int role) const
     const PickerResult &result = resultOf(row);
     switch (role) {
     case Qt::DisplayRole:
-        return oneLine(result.title());
+        return OneLine::of(result.title(), longestPreview);
     case Qt::AccessibleTextRole:
         return spokenText(row);
     case previewRole:
         if (!row.preview)
-            row.preview = oneLine(result.text());
+            row.preview = OneLine::of(result.text(), longestPreview);
         return *row.preview;
     case dotColorRole:
         return dotColor(result);
@@ -94,7 +88,7 @@ QVariant PickerListModel::itemData(const Row &row, int role) const
         return result.skill() ? m_skillChip : QString();
     case categoryRole: {
         const PromptCategory *known = category(result);
-        return known ? oneLine(known->name) : QString();
+        return known ? OneLine::of(known->name, longestPreview) : QString();
     }
     default:
         return {};

@@ -2,6 +2,7 @@
 #include "PickerNotices.h"
 
 #include "AppState.h"
+#include "OneLine.h"
 #include "PermissionList.h"
 #include "SignInNotice.h"
 #include "StatusCard.h"
@@ -97,7 +98,7 @@ void PickerNotices::refreshTarget()
     if (status.ready)
         m_target->describe(
             cardTint(status), QStringLiteral("checkmark.circle.fill"),
-            u"Ready to insert into " + status.appName,
+            u"Ready to insert into " + OneLine::of(status.appName),
             QStringLiteral("Brevix will preserve your clipboard when paste fallback is needed."));
     else
         m_target->describe(cardTint(status), status.icon, status.title, status.detail);

@@ -2,6 +2,7 @@
 #include "PromptPreview.h"
 
 #include "EmptyState.h"
+#include "OneLine.h"
 #include "PreviewBox.h"
 #include "PreviewText.h"
 #include "PromptTemplateParser.h"
@@ -58,7 +59,7 @@ PromptPreview::PromptPreview(QWidget *parent)
 
 void PromptPreview::show(const std::optional<PromptItem> &prompt, const QString &categoryName)
 {
-    m_category->setText(categoryName.simplified());
+    m_category->setText(OneLine::of(categoryName));
     m_category->setVisible(!categoryName.isEmpty());
     // Writing the same text again would lose the reader's place and selection.
     if (prompt == m_prompt)
@@ -67,7 +68,7 @@ void PromptPreview::show(const std::optional<PromptItem> &prompt, const QString 
     m_stack->setCurrentIndex(prompt ? 0 : 1);
     if (!prompt)
         return;
-    m_title->setText(prompt->title.simplified());
+    m_title->setText(OneLine::of(prompt->title));
     m_text->setPrompt(*prompt, placeholders(*prompt));
     m_text->verticalScrollBar()->setValue(0);
 }

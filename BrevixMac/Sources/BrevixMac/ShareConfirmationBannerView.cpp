@@ -2,6 +2,7 @@
 #include "ShareConfirmationBannerView.h"
 
 #include "AppState.h"
+#include "OneLine.h"
 #include "Symbols.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
@@ -100,7 +101,7 @@ void ShareConfirmationBannerView::onConfirmationChanged()
         hide();
         return;
     }
-    m_title->setText(m_confirmation->title.simplified());
+    m_title->setText(OneLine::of(m_confirmation->title));
     m_link->setText(m_confirmation->url.toString());
     setAccessibleName(title() + u". " + message());
     setAccessibleDescription(link());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SidebarList.h"
 
+#include "OneLine.h"
 #include "RowOverlay.h"
 #include "Symbols.h"
 #include "ThemePainting.h"
@@ -110,7 +111,7 @@ private:
         const int textLeft = left + symbol + theme.scaled(symbolGap);
         drawText(painter, QRect(textLeft, frame.top(), right - textLeft, frame.height()),
                  isSelected ? Theme::Type::sidebarSelected : Theme::Type::sidebar, ink, Qt::AlignLeft,
-                 entry.title.simplified());
+                 OneLine::of(entry.title));
         if (isSelected && option.state.testFlag(QStyle::State_HasFocus))
             ThemePainting::strokeRounded(painter, frame, radius, theme.color(Theme::Color::accent),
                                          Theme::focusBorder);

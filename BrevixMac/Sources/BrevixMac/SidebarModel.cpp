@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SidebarModel.h"
 
+#include "OneLine.h"
+
 namespace {
 
 QString counted(qsizetype count)
@@ -31,10 +33,10 @@ QVariant SidebarModel::data(const QModelIndex &index, int role) const
     if (!line)
         return {};
     if (role == Qt::DisplayRole)
-        return line->title.simplified();
+        return OneLine::of(line->title);
     if (role == Qt::AccessibleTextRole)
-        return line->count ? QString(line->title.simplified() + u", " + counted(*line->count))
-                           : line->title.simplified();
+        return line->count ? QString(OneLine::of(line->title) + u", " + counted(*line->count))
+                           : OneLine::of(line->title);
     return {};
 }
 

@@ -6,6 +6,7 @@
 #include "EditorFrame.h"
 #include "EditorTextView.h"
 #include "FormParts.h"
+#include "OneLine.h"
 #include "SkillEditorModel.h"
 #include "SkillImport.h"
 #include "StatusCard.h"
@@ -212,7 +213,7 @@ void SkillEditorView::showContent()
 void SkillEditorView::showTitle()
 {
     m_previewTitle->setText(Text::isBlank(m_model->title()) ? QStringLiteral("Untitled")
-                                                            : FormParts::inOneLine(m_model->title()));
+                                                            : OneLine::of(m_model->title()));
 }
 
 void SkillEditorView::showText()
@@ -222,8 +223,10 @@ void SkillEditorView::showText()
         m_body->resetContent(excerpt(m_model->text()));
     else if (m_body->isReadOnly()) // it shows an excerpt, to which nothing must lead back
         m_body->resetContent(m_model->text());
-    else if (m_body->content() != m_model->text())
+    else if (m_body->content() != m_model->text()) {
         m_body->replaceContent(m_model->text());
+        m_body->moveCursor(QTextCursor::Start); // a file is read from its beginning
+    }
     refreshImport();
     m_preview->followContent(isEditable ? m_model->text() : m_body->content());
     refreshStatistics();
@@ -250,7 +253,7 @@ void SkillEditorView::refreshStatistics()
 void SkillEditorView::refreshImport()
 {
     const auto &source = m_model->sourceFilename();
-    m_source->setText(source ? FormParts::inOneLine(u"Imported from " + *source) : QString());
+    m_source->setText(source ? OneLine::of(u"Imported from " + *source) : QString());
     m_source->setVisible(source.has_value());
     m_remove->setVisible(!m_model->isTextEditable());
     m_remove->setEnabled(!m_model->isSaving());

@@ -2,7 +2,7 @@
 #include "VariableChips.h"
 
 #include "FlowLayout.h"
-#include "FormParts.h"
+#include "OneLine.h"
 #include "PromptTemplateParser.h"
 #include "ThemePainting.h"
 
@@ -25,7 +25,7 @@ public:
     explicit Chip(const QString &name)
     {
         setTextFormat(Qt::PlainText);
-        setText(FormParts::inOneLine(name));
+        setText(OneLine::of(name));
         connect(&Theme::shared(), &Theme::changed, this, &Chip::onThemeChanged);
         onThemeChanged();
     }

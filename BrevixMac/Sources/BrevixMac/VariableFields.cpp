@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "VariableFields.h"
 
+#include "OneLine.h"
 #include "PromptTemplateParser.h"
 #include "TextField.h"
 #include "TextLabel.h"
@@ -41,17 +42,18 @@ void VariableFields::setPrompt(const PromptItem &prompt, const VariableValues &v
 
 void VariableFields::addField(const VariableToken &variable)
 {
+    const QString name = OneLine::of(variable.name);
     auto *column = static_cast<QVBoxLayout *>(layout());
     if (!m_fields.isEmpty())
         column->addSpacing(fieldGap);
     auto *label =
         new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
-    label->setText(variable.name);
+    label->setText(name);
     label->setContentsMargins(Theme::haloWidth, 0, 0, 0);
     auto *field = new TextField(this);
     field->setPlaceholderText(m_placeholder == Placeholder::value ? QStringLiteral("Value")
-                                                                  : QString(u"Value for " + variable.name));
-    field->setAccessibleName(variable.name);
+                                                                  : QString(u"Value for " + name));
+    field->setAccessibleName(name);
     field->installEventFilter(this);
     column->addWidget(label);
     column->addSpacing(labelGap);
@@ -61,7 +63,7 @@ void VariableFields::addField(const VariableToken &variable)
     field->show();
     m_fields.append(field);
     connect(field, &QLineEdit::textEdited, this,
-            [this, name = variable.name](const QString &value) { Q_EMIT valueEdited(name, value); });
+            [this, key = variable.name](const QString &value) { Q_EMIT valueEdited(key, value); });
     connect(field, &QLineEdit::returnPressed, this, &VariableFields::confirmed);
 }
 

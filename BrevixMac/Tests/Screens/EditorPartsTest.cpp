@@ -5,7 +5,7 @@
 #include "EditorStage.h"
 #include "EditorStatusLine.h"
 #include "FlowLayout.h"
-#include "FormParts.h"
+#include "OneLine.h"
 #include "PromptTemplateParser.h"
 #include "Symbols.h"
 
@@ -172,8 +172,8 @@ TEST(VariableChipsTest, showsTheFirstOfVeryMany)
 TEST(NamesOfOthers, areShownAsOneLineOfPlainText)
 {
     const QString name = QStringLiteral("<b>bold</b>\nsecond\u202egnp.exe\u2028x");
-    EXPECT_EQ(FormParts::inOneLine(name), u"<b>bold</b> secondgnp.exe x");
-    EXPECT_LT(FormParts::inOneLine(QString(10'000, u'W')).size(), 700);
+    EXPECT_EQ(OneLine::of(name), u"<b>bold</b> secondgnp.exe x");
+    EXPECT_LT(OneLine::of(QString(10'000, u'W')).size(), 700);
 }
 
 TEST(NamesOfOthers, doNotBreakTheForm)
@@ -191,7 +191,7 @@ TEST(NamesOfOthers, doNotBreakTheForm)
         stage.settle();
         EXPECT_EQ(stage.panel->width(), Theme::panelWidth);
         EXPECT_LE(stage.form().categoryField().menu()->geometry().right(), Theme::panelWidth);
-        EXPECT_EQ(stage.form().categoryField().text(), FormParts::inOneLine(names.at(index)));
+        EXPECT_EQ(stage.form().categoryField().text(), OneLine::of(names.at(index)));
         stage.key(Qt::Key_Escape);
     }
     stage.fill(QString(10'000, u'T'), QStringLiteral("{{%1}}").arg(QString(5'000, u'v')));
