@@ -6,7 +6,10 @@
 #include "MenuBarController.h"
 #include "MenuBarPickerPanel.h"
 #include "MenuBarPickerView.h"
+#include "MenuBarPromptEditorView.h"
 #include "PromptEditorController.h"
+#include "PromptEditorModel.h"
+#include "PromptEditorView.h"
 #include "SettingsWindowController.h"
 #include "SkillEditorController.h"
 
@@ -23,6 +26,7 @@ AppWindows::AppWindows(AppState &appState, Workspace &workspace, MenuBarControll
 {
     const MenuBarPickerView &view = menuBar.panel()->view();
     connect(&view, &MenuBarPickerView::newSkillRequested, this, &AppWindows::showSkillEditor);
+    connect(&view, &MenuBarPickerView::promptWindowRequested, this, &AppWindows::showPromptEditor);
     connect(&view, &MenuBarPickerView::paletteRequested, this, &AppWindows::showPalette);
 }
 
@@ -38,6 +42,7 @@ void AppWindows::showPromptEditor()
 {
     m_menuBar.closePicker();
     m_promptEditor->show();
+    m_menuBar.panel()->view().promptEditor().model().handOver(m_promptEditor->view()->model());
 }
 
 void AppWindows::showSettings()

@@ -25,6 +25,7 @@ public:
     ~AppWindows() override;
 
     void showSkillEditor();
+    /// Takes over what the panel's prompt editor holds, unless the window has a text of its own already.
     void showPromptEditor();
     void showSettings();
     /// Captures the field the user is in first, unless the picker has just done so.
@@ -32,6 +33,7 @@ public:
 
     /// Null before its first use.
     FloatingPanelController *palette() const { return m_palette.get(); }
+    PromptEditorController &promptEditor() const { return *m_promptEditor; }
 
 private:
     FloatingPanelController &makePalette();

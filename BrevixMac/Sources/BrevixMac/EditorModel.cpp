@@ -86,6 +86,22 @@ void EditorModel::restoreCancelled()
     setDraftNote(DraftNote::restored);
 }
 
+void EditorModel::handOver(EditorModel &other)
+{
+    for (EditorModel *model : {this, &other}) {
+        if (model->pullText)
+            model->pullText();
+    }
+    const EditorDraft given = content();
+    if (m_isSaving || other.m_isSaving || given.isBlank() || !other.content().isBlank())
+        return;
+    other.replaceContent(given);
+    other.setDraftNote(DraftNote::none);
+    other.noteEdit();
+    other.flush(); // before this one's draft goes
+    forgetContent();
+}
+
 void EditorModel::flush()
 {
     m_session->flush();

@@ -61,6 +61,10 @@ public:
     /// Shows what was thrown away last; what the form holds takes its place.
     void restoreCancelled();
 
+    /// Gives everything on the form, which becomes empty, to an editor of the same kind. Does nothing while
+    /// either saves, when there is nothing to give, or when @p other holds a text of its own.
+    void handOver(EditorModel &other);
+
     /// Stores the draft now.
     void flush();
 

@@ -75,6 +75,10 @@ void MenuBarPickerView::observeEditor()
 {
     connect(m_editor, &MenuBarPromptEditorView::cancelled, this, &MenuBarPickerView::closeEditor);
     connect(m_editor, &MenuBarPromptEditorView::saved, this, &MenuBarPickerView::closeEditor);
+    connect(m_editor, &MenuBarPromptEditorView::windowRequested, this, [this] {
+        Q_EMIT promptWindowRequested();
+        closeEditor();
+    });
 }
 
 QWidget *MenuBarPickerView::pageOf(PickerPanelRoute route) const

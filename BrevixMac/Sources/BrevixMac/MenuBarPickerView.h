@@ -53,6 +53,8 @@ Q_SIGNALS:
     void quitRequested();
     /// The user asked for a window of its own.
     void newSkillRequested();
+    /// The same, for what the panel's prompt editor holds; the panel leaves its editor.
+    void promptWindowRequested();
     void paletteRequested();
 
 protected:

@@ -7,6 +7,7 @@
 #include "PromptEditorForm.h"
 #include "PromptEditorModel.h"
 #include "Theme.h"
+#include "ThemedButton.h"
 
 #include <QShowEvent>
 #include <QVBoxLayout>
@@ -31,14 +32,22 @@ MenuBarPromptEditorView::MenuBarPromptEditorView(AppState &appState, QWidget *pa
     : QWidget(parent)
     , m_model(new PromptEditorModel(appState, DraftStore::Form::menuBarPrompt, texts().categoryNeeded, this))
     , m_header(new PageHeader(QStringLiteral("New Prompt"), this))
+    , m_openWindow(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Open in Window"), this))
     , m_form(new PromptEditorForm(*m_model, texts(), PromptEditorForm::Columns::one, Theme::margin, this))
     , m_frame(new EditorFrame(*m_model, m_header, m_form, texts().save, Theme::margin, this))
 {
     m_header->setSubtitle(texts().line);
+    m_openWindow->setFaceSymbol(QStringLiteral("arrow.up.left.and.arrow.down.right"));
+    m_openWindow->setFace(ThemedButton::Face::symbolOnly);
+    m_openWindow->setToolTip(m_openWindow->text());
+    m_header->addButton(m_openWindow);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_frame);
     connect(m_header, &PageHeader::backRequested, m_frame, &EditorFrame::cancel);
+    connect(m_openWindow, &QPushButton::clicked, this, &MenuBarPromptEditorView::windowRequested);
+    connect(m_model, &EditorModel::isSavingChanged, this,
+            [this] { m_openWindow->setEnabled(!m_model->isSaving()); });
     connect(m_frame, &EditorFrame::cancelled, this, &MenuBarPromptEditorView::cancelled);
     connect(m_model, &EditorModel::saved, this, &MenuBarPromptEditorView::saved);
 }

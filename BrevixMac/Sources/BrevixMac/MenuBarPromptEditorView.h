@@ -8,6 +8,7 @@ class EditorFrame;
 class PageHeader;
 class PromptEditorForm;
 class PromptEditorModel;
+class ThemedButton;
 
 /// The prompt editor inside the picker panel. What is typed outlives the panel's closing and the program's
 /// end, until it is saved or cancelled.
@@ -22,11 +23,14 @@ public:
     PromptEditorModel &model() const { return *m_model; }
     PromptEditorForm &form() const { return *m_form; }
     EditorFrame &frame() const { return *m_frame; }
+    ThemedButton &windowButton() const { return *m_openWindow; }
 
 Q_SIGNALS:
     /// The user goes back without saving, by Back, Cancel or Escape.
     void cancelled();
     void saved();
+    /// The user wants to go on in a window.
+    void windowRequested();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -35,6 +39,7 @@ protected:
 private:
     PromptEditorModel *m_model;
     PageHeader *m_header;
+    ThemedButton *m_openWindow;
     PromptEditorForm *m_form;
     EditorFrame *m_frame;
 };

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "AppWindows.h"
 #include "LibraryPage.h"
 #include "MenuBarPromptEditorView.h"
 #include "PickerFooter.h"
 #include "PickerStage.h"
 #include "PromptBodyTextView.h"
+#include "PromptEditorController.h"
 #include "PromptEditorForm.h"
+#include "PromptEditorModel.h"
+#include "PromptEditorView.h"
 #include "ThemedButton.h"
 
 #include <QSignalSpy>
@@ -73,6 +77,82 @@ TEST_F(EditorHostingTest, closingThePanelKeepsTheText)
     ASSERT_TRUE(waitUntil([&] { return stage.controller->isPickerVisible(); }));
     EXPECT_EQ(stage.view().route(), PickerPanelRoute::newPrompt);
     EXPECT_EQ(editor().form().titleField().text(), u"half a title");
+}
+
+// In a window
+
+class PromptWindowTest : public EditorHostingTest
+{
+protected:
+    std::unique_ptr<AppWindows> windows;
+
+    ~PromptWindowTest() override { windows.reset(); }
+
+    void open()
+    {
+        openEditor();
+        windows = std::make_unique<AppWindows>(stage.appState(), stage.desk.workspace, *stage.controller);
+    }
+
+    PromptEditorView &window() { return *windows->promptEditor().view(); }
+};
+
+TEST_F(PromptWindowTest, takesOverWhatThePanelsEditorHolds)
+{
+    open();
+    stage.type(QStringLiteral("Weekly summary"));
+    editor().form().body().setFocus();
+    stage.type(QStringLiteral("Summarise {{week}}"));
+    clickNamed(QStringLiteral("Open in Window"));
+    EXPECT_FALSE(stage.controller->isPickerVisible());
+    ASSERT_TRUE(window().isVisible());
+    EXPECT_EQ(window().form().titleField().text(), u"Weekly summary");
+    EXPECT_EQ(window().form().body().content(), u"Summarise {{week}}");
+    EXPECT_EQ(window().model().selectedCategoryID(), editor().model().selectedCategoryID());
+    EXPECT_TRUE(window().model().canSave());
+    EXPECT_EQ(stage.view().route(), PickerPanelRoute::picker);
+    EXPECT_TRUE(editor().form().titleField().text().isEmpty());
+    EXPECT_TRUE(editor().form().body().content().isEmpty());
+}
+
+TEST_F(PromptWindowTest, opensEmptyFromAnEmptyEditor)
+{
+    open();
+    clickNamed(QStringLiteral("Open in Window"));
+    ASSERT_TRUE(window().isVisible());
+    EXPECT_TRUE(window().form().titleField().text().isEmpty());
+    EXPECT_TRUE(waitUntil([&] { return window().form().titleField().hasFocus(); }));
+}
+
+TEST_F(PromptWindowTest, keepsATextOfItsOwnAndLeavesThePanelsText)
+{
+    open();
+    windows->showPromptEditor();
+    window().form().titleField().setFocus();
+    QTest::keyClicks(&window().form().titleField(), QStringLiteral("Of the window"));
+    stage.desk.press();
+    ASSERT_TRUE(waitUntil([&] { return stage.controller->isPickerVisible(); }));
+    stage.view().setRoute(PickerPanelRoute::newPrompt);
+    editor().form().titleField().setFocus();
+    stage.type(QStringLiteral("Of the panel"));
+    clickNamed(QStringLiteral("Open in Window"));
+    EXPECT_EQ(window().form().titleField().text(), u"Of the window");
+    EXPECT_EQ(editor().form().titleField().text(), u"Of the panel");
+}
+
+TEST_F(PromptWindowTest, cannotBeAskedForWhileThePanelsEditorSaves)
+{
+    open();
+    stage.desk.server.isHolding = true;
+    stage.type(QStringLiteral("Weekly summary"));
+    editor().form().body().setFocus();
+    stage.type(QStringLiteral("Text"));
+    editor().model().save();
+    ASSERT_TRUE(editor().model().isSaving());
+    EXPECT_FALSE(editor().windowButton().isEnabled());
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return !editor().model().isSaving(); }));
+    EXPECT_TRUE(editor().windowButton().isEnabled());
 }
 
 TEST_F(EditorHostingTest, newSkillAsksForItsWindow)
