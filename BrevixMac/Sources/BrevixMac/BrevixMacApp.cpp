@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BrevixMacApp.h"
 
+#include "AccessibleRoles.h"
 #include "AppDelegate.h"
 #include "AppState.h"
 #include "AppWindows.h"
@@ -242,6 +243,7 @@ BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library, const Fai
     : m_parts(std::make_unique<Parts>(library))
 {
     keepLargeBuffersOutOfTheHeap();
+    AccessibleRoles::install();
     Parts &parts = *m_parts;
     if (library == Library::cloud) {
         parts.useCloud(QProcessEnvironment::systemEnvironment());

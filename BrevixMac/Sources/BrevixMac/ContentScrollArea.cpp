@@ -41,9 +41,26 @@ QSize ContentScrollArea::minimumSizeHint() const
 
 bool ContentScrollArea::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == widget() && event->type() == QEvent::LayoutRequest)
+    const bool isHandled = QScrollArea::eventFilter(watched, event);
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
         updateGeometry();
-    return QScrollArea::eventFilter(watched, event);
+        fitContent();
+    }
+    return isHandled;
+}
+
+void ContentScrollArea::fitContent()
+{
+    // A wrapped text knows its height only once it has its width. Without asking again then, the content
+    // could stay squeezed into the height it was first given.
+    QEvent request(QEvent::LayoutRequest);
+    QScrollArea::event(&request);
+}
+
+void ContentScrollArea::showEvent(QShowEvent *event)
+{
+    QScrollArea::showEvent(event);
+    fitContent();
 }
 
 void ContentScrollArea::resizeEvent(QResizeEvent *event)

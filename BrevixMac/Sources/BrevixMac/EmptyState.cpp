@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "EmptyState.h"
 
+#include "StatusCard.h"
 #include "Symbols.h"
+#include "SyncState.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
 #include "ThemedButton.h"
@@ -60,6 +62,7 @@ EmptyState::EmptyState(QWidget *parent)
     , m_detail(new TextLabel(Theme::Type::preview, Theme::Color::secondary, TextLabel::Overflow::wrap, this))
     , m_newPrompt(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("New Prompt"), this))
     , m_newSkill(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("New Skill"), this))
+    , m_sync(new StatusCard(this))
 {
     for (TextLabel *label : {m_title, m_detail})
         label->setAlignment(Qt::AlignCenter);
@@ -80,7 +83,10 @@ EmptyState::EmptyState(QWidget *parent)
     column->addWidget(m_detail);
     column->addSpacing(8);
     column->addLayout(buttons);
+    column->addSpacing(8);
+    column->addWidget(m_sync);
     column->addStretch(3);
+    clearSync();
 }
 
 void EmptyState::describe(const QString &symbol, const QString &title, const QString &detail)
@@ -95,6 +101,25 @@ void EmptyState::setButtonsShown(bool isShown)
 {
     m_newPrompt->setVisible(isShown);
     m_newSkill->setVisible(isShown);
+}
+
+void EmptyState::setSync(const SyncState &state)
+{
+    const bool isLoading = state.kind == SyncState::Kind::loading;
+    const bool hasFailed = state.kind == SyncState::Kind::error;
+    m_sync->setBusy(isLoading);
+    m_sync->setVisible(isLoading || hasFailed);
+    if (hasFailed)
+        m_sync->describe(StatusCard::Tint::danger, QStringLiteral("exclamationmark.circle"), {},
+                         state.title());
+    else if (isLoading)
+        m_sync->describe(StatusCard::Tint::neutral, {}, {}, state.title());
+}
+
+void EmptyState::clearSync()
+{
+    m_sync->setBusy(false);
+    m_sync->hide();
 }
 
 QString EmptyState::title() const

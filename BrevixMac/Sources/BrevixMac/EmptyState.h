@@ -3,8 +3,10 @@
 
 #include <QWidget>
 
+class StatusCard;
 class TextLabel;
 class ThemedButton;
+struct SyncState;
 
 /// What stands in the place of the list when there is nothing to list.
 class EmptyState final : public QWidget
@@ -20,8 +22,15 @@ public:
     /// Hides the buttons where the screen has others for the same.
     void setButtonsShown(bool isShown);
 
+    /// Says that the list is still on its way, or why it has not come. Other states take no room.
+    void setSync(const SyncState &state);
+
+    /// For what is empty for other reasons.
+    void clearSync();
+
     QString title() const;
     QString detail() const;
+    StatusCard &syncCard() const { return *m_sync; }
     ThemedButton &newPromptButton() const { return *m_newPrompt; }
     ThemedButton &newSkillButton() const { return *m_newSkill; }
 
@@ -33,4 +42,5 @@ private:
     TextLabel *m_detail;
     ThemedButton *m_newPrompt;
     ThemedButton *m_newSkill;
+    StatusCard *m_sync;
 };

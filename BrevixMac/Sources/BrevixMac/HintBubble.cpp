@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HintBubble.h"
 
+#include "OneLine.h"
+#include "TextLabel.h"
 #include "ThemePainting.h"
 
 #include <QEvent>
@@ -13,6 +15,13 @@ namespace {
 constexpr int gap = 2;
 constexpr int edgeGap = 10;
 constexpr int widest = 300;
+
+/// What is cut short is told in full.
+QString tipOf(const QWidget &widget)
+{
+    const auto *label = qobject_cast<const TextLabel *>(&widget);
+    return label && label->isElided() ? OneLine::of(label->text()) : widget.toolTip();
+}
 
 } // namespace
 
@@ -42,10 +51,11 @@ void HintBubble::showFor(const QPoint &position)
     if (m_control)
         m_control->removeEventFilter(this);
     m_control = parentWidget()->childAt(position);
-    if (!m_control || m_control->toolTip().isEmpty())
+    const QString tip = m_control ? tipOf(*m_control) : QString();
+    if (tip.isEmpty())
         return;
     m_control->installEventFilter(this);
-    setText(m_control->toolTip());
+    setText(tip);
     const QMargins margins = contentsMargins();
     const int textWidth =
         std::min(widest, fontMetrics().horizontalAdvance(text()) + 2) + margins.left() + margins.right();

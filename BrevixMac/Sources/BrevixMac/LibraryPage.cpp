@@ -64,6 +64,15 @@ QString counted(qsizetype count)
     return QString::number(count) + (count == 1 ? u" item" : u" items");
 }
 
+/// The longest text that fits into the empty field.
+QString placeholderFor(const TextField &field)
+{
+    const QString whole = QStringLiteral("Search prompts or skills...");
+    const QMargins margins = field.textMargins();
+    const int room = field.width() - margins.left() - margins.right() - 2 * halo;
+    return field.fontMetrics().horizontalAdvance(whole) <= room ? whole : QStringLiteral("Search...");
+}
+
 } // namespace
 
 LibraryPage::LibraryPage(AppState &appState, ShareRequests &sharing, QWidget *parent)
@@ -107,7 +116,6 @@ void LibraryPage::makeControls()
     m_header->addButton(m_newSkill);
     m_search->setSymbol(QStringLiteral("magnifyingglass"));
     m_search->setDesignHeight(searchHeight);
-    m_search->setPlaceholderText(QStringLiteral("Search prompts or skills..."));
     m_list->setAccessibleName(QStringLiteral("Library items"));
     m_list->setSideMargins(paneMargin, paneMargin);
     m_list->setUniformItemSizes(true); // no headings here
@@ -311,6 +319,10 @@ void LibraryPage::refreshHeadline(qsizetype count)
                       isNarrowed
                           ? QStringLiteral("Try another search or filter.")
                           : QStringLiteral("Your prompts and skills will appear here once they sync."));
+    if (isNarrowed)
+        m_empty->clearSync();
+    else
+        m_empty->setSync(m_appState.libraryStore().syncState());
     m_results->setCurrentWidget(count > 0 ? static_cast<QWidget *>(m_list) : m_empty);
 }
 
@@ -320,6 +332,7 @@ void LibraryPage::fitHeadline()
     const int room = m_search->width() - margins.left() - margins.right();
     const int needed = m_title->sizeHint().width() + m_caption->sizeHint().width() + 12;
     m_headline->setDirection(needed <= room ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    m_search->setPlaceholderText(placeholderFor(*m_search));
 }
 
 void LibraryPage::refreshActions()

@@ -27,6 +27,7 @@ NewCategoryForm::NewCategoryForm(PromptEditorModel &model, QWidget *parent)
     , m_create(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Create"), this))
 {
     m_name->setPlaceholderText(QStringLiteral("Category name"));
+    setAccessibleName(QStringLiteral("New Category"));
     m_name->setAccessibleName(QStringLiteral("Category name"));
     m_create->setDesignHeight(34);
     auto *column = new QVBoxLayout(this);

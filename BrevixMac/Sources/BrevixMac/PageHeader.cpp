@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PageHeader.h"
 
-#include "TextLabel.h"
 #include "ThemedButton.h"
 
 #include <QHBoxLayout>
@@ -44,8 +43,9 @@ PageHeader::PageHeader(const QString &title, QWidget *parent)
     connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&PageHeader::update));
 }
 
-void PageHeader::setSubtitle(const QString &text)
+void PageHeader::setSubtitle(const QString &text, TextLabel::Overflow overflow)
 {
+    m_subtitle->setOverflow(overflow);
     m_subtitle->setText(text);
     m_subtitle->setVisible(!text.isEmpty());
 }

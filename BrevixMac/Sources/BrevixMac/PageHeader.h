@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QWidget>
+#include "TextLabel.h"
 
 class QHBoxLayout;
-class TextLabel;
 class ThemedButton;
 
 /// The head of a screen that can be left again: a chevron that goes back, the title, a line under it where
@@ -16,8 +15,9 @@ class PageHeader final : public QWidget
 public:
     explicit PageHeader(const QString &title, QWidget *parent = nullptr);
 
-    /// An empty @p text takes no room.
-    void setSubtitle(const QString &text);
+    /// An empty @p text takes no room. Our own lines wrap; those of others may be of any length and are
+    /// elided.
+    void setSubtitle(const QString &text, TextLabel::Overflow overflow = TextLabel::Overflow::wrap);
 
     /// Draws a line below, and takes a little more height.
     void setUnderlined(bool isUnderlined);

@@ -34,6 +34,7 @@ PickerFooter::PickerFooter(AppState &appState, QWidget *parent)
     m_plus->setFaceSymbol(QStringLiteral("plus"));
     m_plus->setFace(ThemedButton::Face::symbolOnly);
     m_plus->setToolTip(QStringLiteral("New prompt or skill"));
+    m_plus->setAccessibleDescription(QStringLiteral("Opens a menu"));
     m_library->setToolTip(m_library->text());
 
     auto *row = new QHBoxLayout(this);

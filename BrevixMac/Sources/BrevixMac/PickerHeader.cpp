@@ -63,8 +63,10 @@ QString PickerHeader::statusText() const
 void PickerHeader::refresh()
 {
     const bool isAuthenticating = m_appState.authService().isAuthenticating();
+    const bool isSignedIn = m_appState.authService().currentUser().has_value();
+    m_status->setOverflow(isSignedIn ? TextLabel::Overflow::elide : TextLabel::Overflow::wrap);
     m_status->setText(statusText());
-    m_signIn->setVisible(!m_appState.authService().currentUser());
+    m_signIn->setVisible(!isSignedIn);
     m_signIn->setEnabled(!isAuthenticating);
     m_signIn->setLabel(isAuthenticating ? QStringLiteral("Signing In...") : QStringLiteral("Sign In"));
     m_signIn->setBusy(isAuthenticating);

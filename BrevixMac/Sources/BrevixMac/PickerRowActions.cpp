@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PickerRowActions.h"
 
+#include "OneLine.h"
 #include "PickerRowDelegate.h"
 #include "ThemedButton.h"
 
@@ -56,14 +57,15 @@ void PickerRowActions::describeInsert(bool isSkill, const Circumstances &circums
                                                           : QStringLiteral("Insert Prompt"));
     m_insert->setEnabled(target.ready && !circumstances.isInserting);
     m_insert->setBusy(circumstances.isInserting);
-    m_insert->setToolTip(target.ready ? QString(u"Insert into " + target.appName) : target.title);
+    m_insert->setToolTip(target.ready ? QString(u"Insert into " + OneLine::of(target.appName))
+                                      : target.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());
 }
 
 void PickerRowActions::describeCopy(bool isSkill, bool isReady)
 {
     m_copy->setLabel(isSkill && m_wording == Wording::namesTheKind ? QStringLiteral("Copy Skill")
-                     : isReady                                     ? QStringLiteral("Copy")
+                     : isReady || m_wording == Wording::quiet      ? QStringLiteral("Copy")
                                                                    : QStringLiteral("Copy Instead"));
     m_copy->setToolTip(m_copy->text());
 }

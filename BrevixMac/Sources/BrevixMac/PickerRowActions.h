@@ -15,7 +15,7 @@ class PickerRowActions final : public QWidget
 
 public:
     /// Whether the labels name the kind of item: "Insert Prompt", or only "Insert". The quiet ones have no
-    /// filled button, because the screen has its own.
+    /// filled button, because the screen has its own, and always only copy.
     enum class Wording { namesTheKind, plain, quiet };
 
     explicit PickerRowActions(Wording wording, QWidget *parent = nullptr);

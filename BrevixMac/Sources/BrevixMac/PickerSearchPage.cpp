@@ -81,6 +81,7 @@ void PickerSearchPage::layOut()
 
 void PickerSearchPage::addPlusMenu()
 {
+    m_plusMenu->setAccessibleName(m_footer->plusButton().accessibleName());
     m_menuNewPrompt = &m_plusMenu->addEntry(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
     m_menuNewSkill = &m_plusMenu->addEntry(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
     const ThemedButton &palette =
@@ -231,14 +232,17 @@ void PickerSearchPage::showListOrEmptyState()
         m_stack->setCurrentWidget(m_list);
         return;
     }
-    if (m_appState.query().trimmed().isEmpty())
+    if (m_appState.query().trimmed().isEmpty()) {
         m_empty->describe(
             QStringLiteral("square.grid.2x2"), {},
             u"Your synced library will appear here. When you're ready, click into any text field and press " +
                 m_appState.hotkeyLabel() + u".");
-    else
+        m_empty->setSync(m_appState.libraryStore().syncState());
+    } else {
         m_empty->describe(QStringLiteral("magnifyingglass"), QStringLiteral("No prompts or skills found"),
                           QStringLiteral("Try another search, or create a new prompt or skill."));
+        m_empty->clearSync();
+    }
     m_stack->setCurrentWidget(m_empty);
 }
 

@@ -6,6 +6,8 @@
 #include "ButtonBar.h"
 #include "EmptyState.h"
 #include "HintBubble.h"
+#include "OneLine.h"
+#include "PaletteGrounds.h"
 #include "PickerList.h"
 #include "PreviewText.h"
 #include "PromptPreview.h"
@@ -25,8 +27,6 @@
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QKeyEvent>
-#include <QPainter>
-#include <QPainterPath>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
 
@@ -41,48 +41,6 @@ constexpr int previewStretch = 9;
 
 const QString allID = QStringLiteral("all");
 const QString categoryPrefix = QStringLiteral("category:");
-
-/// The column of categories, set apart by its ground and a hairline. Leaves the window's round corner free.
-class SidebarGround final : public QWidget
-{
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        const Theme &theme = Theme::shared();
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        QPainterPath panel;
-        panel.addRoundedRect(QRect(mapFrom(window(), QPoint()), window()->size()),
-                             PromptPaletteView::cornerRadius, PromptPaletteView::cornerRadius);
-        painter.setClipRect(rect());
-        painter.fillPath(panel, theme.color(Theme::Color::sidebar));
-        painter.fillRect(QRect(width() - 1, 0, 1, height()), theme.color(Theme::Color::line));
-    }
-};
-
-/// A vertical hairline.
-class ColumnLine final : public QWidget
-{
-public:
-    ColumnLine() { setFixedWidth(1); }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter(this).fillRect(rect(), Theme::shared().color(Theme::Color::line));
-    }
-};
-
-/// The head of the window, with a hairline below.
-class HeaderGround final : public QWidget
-{
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter(this).fillRect(QRect(0, height() - 1, width(), 1),
-                                Theme::shared().color(Theme::Color::line));
-    }
-};
 
 } // namespace
 
@@ -168,7 +126,7 @@ QWidget *PromptPaletteView::makeHeader()
 
 QWidget *PromptPaletteView::makeBody()
 {
-    auto *ground = new SidebarGround;
+    auto *ground = new SidebarGround(cornerRadius);
     auto *sidebarColumn = new QVBoxLayout(ground);
     sidebarColumn->setContentsMargins(0, 0, 1, 0);
     sidebarColumn->addWidget(m_sidebar);
@@ -319,8 +277,9 @@ void PromptPaletteView::refreshForQuery()
 void PromptPaletteView::refreshTarget()
 {
     const FocusedTargetPtr &target = m_appState.focusedTarget();
-    m_target->setText(target ? target->applicationName.value_or(QStringLiteral("the selected app"))
-                             : QStringLiteral("No focused app captured"));
+    m_target->setText(target
+                          ? OneLine::of(target->applicationName.value_or(QStringLiteral("the selected app")))
+                          : QStringLiteral("No focused app captured"));
     m_hint->setVisible(!target);
     refreshActions();
 }
@@ -341,6 +300,14 @@ void PromptPaletteView::refreshSidebar()
              .count = PickerResults::libraryItemCount(LibraryFilter::category(category.id), prompts, {}),
              .canBeShared = true});
     const auto &selected = m_appState.selectedCategoryID();
+    // A category that was deleted while it was looked at stays until another one is chosen.
+    if (selected && !m_appState.categoriesByID().contains(*selected)) {
+        const LibraryFilter gone = LibraryFilter::category(*selected);
+        entries.append({.id = categoryPrefix + *selected,
+                        .title = PickerResults::libraryFilterTitle(gone, {}),
+                        .symbol = QStringLiteral("folder"),
+                        .count = PickerResults::libraryItemCount(gone, prompts, {})});
+    }
     m_sidebar->show(entries, selected ? QString(categoryPrefix + *selected) : allID);
     m_sidebar->refreshSharing([this](const QString &id) { return m_sharing->isSharing(id); });
 }
@@ -380,6 +347,10 @@ void PromptPaletteView::refreshList()
                       QStringLiteral("No prompts found"),
                       isNarrowed ? QStringLiteral("Try another search or category.")
                                  : QStringLiteral("Your prompts will appear here once they sync."));
+    if (isNarrowed)
+        m_empty->clearSync();
+    else
+        m_empty->setSync(m_appState.libraryStore().syncState());
     m_lists->setCurrentWidget(isEmpty ? static_cast<QWidget *>(m_empty) : m_list);
 }
 
@@ -429,10 +400,10 @@ void PromptPaletteView::refreshActions()
     m_actions->describe();
     m_insert->setEnabled(canAct && status.ready && !isInserting);
     m_insert->setBusy(isInserting);
-    m_insert->setToolTip(status.ready ? QString(u"Insert into " + status.appName) : status.title);
+    m_insert->setToolTip(status.ready ? QString(u"Insert into " + OneLine::of(status.appName))
+                                      : status.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());
     m_copy->setEnabled(canAct);
-    m_copy->setLabel(status.ready ? QStringLiteral("Copy") : QStringLiteral("Copy Instead"));
     m_share->setLabel(isSharing ? QStringLiteral("Sharing...") : QStringLiteral("Share"));
     m_share->setBusy(isSharing);
     m_share->setEnabled(canAct && !isSharing);

@@ -5,6 +5,7 @@
 #include "StatusCard.h"
 #include "ThemedButton.h"
 
+#include <QAccessible>
 #include <QVBoxLayout>
 
 ResultLine::ResultLine(AppState &appState, QWidget *parent)
@@ -37,6 +38,20 @@ void ResultLine::showHint(const QString &title, const QString &detail)
     m_card->setBusy(false);
     m_card->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.circle"), title, detail);
     show();
+    announce();
+}
+
+/// Tells screen readers once what has come of an action; the focus is elsewhere.
+void ResultLine::announce()
+{
+    const QString news = isVisible() ? m_card->title() : QString();
+    if (news == m_announced)
+        return;
+    m_announced = news;
+    if (news.isEmpty())
+        return;
+    QAccessibleEvent event(m_card, QAccessible::Alert);
+    QAccessible::updateAccessibility(&event);
 }
 
 void ResultLine::clearHint()
@@ -46,6 +61,12 @@ void ResultLine::clearHint()
 }
 
 void ResultLine::refresh()
+{
+    describe();
+    announce();
+}
+
+void ResultLine::describe()
 {
     m_showsHint = false;
     const auto &result = m_appState.lastInsertionResult();

@@ -31,8 +31,12 @@ public:
     ThemedButton &recoveryButton() const { return *m_recovery; }
 
 private:
+    void describe();
+    void announce();
+
     AppState &m_appState;
     StatusCard *m_card;
     ThemedButton *m_recovery;
     bool m_showsHint = false;
+    QString m_announced;
 };

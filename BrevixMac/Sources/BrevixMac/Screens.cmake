@@ -26,9 +26,11 @@ add_library(BrevixMac STATIC
     ThemedButton.cpp ThemedButton.h
     ThinScrollBar.cpp ThinScrollBar.h
     # Windows
+    AccessibleRoles.cpp AccessibleRoles.h
     AppWindows.cpp AppWindows.h
     RoundedPanel.cpp RoundedPanel.h
     # Palette
+    PaletteGrounds.cpp PaletteGrounds.h
     FloatingPanelController.cpp FloatingPanelController.h
     PromptPalettePanel.cpp PromptPalettePanel.h
     PromptPaletteView.cpp PromptPaletteView.h

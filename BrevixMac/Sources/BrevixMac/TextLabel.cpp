@@ -7,20 +7,31 @@ TextLabel::TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWid
     : QLabel(parent)
     , m_type(type)
     , m_ink(ink)
-    , m_overflow(overflow)
 {
     setTextFormat(Qt::PlainText);
-    setWordWrap(overflow == Overflow::wrap);
-    if (overflow == Overflow::elide)
-        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setOverflow(overflow);
     connect(&Theme::shared(), &Theme::changed, this, &TextLabel::onThemeChanged);
     onThemeChanged();
+}
+
+void TextLabel::setOverflow(Overflow overflow)
+{
+    m_overflow = overflow;
+    const bool wraps = overflow == Overflow::wrap;
+    setSizePolicy(QSizePolicy::Preferred, wraps ? QSizePolicy::Preferred : QSizePolicy::Fixed);
+    setWordWrap(wraps); // adds that the height follows the width
+    updateGeometry();
 }
 
 void TextLabel::setElideMode(Qt::TextElideMode mode)
 {
     m_elideMode = mode;
     update();
+}
+
+bool TextLabel::isElided() const
+{
+    return m_overflow == Overflow::elide && fontMetrics().horizontalAdvance(text()) > contentsRect().width();
 }
 
 void TextLabel::setInk(Theme::Color ink)

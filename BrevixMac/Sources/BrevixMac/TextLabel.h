@@ -15,8 +15,13 @@ public:
 
     TextLabel(Theme::Type type, Theme::Color ink, Overflow overflow, QWidget *parent = nullptr);
 
+    void setOverflow(Overflow overflow);
+
     /// Which end gives way when the text is too long: the right one when not said otherwise.
     void setElideMode(Qt::TextElideMode mode);
+
+    /// Some of the text is not shown.
+    bool isElided() const;
 
     void setInk(Theme::Color ink);
     Theme::Color ink() const { return m_ink; }
@@ -32,6 +37,6 @@ private:
 
     Theme::Type m_type;
     Theme::Color m_ink;
-    Overflow m_overflow;
+    Overflow m_overflow = Overflow::wrap;
     Qt::TextElideMode m_elideMode = Qt::ElideRight;
 };

@@ -13,6 +13,7 @@ constexpr int trackHeight = 22;
 constexpr int leastTarget = 28; // the pointer's
 constexpr qreal knobGap = 3;
 constexpr qreal disabledOpacity = 0.42;
+constexpr int brightestGround = 160; // of 255, on which a white knob can still be seen
 
 } // namespace
 
@@ -67,13 +68,15 @@ void ThemedSwitch::paintEvent(QPaintEvent *)
     track.moveCenter(QRectF(rect()).center());
     const qreal radius = track.height() / 2;
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-    ThemePainting::fillRounded(painter, track, radius,
-                               theme.color(isChecked() ? Theme::Color::accent : Theme::Color::tertiary));
+    const QColor ground = theme.color(isChecked() ? Theme::Color::accent : Theme::Color::tertiary);
+    ThemePainting::fillRounded(painter, track, radius, ground);
     const qreal diameter = track.height() - 2 * knobGap;
     const qreal way = track.width() - diameter - 2 * knobGap;
     const QRectF knob(track.left() + knobGap + way * m_knob.currentValue().toReal(), track.top() + knobGap,
                       diameter, diameter);
-    ThemePainting::fillRounded(painter, knob, diameter / 2, Qt::white);
+    const bool isBright = qGray(ground.rgb()) > brightestGround;
+    ThemePainting::fillRounded(painter, knob, diameter / 2,
+                               isBright ? theme.color(Theme::Color::surface) : QColor(Qt::white));
     if (hasFocus())
         ThemePainting::focusRingAround(painter, track, radius);
 }

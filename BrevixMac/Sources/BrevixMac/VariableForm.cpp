@@ -3,6 +3,7 @@
 
 #include "ButtonBar.h"
 #include "ContentScrollArea.h"
+#include "OneLine.h"
 #include "PageHeader.h"
 #include "PreviewBox.h"
 #include "PreviewText.h"
@@ -96,7 +97,7 @@ void VariableForm::addNotice(QWidget *notice)
 void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
 {
     m_prompt = prompt;
-    m_header->setSubtitle(prompt.title.simplified());
+    m_header->setSubtitle(OneLine::of(prompt.title), TextLabel::Overflow::elide);
     m_fields->setPrompt(prompt, values);
     m_preview->setPrompt(prompt, values);
     if (!m_fields->fields().isEmpty()) {

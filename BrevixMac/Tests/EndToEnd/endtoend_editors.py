@@ -8,33 +8,16 @@ import unittest
 
 import desktop_driver as desk
 import scenario
+import screen_reader
 
 TITLE = "Weekly summary"
 TEXT = "Summarise the week for {{reader}} in five lines."
 SKILL_NAME = "Release Note Rules"
 SKILL = f"# {SKILL_NAME}\n\nWrite for users.\nOne line for each change.\n"
-SHOWING = 25
 DRAFT = "Half a thought that must not be lost"
 
 
-class Editors(scenario.Scenario):
-    def node(self, name, deadline=8, is_field=False):
-        """A visible element of Brevix by its accessible name; a heading may bear the name of its field."""
-        def matches(node):
-            return (node.name == name and node.has(SHOWING) and node.extents[2] > 0
-                    and (node.is_text() or not is_field))
-
-        def search():
-            root = desk.application(self.brevix.pid)
-            return root and desk.find(root, matches)
-        return desk.wait_for(f"{name!r} in Brevix", search, deadline, 0.05)
-
-    def text_field(self, name):
-        return self.node(name, is_field=True)
-
-    def click(self, name, is_field=False):
-        self.node(name, is_field=is_field).press()
-
+class Editors(screen_reader.ScreenReader):
     def open_new(self, entry):
         self.brevix.press_hotkey()
         self.click("New")

@@ -6,28 +6,14 @@ import tempfile
 
 import desktop_driver as desk
 import scenario
+import screen_reader
 from scenario import LIBRARY, LINES
 
-SHOWING = 25
 CONTROLS = ("push button", "text", "list", "list item", "label")
 PALETTE = "Prompt Picker"
 
 
-def showing(node):
-    """Everything on screen below a node as (role, name, node), in document order."""
-    found = []
-
-    def visit(each):
-        if each.role != "application" and not each.has(SHOWING):
-            return
-        found.append((each.role, each.name, each))
-        for child in each.children[:200]:
-            visit(child)
-    visit(node)
-    return found
-
-
-class ThePanel(scenario.Scenario):
+class ThePanel(screen_reader.ScreenReader):
     def setUp(self):
         super().setUp()
         _, self.window = self.open_window("Mousepad", "mousepad", "--disable-server")
@@ -39,34 +25,9 @@ class ThePanel(scenario.Scenario):
                 desk.keys("Escape")
         super().tearDown()
 
-    def tree(self, window_name):
-        """What a window of Brevix shows; None while it is not there."""
-        root = desk.application(self.brevix.pid)
-        for window in root.children if root else []:
-            if window.name == window_name and window.has(SHOWING):
-                return showing(window)
-        return None
-
     def lines(self, window_name):
         tree = desk.wait_for(f"the window {window_name}", lambda: self.tree(window_name))
         return [f"{role}: {name}" for role, name, _ in tree if role in CONTROLS]
-
-    def focused(self):
-        """The control with the focus. The current item of a list calls itself focused too, wherever the focus is."""
-        root = desk.application(self.brevix.pid)
-        found = root and desk.find(root, lambda node: node.has(desk.FOCUSED) and node.has(SHOWING)
-                                   and node.role != "list item")
-        return found.name if found else None
-
-    def tab_to(self, name, presses=25):
-        """Presses Tab until the control has the focus."""
-        for _ in range(presses):
-            if self.focused() == name:
-                return
-            before = self.focused()
-            desk.keys("Tab")
-            desk.wait_for("the focus to move", lambda: self.focused() != before, 3, 0.02)
-        self.fail(f"Tab does not reach {name!r}")
 
     def open_library(self):
         self.brevix.press_hotkey()
@@ -80,12 +41,6 @@ class ThePanel(scenario.Scenario):
     def open_palette(self):
         self.assertEqual(subprocess.run([os.environ["BREVIX"], "palette"], timeout=20).returncode, 0)
         return desk.wait_for("the palette", lambda: self.tree(PALETTE), 8, 0.05)
-
-    def assert_named(self, tree):
-        """Every control says what it is."""
-        nameless = [role for role, name, _ in tree
-                    if role in ("push button", "text", "list", "list item") and not name]
-        self.assertEqual(nameless, [])
 
     def test_the_library_tells_its_filters_and_items(self):
         self.open_library()
@@ -132,7 +87,7 @@ class ThePanel(scenario.Scenario):
         self.assertEqual(desk.active_window(), self.window)
 
         search = desk.find(desk.application(self.brevix.pid),
-                           lambda node: node.name.startswith("Search prompts") and node.has(SHOWING))
+                           lambda node: node.name.startswith("Search prompts") and node.has(screen_reader.SHOWING))
         search.press()
         desk.wait_for("the picker to have the focus", lambda: desk.active_window() == panel)
         desk.type_text(LINES["title"])

@@ -7,6 +7,7 @@ import unittest
 
 import desktop_driver as desk
 import scenario
+import screen_reader
 
 BREVIX = os.environ["BREVIX"]
 AUTOSTART = pathlib.Path(os.environ["HOME"]) / ".config/autostart/app.brevix.Brevix.desktop"
@@ -17,7 +18,7 @@ def settings_window():
     return int(found[-1]) if found else None
 
 
-class Settings(scenario.Scenario):
+class Settings(screen_reader.ScreenReader):
     def setUp(self):
         super().setUp()
         done = subprocess.run([BREVIX, "settings"], capture_output=True, text=True, timeout=20)
@@ -28,22 +29,6 @@ class Settings(scenario.Scenario):
     def close(self):
         desk.keys("Escape")
         desk.wait_for("the settings to close", lambda: settings_window() is None)
-
-    def focused(self):
-        root = desk.application(self.brevix.pid)
-        # Hidden windows of Brevix go on naming a focus of their own.
-        window = root and desk.find(root, lambda node: node.name == "Brevix Settings", depth=1)
-        found = window and desk.find(window, lambda node: node.has(desk.FOCUSED))
-        return found.name if found else None
-
-    def tab_to(self, name):
-        for _ in range(40):
-            if self.focused() == name:
-                return
-            before = self.focused()
-            desk.keys("Tab")
-            desk.wait_for("the focus to move", lambda: self.focused() not in (before, None))
-        raise desk.Failure(f"Tab does not lead to {name!r}")
 
     def says(self, text):
         return desk.wait_for(f"{text!r} in the settings", lambda: text in self.picker_says(), 8, 0.05)
