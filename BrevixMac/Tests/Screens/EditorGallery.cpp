@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "EditorGallery.h"
-
 #include "CategoryField.h"
 #include "EditorStage.h"
 #include "EditorTextView.h"
-#include "GalleryPicture.h"
+#include "GalleryCamera.h"
 #include "NewCategoryForm.h"
 #include "SkillEditorModel.h"
 #include "SkillEditorView.h"
-#include "Theme.h"
-
-#include <QDir>
 
 #include <functional>
 
@@ -24,20 +19,6 @@ const QString sampleText =
 const QString arabic = QStringLiteral(
     "\u0645\u0631\u062d\u0628\u0627 {{name}}\u060c \u0634\u0643\u0631\u0627 \u0639\u0644\u0649 "
     "\u0648\u0642\u062a\u0643 \u0627\u0644\u064a\u0648\u0645");
-
-/// Draws widgets that are shown, and remembers which names are wanted.
-struct Camera
-{
-    const QDir &folder;
-    QString word;
-
-    bool wants(const QString &name) const { return name.contains(word); }
-
-    void shoot(QWidget &widget, const QString &name, bool isPanel) const
-    {
-        savePicture(widget, folder, name, isPanel ? PictureGround::panel : PictureGround::window);
-    }
-};
 
 using ArrangePrompt = std::function<void(PromptStage &)>;
 using ArrangeSkill = std::function<void(EditorDesk &, SkillEditorView &)>;
@@ -55,7 +36,7 @@ void drawPrompt(const Camera &camera, const QString &name, const ArrangePrompt &
         stage.open(kind);
         after(stage);
         stage.settle();
-        camera.shoot(stage.top(), full, isPanel);
+        camera.shoot(stage.top(), full, isPanel ? PictureGround::panel : PictureGround::window);
     }
 }
 
@@ -71,7 +52,7 @@ void drawSkill(const Camera &camera, const QString &name, const ArrangeSkill &ar
     view.activateWindow();
     arrange(desk, view);
     PromptStage::settle();
-    camera.shoot(view, full, false);
+    camera.shoot(view, full, PictureGround::window);
 }
 
 void nothing(PromptStage &)
@@ -111,7 +92,7 @@ void fillLong(PromptStage &stage)
     stage.model().selectCategory(QStringLiteral("aaa"));
 }
 
-void drawPromptEditors(const Camera &camera)
+void drawPromptStates(const Camera &camera)
 {
     drawPrompt(camera, QStringLiteral("empty"), nothing, nothing);
     drawPrompt(camera, QStringLiteral("filled"), nothing, [](PromptStage &stage) {
@@ -157,42 +138,67 @@ void drawPromptEditors(const Camera &camera)
     });
 }
 
-void drawSkillEditor(const Camera &camera)
+void importBytes(EditorDesk &desk, SkillEditorView &view, const QString &name, const QByteArray &bytes)
+{
+    view.model().importFile(desk.write(name, bytes));
+    waitUntil([&] { return !view.model().isImporting(); });
+}
+
+void importSample(EditorDesk &desk, SkillEditorView &view)
+{
+    importBytes(desk, view, QStringLiteral("code-review.md"),
+                "# Code Review Rules\n\nYou review changes for correctness first, then for clarity.\n\n"
+                "- Name the risk.\n- Show the smallest fix.\n- Keep to the project's style.\n");
+}
+
+void drawSkillStates(const Camera &camera)
 {
     drawSkill(camera, QStringLiteral("empty"), [](EditorDesk &, SkillEditorView &) {});
-    drawSkill(camera, QStringLiteral("imported"), [](EditorDesk &desk, SkillEditorView &view) {
-        view.model().importFile(desk.write(QStringLiteral("code-review.md"),
-                                           "# Code Review Rules\n\nYou review changes for correctness first, "
-                                           "then for clarity.\n\n- Name the risk.\n- "
-                                           "Show the smallest fix.\n- Keep to the project's style.\n"));
-        waitUntil([&] { return !view.model().isImporting(); });
+    drawSkill(camera, QStringLiteral("imported"), importSample);
+    drawSkill(camera, QStringLiteral("saving"), [](EditorDesk &desk, SkillEditorView &view) {
+        importSample(desk, view);
+        desk.server.isHolding = true;
+        view.model().save();
+    });
+    drawSkill(camera, QStringLiteral("long"), [](EditorDesk &desk, SkillEditorView &view) {
+        importBytes(
+            desk, view,
+            QStringLiteral("Barrierefreiheits\u00fcberpr\u00fcfungsanweisung-f\u00fcr-Webanwendungen.md"),
+            (u"# " + longTitle +
+             u"\n\nPr\u00fcfe Kontrastverh\u00e4ltnisse und Tastaturbedienbarkeit. "_qs.repeated(60))
+                .toUtf8());
+    });
+    drawSkill(camera, QStringLiteral("right-to-left"), [](EditorDesk &desk, SkillEditorView &view) {
+        importBytes(desk, view, QStringLiteral("\u0645\u062d\u0631\u0631.md"),
+                    (u"# \u0645\u062d\u0631\u0631 \u0644\u063a\u0648\u064a\n\n" + arabic).toUtf8());
     });
     drawSkill(camera, QStringLiteral("error"), [](EditorDesk &desk, SkillEditorView &view) {
-        view.model().importFile(desk.write(QStringLiteral("latin1.txt"), "caf\xe9"));
-        waitUntil([&] { return !view.model().isImporting(); });
+        importBytes(desk, view, QStringLiteral("latin1.txt"), "caf\xe9");
     });
     drawSkill(camera, QStringLiteral("huge"), [](EditorDesk &desk, SkillEditorView &view) {
-        view.model().importFile(
-            desk.write(QStringLiteral("huge-log-of-a-very-long-name-that-does-not-fit.txt"),
-                       QByteArray("one two three four five six seven eight nine\n").repeated(60'000)));
-        waitUntil([&] { return !view.model().isImporting(); });
+        importBytes(desk, view, QStringLiteral("huge-log-of-a-very-long-name-that-does-not-fit.txt"),
+                    QByteArray("one two three four five six seven eight nine\n").repeated(60'000));
         view.model().save();
     });
 }
 
 } // namespace
 
-void drawEditors(const QDir &folder, const QString &word)
+void drawPromptEditors(const Camera &camera)
 {
-    const Camera camera{folder, word};
-    drawPromptEditors(camera);
-    drawSkillEditor(camera);
-    Theme::shared().forceFontScale(2);
+    drawPromptStates(camera);
+    const TwiceTheFont twice;
     drawPrompt(camera, QStringLiteral("filled-200"), nothing, fillSample);
     drawPrompt(camera, QStringLiteral("long-200"), longTexts, [](PromptStage &stage) {
         fillLong(stage);
         fail(stage);
     });
+}
+
+void drawSkillEditor(const Camera &camera)
+{
+    drawSkillStates(camera);
+    const TwiceTheFont twice;
     drawSkill(camera, QStringLiteral("empty-200"), [](EditorDesk &, SkillEditorView &) {});
-    Theme::shared().forceFontScale(std::nullopt);
+    drawSkill(camera, QStringLiteral("imported-200"), importSample);
 }

@@ -2,10 +2,10 @@
 #include "GalleryPicture.h"
 
 #include "BrevixMac/PageFade.h"
-#include "BrevixMac/Theme.h"
 #include "BrevixMac/ThemePainting.h"
 #include "Support/Waiting.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QImage>
 #include <QPainter>
@@ -15,15 +15,7 @@
 namespace {
 
 constexpr int margin = 40;
-
-void waitForTransitions(const QWidget &widget)
-{
-    const QList<PageFade *> fades = widget.findChildren<PageFade *>();
-    waitUntil([&] {
-        return std::none_of(fades.begin(), fades.end(),
-                            [](const PageFade *fade) { return fade->isVisible(); });
-    });
-}
+constexpr int deepestNesting = 20; // of layouts, with room to spare
 
 void paintPanel(QPainter &painter, const QRect &place)
 {
@@ -34,9 +26,20 @@ void paintPanel(QPainter &painter, const QRect &place)
 
 } // namespace
 
+void waitUntilStill(const QWidget &screen)
+{
+    const QList<PageFade *> fades = screen.findChildren<PageFade *>();
+    waitUntil([&] {
+        return std::none_of(fades.begin(), fades.end(),
+                            [](const PageFade *fade) { return fade->isVisible(); });
+    });
+    // A text that has become longer is told outwards by one nested layout to the next.
+    for (int nesting = 0; nesting < deepestNesting; ++nesting)
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+}
+
 void savePicture(QWidget &widget, const QDir &folder, const QString &name, PictureGround ground)
 {
-    waitForTransitions(widget);
     const bool isDark = Theme::shared().scheme() == Theme::Scheme::dark;
     QWidget::RenderFlags flags = QWidget::DrawChildren;
     if (ground == PictureGround::window)

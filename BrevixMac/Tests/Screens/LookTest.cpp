@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "ColorContrast.h"
 #include "PageFade.h"
 #include "PickerNotices.h"
 #include "PickerRowActions.h"
@@ -14,31 +15,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
 
 namespace {
 
+using ColorContrast::contrast;
 using Color = Theme::Color;
 using Scheme = Theme::Scheme;
-
-double channel(double value)
-{
-    return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-double luminance(const QColor &color)
-{
-    return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) +
-           0.0722 * channel(color.blueF());
-}
-
-/// The contrast of two opaque colours after the accessibility guidelines for web content.
-double contrast(const QColor &one, const QColor &other)
-{
-    const double a = luminance(one);
-    const double b = luminance(other);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
 
 QColor over(const QColor &top, const QColor &bottom)
 {

@@ -78,6 +78,13 @@ protected:
         return shown;
     }
 
+    void reload()
+    {
+        stage.appState().libraryStore().unbind();
+        stage.appState().libraryStore().bind(QStringLiteral("user"));
+        ASSERT_TRUE(stage.desk.waitForLibrary());
+    }
+
     QString selectedTitle()
     {
         const PickerResult *result = view().list().selectedResult();
@@ -115,6 +122,8 @@ TEST_F(PaletteTest, withoutAFieldItSaysSoAndWhatToDo)
     EXPECT_EQ(view().hintCard().symbol(), u"exclamationmark.triangle");
     EXPECT_EQ(view().hintCard().detail(), u"Select a text field, then insert or copy a prompt.");
     EXPECT_FALSE(view().insertButton().isEnabled());
+    EXPECT_EQ(view().copyButton().text(), u"Copy");
+    EXPECT_EQ(view().list().actions().copyButton().text(), u"Copy");
     key(Qt::Key_Return);
     EXPECT_EQ(view().resultLine().card().title(), u"No editable field captured");
     EXPECT_FALSE(stage.appState().lastInsertionResult());
@@ -302,6 +311,21 @@ TEST_F(PaletteTest, theSidebarSelectsTheCategory)
     EXPECT_FALSE(stage.appState().selectedCategoryID());
     EXPECT_EQ(lines().size(), 5);
     EXPECT_TRUE(view().searchField().hasFocus());
+}
+
+TEST_F(PaletteTest, aCategoryThatWasDeletedElsewhereStaysUntilAnotherOneIsChosen)
+{
+    openSample();
+    clickSidebar(QStringLiteral("category:hiring"));
+    stage.desk.server.removeCategory(QStringLiteral("hiring"));
+    reload();
+    EXPECT_EQ(view().sidebar().selectedID(), u"category:hiring");
+    const SidebarModel &entries = view().sidebar().entries();
+    EXPECT_EQ(entries.index(entries.rowOf(QStringLiteral("category:hiring"))).data().toString(), u"Category");
+    EXPECT_TRUE(view().sidebar().shareButton().isHidden());
+    EXPECT_EQ(lines().last(), u"Follow-up after interview");
+    clickSidebar(QStringLiteral("all"));
+    EXPECT_EQ(entries.rowOf(QStringLiteral("category:hiring")), -1);
 }
 
 // Preview

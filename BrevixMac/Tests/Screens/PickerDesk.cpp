@@ -56,7 +56,7 @@ void PickerDesk::start()
     if (isSignedIn)
         storeSession();
     AppBench::start();
-    if (isSignedIn && !waitForLibrary())
+    if (isSignedIn && waitsForLibrary && !waitForLibrary())
         throw std::runtime_error("the library did not arrive");
 }
 

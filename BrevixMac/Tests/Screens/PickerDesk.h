@@ -14,7 +14,7 @@ public:
     /// The library of the examples: categories, prompts with and without variables, skills.
     void addSampleLibrary();
 
-    /// Makes the coordinator and waits for the library when somebody is signed in.
+    /// Makes the coordinator and waits for the library when somebody is signed in, unless told otherwise.
     void start();
 
     /// Captures the editor's text field as a hotkey press would; the picker's present action runs.
@@ -22,6 +22,7 @@ public:
 
     bool isSignedIn = true;
     bool isConfigured = true; ///< whether the application knows its cloud
+    bool waitsForLibrary = true;
 
     InMemoryAccessibilityTree::Field &field() { return tree.fields[QStringLiteral("/field")]; }
 };

@@ -497,6 +497,23 @@ TEST_F(PickerViewTest, anEmptyLibraryTellsWhatWillAppear)
             stage.appState().hotkeyLabel() + u".");
 }
 
+TEST_F(PickerViewTest, aLibraryThatIsOnItsWayOrDoesNotComeSaysSo)
+{
+    stage.desk.waitsForLibrary = false;
+    stage.desk.server.reply("prompts", {.fault = FaultyServer::Reply::Fault::hold});
+    stage.open();
+    const EmptyState &empty = stage.page().emptyState();
+    EXPECT_TRUE(empty.syncCard().isVisible());
+    EXPECT_EQ(empty.syncCard().detail(), u"Syncing...");
+    ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldRequests() > 0; }));
+    stage.desk.server.reply("prompts", {.status = 403, .body = R"({"error":{"message":"No."}})"});
+    stage.desk.server.releaseHeldRequests();
+    ASSERT_TRUE(waitUntil([&] { return empty.syncCard().tint() == StatusCard::Tint::danger; }));
+    EXPECT_EQ(empty.syncCard().detail(), stage.appState().libraryStore().syncState().message);
+    stage.type(QStringLiteral("x"));
+    EXPECT_FALSE(empty.syncCard().isVisible());
+}
+
 // Keyboard focus
 
 TEST_F(PickerViewTest, tabReachesEveryEnabledControlAndComesBack)
@@ -566,6 +583,26 @@ TEST_F(PickerViewTest, toolTipsAreDrawnInsideThePanel)
     EXPECT_TRUE(bubble->isVisible());
     EXPECT_EQ(bubble->text(), button.toolTip());
     EXPECT_TRUE(stage.view().rect().contains(bubble->geometry()));
+}
+
+TEST_F(PickerViewTest, whatIsCutShortIsToldInFullUnderThePointer)
+{
+    stage.desk.email = QStringLiteral("somebody.with.a.very.long.address@%1.example.com")
+                           .arg(QStringLiteral("company").repeated(8));
+    openSample();
+    TextLabel *status = nullptr;
+    for (TextLabel *label : stage.page().findChildren<TextLabel *>()) {
+        if (label->text() == stage.desk.email)
+            status = label;
+    }
+    ASSERT_TRUE(status);
+    ASSERT_TRUE(status->isElided());
+    const QPoint place = status->mapTo(&stage.view(), status->rect().center());
+    QHelpEvent help(QEvent::ToolTip, place, stage.view().mapToGlobal(place));
+    QApplication::sendEvent(&stage.view(), &help);
+    const auto *bubble = stage.view().findChild<HintBubble *>();
+    EXPECT_TRUE(bubble->isVisible());
+    EXPECT_EQ(bubble->text(), stage.desk.email);
 }
 
 } // namespace

@@ -1,27 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SettingsGallery.h"
-
 #include "ContentScrollArea.h"
 #include "DiagnosticsRows.h"
 #include "DoctorRows.h"
-#include "GalleryPicture.h"
-#include "MenuBarPickerPanel.h"
-#include "MenuBarPickerView.h"
-#include "PickerStage.h"
+#include "GalleryStage.h"
 #include "SettingsPage.h"
 #include "SettingsRow.h"
 #include "SettingsView.h"
 #include "SettingsWindowController.h"
 #include "ShortcutRecorderView.h"
-#include "Theme.h"
 #include "ThemedButton.h"
 #include "ThemedSwitch.h"
 
 #include <QScrollBar>
 
-namespace {
+using namespace GalleryStage;
 
-using Arrange = std::function<void(PickerStage &)>;
+namespace {
 
 SettingsView &settings(PickerStage &stage)
 {
@@ -34,31 +28,27 @@ void scroll(SettingsView &view, double share)
     bar->setValue(static_cast<int>(bar->maximum() * share));
 }
 
-void picture(const QDir &folder, const QString &name, const Arrange &before, const Arrange &after,
-             double scrolled = 0)
+void someone(PickerStage &stage)
 {
-    PickerStage stage;
     stage.desk.displayName = QStringLiteral("Ann Example");
-    stage.desk.addSampleLibrary();
-    before(stage);
-    stage.install();
-    stage.desk.press();
-    stage.panel().activateWindow();
-    stage.view().setRoute(PickerPanelRoute::settings);
-    QTest::qWait(30);
-    after(stage);
-    QTest::qWait(30);
-    scroll(settings(stage), scrolled);
-    QTest::qWait(30);
-    savePicture(stage.panel(), folder, name);
+    sample(stage);
 }
 
-void nothing(PickerStage &)
+void shoot(const Camera &camera, const QString &name, const Arrange &before, const Arrange &after,
+           double scrolled = 0)
 {
+    shootPanel(camera, name, before, [&](PickerStage &stage) {
+        stage.view().setRoute(PickerPanelRoute::settings);
+        settle(stage);
+        after(stage);
+        settle(stage);
+        scroll(settings(stage), scrolled);
+    });
 }
 
 void wrongInManyWays(PickerStage &stage)
 {
+    someone(stage);
     SessionFacts &facts = stage.desk.sessionProbe.facts;
     facts.mutePrograms = {QStringLiteral("Kate"), QStringLiteral("Chromium"),
                           QStringLiteral("A program with quite a long name"), QStringLiteral("Clock"),
@@ -70,85 +60,97 @@ void wrongInManyWays(PickerStage &stage)
 }
 
 /// The settings scrolled to the rows about the session.
-void doctorPicture(const QDir &folder, const QString &name, const Arrange &before)
+void shootDoctor(const Camera &camera, const QString &name, const Arrange &before)
 {
-    PickerStage stage;
-    stage.desk.displayName = QStringLiteral("Ann Example");
-    before(stage);
-    stage.install();
-    stage.desk.press();
-    stage.panel().activateWindow();
-    stage.view().setRoute(PickerPanelRoute::settings);
-    QTest::qWait(30);
-    SettingsView &view = settings(stage);
-    QScrollBar *bar = view.findChild<ContentScrollArea *>()->verticalScrollBar();
-    QWidget *content = view.findChild<ContentScrollArea *>()->widget();
-    bar->setValue(view.doctor().headRow().mapTo(content, QPoint()).y());
-    QTest::qWait(30);
-    savePicture(stage.panel(), folder, name);
+    shootPanel(camera, name, before, [](PickerStage &stage) {
+        stage.view().setRoute(PickerPanelRoute::settings);
+        settle(stage);
+        SettingsView &view = settings(stage);
+        const auto *area = view.findChild<ContentScrollArea *>();
+        area->verticalScrollBar()->setValue(view.doctor().headRow().mapTo(area->widget(), QPoint()).y());
+    });
 }
 
-void windowPicture(const QDir &folder, const QString &name)
+void shootWindow(const Camera &camera, const QString &name, const Arrange &before)
 {
-    PickerDesk desk;
-    desk.displayName = QStringLiteral("Ann Example");
-    desk.addSampleLibrary();
-    desk.start();
-    SettingsWindowController controller(*desk.appState);
+    if (!camera.wants(name))
+        return;
+    PickerStage stage;
+    before(stage);
+    stage.desk.start();
+    SettingsWindowController controller(stage.appState());
     controller.show();
     QTest::qWait(50);
-    QWidget &window = controller.window();
-    savePicture(window, folder, name);
+    camera.shoot(controller.window(), name, PictureGround::none);
+}
+
+void everyProblem(PickerStage &stage)
+{
+    stage.desk.isSignedIn = false;
+    stage.desk.tree.trusted = false;
+    stage.desk.hotKeys.takenByOthers = {{0, KeyboardShortcut::option}};
+    stage.desk.loginItem.problem =
+        QStringLiteral("The login item ~/.config/autostart/app.brevix.Brevix.desktop could not be written: "
+                       "Read-only file system.");
+}
+
+void meetTheProblems(PickerStage &stage)
+{
+    settings(stage).loginSwitch().click();
+    stage.appState().updateShortcut({.keyCode = 0, .modifiers = KeyboardShortcut::option});
+}
+
+void showDiagnostics(PickerStage &stage)
+{
+    settings(stage).diagnostics().showButton().click();
+}
+
+void drawStates(const Camera &camera)
+{
+    shoot(camera, QStringLiteral("settings"), someone, [](PickerStage &stage) {
+        stage.appState().setLaunchAtLogin(true);
+        stage.appState().preferences().setShowMenuBarIcon(false);
+    });
+    shoot(camera, QStringLiteral("settings-middle"), someone, nothing, 0.5);
+    shoot(camera, QStringLiteral("settings-end"), someone, nothing, 1);
+    shoot(camera, QStringLiteral("settings-diagnostics"), someone, showDiagnostics, 1);
+    shoot(camera, QStringLiteral("settings-long-texts"), longTexts, nothing);
+    shoot(camera, QStringLiteral("settings-right-to-left"), rightToLeft, nothing);
+    shoot(camera, QStringLiteral("settings-signed-out"), everyProblem, meetTheProblems);
+    shoot(
+        camera, QStringLiteral("settings-sync-error"), failing,
+        [](PickerStage &stage) {
+            awaitProblem(stage);
+            showDiagnostics(stage);
+        },
+        1);
+    shoot(
+        camera, QStringLiteral("settings-signing-in"),
+        [](PickerStage &stage) {
+            stage.desk.isSignedIn = false;
+            stage.desk.webAuthenticationSession.hasNoBrowser = true;
+        },
+        [](PickerStage &stage) { stage.appState().signIn(true); });
+    shoot(camera, QStringLiteral("settings-recording"), someone,
+          [](PickerStage &stage) { settings(stage).recorder().recordButton().click(); });
+    shoot(camera, QStringLiteral("settings-focus"), someone,
+          [](PickerStage &stage) { settings(stage).loginSwitch().setFocus(Qt::TabFocusReason); });
 }
 
 } // namespace
 
-void drawSettings(const QDir &folder)
+void drawSettings(const Camera &camera)
 {
-    picture(folder, QStringLiteral("settings"), nothing, [](PickerStage &stage) {
-        stage.desk.appState->setLaunchAtLogin(true);
-        stage.desk.appState->preferences().setShowMenuBarIcon(false);
-    });
-    picture(folder, QStringLiteral("settings-middle"), nothing, nothing, 0.5);
-    picture(folder, QStringLiteral("settings-end"), nothing, nothing, 1);
-    picture(
-        folder, QStringLiteral("settings-diagnostics"), nothing,
-        [](PickerStage &stage) { settings(stage).diagnostics().showButton().click(); }, 1);
-    picture(
-        folder, QStringLiteral("settings-signed-out"),
-        [](PickerStage &stage) {
-            stage.desk.isSignedIn = false;
-            stage.desk.tree.trusted = false;
-            stage.desk.hotKeys.takenByOthers = {{0, KeyboardShortcut::option}};
-            stage.desk.loginItem.problem = QStringLiteral(
-                "The login item ~/.config/autostart/app.brevix.Brevix.desktop could not be written: "
-                "Read-only file system.");
-        },
-        [](PickerStage &stage) {
-            settings(stage).loginSwitch().click();
-            stage.desk.appState->updateShortcut({.keyCode = 0, .modifiers = KeyboardShortcut::option});
-        });
-    picture(
-        folder, QStringLiteral("settings-signing-in"),
-        [](PickerStage &stage) {
-            stage.desk.isSignedIn = false;
-            stage.desk.isConfigured = true;
-        },
-        [](PickerStage &stage) {
-            stage.desk.webAuthenticationSession.hasNoBrowser = true;
-            stage.desk.appState->signIn(true);
-        });
-    picture(folder, QStringLiteral("settings-recording"), nothing,
-            [](PickerStage &stage) { settings(stage).recorder().recordButton().click(); });
-    picture(folder, QStringLiteral("settings-focus"), nothing,
-            [](PickerStage &stage) { settings(stage).loginSwitch().setFocus(Qt::TabFocusReason); });
-    doctorPicture(folder, QStringLiteral("settings-doctor"), wrongInManyWays);
-    doctorPicture(folder, QStringLiteral("settings-doctor-well"), nothing);
-    Theme::shared().forceFontScale(2);
-    doctorPicture(folder, QStringLiteral("settings-doctor-200"), wrongInManyWays);
+    drawStates(camera);
+    shootDoctor(camera, QStringLiteral("settings-doctor"), wrongInManyWays);
+    shootDoctor(camera, QStringLiteral("settings-doctor-well"), someone);
+    shootWindow(camera, QStringLiteral("settings-window"), someone);
+    shootWindow(camera, QStringLiteral("settings-window-signed-out"), everyProblem);
+    const TwiceTheFont twice;
+    shootDoctor(camera, QStringLiteral("settings-doctor-200"), wrongInManyWays);
     for (const double scrolled : {0.0, 0.25, 0.5, 0.75, 1.0})
-        picture(folder, QStringLiteral("settings-200-%1").arg(qRound(scrolled * 100)), nothing, nothing,
-                scrolled);
-    Theme::shared().forceFontScale(std::nullopt);
-    windowPicture(folder, QStringLiteral("settings-window"));
+        shoot(camera, QStringLiteral("settings-200-%1").arg(qRound(scrolled * 100)), longTexts, nothing,
+              scrolled);
+    shoot(camera, QStringLiteral("settings-problems-200"), everyProblem, meetTheProblems);
+    shootWindow(camera, QStringLiteral("settings-window-200"), longTexts);
 }

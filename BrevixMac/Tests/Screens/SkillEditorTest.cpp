@@ -107,6 +107,35 @@ TEST_F(SkillEditorTest, keepsTheTextWhenSavingFails)
     EXPECT_TRUE(view->isVisible());
 }
 
+TEST_F(SkillEditorTest, keepsTheTextWhenTheServerCannotBeReached)
+{
+    open();
+    type(view->titleField(), QStringLiteral("T"));
+    type(view->body(), QStringLiteral("Body"));
+    desk.server.goAway();
+    view->frame().saveButton().click();
+    ASSERT_TRUE(waitUntil([this] { return model().statusMessage().has_value(); }));
+    EXPECT_TRUE(isError());
+    EXPECT_EQ(view->titleField().text(), u"T");
+    EXPECT_EQ(view->body().content(), u"Body");
+    EXPECT_TRUE(view->frame().saveButton().isEnabled());
+}
+
+TEST_F(SkillEditorTest, keepsTheTextWhileSignedOut)
+{
+    open();
+    type(view->titleField(), QStringLiteral("T"));
+    type(view->body(), QStringLiteral("Body"));
+    desk.appState->signOut();
+    view->frame().saveButton().click();
+    ASSERT_TRUE(waitUntil([this] { return model().statusMessage().has_value(); }));
+    EXPECT_TRUE(isError());
+    EXPECT_EQ(status(), u"Sign in before creating or sharing prompts, skills, or categories.");
+    EXPECT_EQ(view->titleField().text(), u"T");
+    EXPECT_EQ(view->body().content(), u"Body");
+    EXPECT_EQ(desk.server.writes, 0);
+}
+
 TEST_F(SkillEditorTest, blankFieldsCannotBeSaved)
 {
     open();

@@ -107,6 +107,12 @@ TEST_F(SkillFileReaderTest, saysThatAFileMustNotBeRead)
     EXPECT_EQ(problem(file), u"Permission denied.");
 }
 
+TEST_F(SkillFileReaderTest, saysThatReadingFailed)
+{
+    // May be opened by everybody, and read by nobody at its beginning.
+    EXPECT_EQ(problem(QStringLiteral("/proc/self/mem")), u"Input/output error.");
+}
+
 TEST_F(SkillFileReaderTest, readsAFileThatAnnouncesNoSize)
 {
     const auto result = read(QStringLiteral("/proc/version"));
