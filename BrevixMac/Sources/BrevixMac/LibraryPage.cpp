@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "EmptyState.h"
+#include "OneLine.h"
 #include "PageHeader.h"
 #include "PickerList.h"
 #include "PromptTemplateParser.h"
@@ -309,7 +310,8 @@ void LibraryPage::refreshList()
 void LibraryPage::refreshHeadline(qsizetype count)
 {
     const bool isNarrowed = !m_search->text().isEmpty() || m_filter != LibraryFilter::all();
-    const QString title = PickerResults::libraryFilterTitle(m_filter, m_appState.categoriesByID());
+    const QString title =
+        OneLine::of(PickerResults::libraryFilterTitle(m_filter, m_appState.categoriesByID()));
     m_title->setText(title);
     m_search->setAccessibleName(u"Search " + title);
     m_caption->setText((isNarrowed ? u"Filtered" : u"Full library") + u" \u00b7 "_qs + counted(count));

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppWindows.h"
 #include "FloatingPanelController.h"
-#include "LibraryPage.h"
 #include "PickerStage.h"
 #include "PromptPalettePanel.h"
 #include "PromptPaletteView.h"
 #include "ShareConfirmationBannerView.h"
-#include "SidebarList.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
-#include "VariableFillView.h"
 
 #include <QAbstractItemView>
 
@@ -88,20 +85,6 @@ protected:
         }
     }
 };
-
-TEST_P(HostileNames, doNotDisturbThePickerTheLibraryAndTheForm)
-{
-    stage.open();
-    const QSize size = stage.panel().size();
-    expectOrder(stage.panel(), size);
-    stage.view().setRoute(PickerPanelRoute::library);
-    stage.view().libraryPage().setFilter(LibraryFilter::category(QStringLiteral("c")));
-    expectOrder(stage.panel(), size);
-    stage.view().setRoute(PickerPanelRoute::picker);
-    stage.appState().beginAction(stage.appState().libraryPrompts().first(), PendingVariableAction::copy);
-    EXPECT_TRUE(stage.view().variableFillView().isVisible());
-    expectOrder(stage.panel(), size);
-}
 
 TEST_P(HostileNames, doNotDisturbThePalette)
 {

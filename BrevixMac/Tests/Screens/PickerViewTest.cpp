@@ -497,23 +497,6 @@ TEST_F(PickerViewTest, anEmptyLibraryTellsWhatWillAppear)
             stage.appState().hotkeyLabel() + u".");
 }
 
-TEST_F(PickerViewTest, aLibraryThatIsOnItsWayOrDoesNotComeSaysSo)
-{
-    stage.desk.waitsForLibrary = false;
-    stage.desk.server.reply("prompts", {.fault = FaultyServer::Reply::Fault::hold});
-    stage.open();
-    const EmptyState &empty = stage.page().emptyState();
-    EXPECT_TRUE(empty.syncCard().isVisible());
-    EXPECT_EQ(empty.syncCard().detail(), u"Syncing...");
-    ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldRequests() > 0; }));
-    stage.desk.server.reply("prompts", {.status = 403, .body = R"({"error":{"message":"No."}})"});
-    stage.desk.server.releaseHeldRequests();
-    ASSERT_TRUE(waitUntil([&] { return empty.syncCard().tint() == StatusCard::Tint::danger; }));
-    EXPECT_EQ(empty.syncCard().detail(), stage.appState().libraryStore().syncState().message);
-    stage.type(QStringLiteral("x"));
-    EXPECT_FALSE(empty.syncCard().isVisible());
-}
-
 // Keyboard focus
 
 TEST_F(PickerViewTest, tabReachesEveryEnabledControlAndComesBack)
