@@ -3,18 +3,17 @@
 
 #include "AppState.h"
 #include "Diagnostics.h"
+#include "OneLine.h"
 #include "SettingsCard.h"
 #include "SettingsRow.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
 
-#include "Foundation/Text.h"
-
 #include <QVBoxLayout>
 
 namespace {
 
-constexpr qsizetype longestValue = 200; // characters
+constexpr qsizetype longestValue = 200; // UTF-16 units
 
 constexpr int sidePadding = 14;
 constexpr int verticalPadding = 10;
@@ -100,7 +99,7 @@ void DiagnosticsRows::refresh()
 {
     for (const auto &[label, value] : Diagnostics::rows(m_appState)) {
         TextLabel *shown = m_values.value(label);
-        const QString excerpt = Text::excerpt(value, longestValue); // the text below it has the whole
+        const QString excerpt = OneLine::of(value, longestValue); // the text below it has the whole
         shown->setText(excerpt);
         shown->setAccessibleName(label + u": " + excerpt);
     }

@@ -5,12 +5,9 @@
 #include "PromptTemplateParser.h"
 #include "ThemePainting.h"
 
-#include "Foundation/Text.h"
-
 namespace {
 
-constexpr qsizetype longestSubtitle = 200; // characters
-constexpr qsizetype longestPreview = 200;  // more than a row can show
+constexpr qsizetype longestPreview = 200; // more than a row can show
 constexpr QRgb skillColor = 0xfff97316;
 
 } // namespace
@@ -59,7 +56,7 @@ QVariant PickerListModel::headingData(const Row &row, int role) const
     case Qt::AccessibleTextRole:
         return section.subtitle.isEmpty() ? section.title : QString(section.title + u", " + section.subtitle);
     case subtitleRole:
-        return Text::excerpt(section.subtitle, longestSubtitle);
+        return OneLine::of(section.subtitle, longestPreview);
     default:
         return {};
     }

@@ -35,6 +35,11 @@ std::optional<std::pair<qsizetype, QString>> nextPlaceholder(const QString &text
     return found;
 }
 
+QString withLineFeeds(QString text)
+{
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
 } // namespace
 
 PreviewText::PreviewText(QWidget *parent)
@@ -95,8 +100,14 @@ QList<PreviewText::Span> PreviewText::valueSpans(const QString &text, const Vari
 
 void PreviewText::setPrompt(const PromptItem &prompt, const VariableValues &values)
 {
-    const QString rendered = PromptTemplateParser::render(prompt, values).text;
-    m_spans = valueSpans(prompt.text, values, rendered);
+    // A document counts a pair of carriage return and line feed as one character.
+    PromptItem shown = prompt;
+    shown.text = withLineFeeds(prompt.text);
+    VariableValues shownValues;
+    for (auto entry = values.keyValueBegin(); entry != values.keyValueEnd(); ++entry)
+        shownValues.insert(withLineFeeds(entry->first), withLineFeeds(entry->second));
+    const QString rendered = PromptTemplateParser::render(shown, shownValues).text;
+    m_spans = valueSpans(shown.text, shownValues, rendered);
     const int scrolled = verticalScrollBar()->value();
     setPlainText(rendered);
     format();

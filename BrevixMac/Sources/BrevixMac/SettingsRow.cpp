@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SettingsRow.h"
 
+#include "OneLine.h"
 #include "StatusChip.h"
 #include "TextLabel.h"
-
-#include "Foundation/Text.h"
 
 #include <QBoxLayout>
 #include <QEvent>
 
 namespace {
-
-constexpr qsizetype longestNote = 400; // characters
 
 constexpr int sidePadding = 14;
 constexpr int verticalPadding = 10;
@@ -86,7 +83,7 @@ void SettingsRow::setNote(const QString &note, Theme::Color ink)
 {
     m_note->setInk(ink);
     // A note may be whatever a server answered, up to a whole page.
-    showText(*m_note, Text::excerpt(note, longestNote));
+    showText(*m_note, OneLine::of(note));
 }
 
 void SettingsRow::addControl(QWidget *control)

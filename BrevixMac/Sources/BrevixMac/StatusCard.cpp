@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StatusCard.h"
 
+#include "OneLine.h"
 #include "Symbols.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
-
-#include "Foundation/Text.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -13,8 +12,6 @@
 #include <chrono>
 
 namespace {
-
-constexpr qsizetype longestText = 400; // characters
 
 constexpr int padding = 12;
 constexpr int verticalPadding = 10;
@@ -57,8 +54,8 @@ void StatusCard::describe(Tint tint, const QString &symbol, const QString &title
     m_tint = tint;
     m_symbol = symbol;
     // A message may be whatever a server answered, up to a whole page.
-    const QString shownTitle = Text::excerpt(title, longestText);
-    const QString shownDetail = Text::excerpt(detail, longestText);
+    const QString shownTitle = OneLine::of(title);
+    const QString shownDetail = OneLine::of(detail);
     m_title->setText(shownTitle);
     m_title->setVisible(!shownTitle.isEmpty());
     m_detail->setText(shownDetail);

@@ -12,7 +12,7 @@ import unittest
 import desktop_driver as desk
 import endtoend_signin
 import scenario
-from endtoend_signin import HOME, press, wait_for_button
+from endtoend_signin import HOME, wait_for_button
 
 EMAIL = "ada@example.org"
 PASSWORD = "correct horse battery"
@@ -91,7 +91,7 @@ class OnALibraryServer(scenario.Scenario):
         endtoend_signin.make_default_browser(endtoend_signin.chromium_command())
         self.brevix.press_hotkey()
         self.wait_for_message("Sign in to sync your library")
-        press(wait_for_button(self.brevix.pid, "Sign In"))
+        wait_for_button(self.brevix.pid, "Sign In").press()
         page = desk.wait_for("the browser to be called", endtoend_signin.pages_opened, 20)[0]
         self.assertTrue(page.startswith(f"{self.server.origin}/o/oauth2/v2/auth?"), page)
         window = desk.wait_for("the browser", lambda: desk.windows("chromium"), 40)[-1]
@@ -136,7 +136,7 @@ class OnALibraryServer(scenario.Scenario):
     def share_is_copied_from_its_page(self, pid, window):
         desk.type_text(scenario.LINES["title"])
         desk.wait_for("the prompt", lambda: self.selected_title() == scenario.LINES["title"], 5, 0.03)
-        press(wait_for_button(self.brevix.pid, "Share"))
+        wait_for_button(self.brevix.pid, "Share").press()
         self.wait_for_message("Link copied to clipboard")
         link = desk.clipboard()["UTF8_STRING"].decode()
         self.assertRegex(link, "^" + re.escape(self.server.origin) + r"/public\?promptId=\S+$")
@@ -146,7 +146,7 @@ class OnALibraryServer(scenario.Scenario):
         copy = self.wait_on_page(pid, "the button", lambda node: node.role in ("push button", "button")
                                  and node.name == "Copy Prompt")
         desk.activate(window)
-        press(copy)
+        copy.press()
         desk.wait_for("the text on the clipboard",
                       lambda: desk.clipboard().get("UTF8_STRING", b"").decode() == scenario.LINES["text"])
 

@@ -226,4 +226,18 @@ const SpanCase spanCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, PreviewSpans, testing::ValuesIn(spanCases),
                          [](const auto &info) { return std::string(info.param.name); });
 
+TEST(PreviewText, marksValuesBehindLineEndsOfTwoCharacters)
+{
+    PreviewText preview;
+    const PromptItem prompt{
+        .id = {}, .title = {}, .text = QStringLiteral("One\r\nTwo\r\n{{a}}"), .categoryID = {}};
+    preview.setPrompt(prompt, {{QStringLiteral("a"), QStringLiteral("x\r\ny")}});
+    EXPECT_EQ(preview.toPlainText(), u"One\nTwo\nx\ny");
+    QTextCursor cursor(preview.document());
+    cursor.setPosition(9);
+    EXPECT_EQ(cursor.charFormat().foreground().color(), Theme::shared().color(Theme::Color::accent));
+    cursor.setPosition(7);
+    EXPECT_NE(cursor.charFormat().foreground().color(), Theme::shared().color(Theme::Color::accent));
+}
+
 } // namespace
