@@ -85,10 +85,31 @@ void StatusCard::setBusy(bool busy)
     if (busy == m_isBusy)
         return;
     m_isBusy = busy;
+    updateTurning();
+    update();
+}
+
+void StatusCard::updateTurning()
+{
+    // Unseen, it would only wake the processor.
+    const bool turns = m_isBusy && isVisible() && !Theme::shared().reducedMotion();
+    if (turns == (m_turningTimer != 0))
+        return;
     if (m_turningTimer)
         killTimer(m_turningTimer);
-    m_turningTimer = busy && !Theme::shared().reducedMotion() ? startTimer(frameInterval) : 0;
-    update();
+    m_turningTimer = turns ? startTimer(frameInterval) : 0;
+}
+
+void StatusCard::showEvent(QShowEvent *event)
+{
+    QFrame::showEvent(event);
+    updateTurning();
+}
+
+void StatusCard::hideEvent(QHideEvent *event)
+{
+    QFrame::hideEvent(event);
+    updateTurning();
 }
 
 void StatusCard::timerEvent(QTimerEvent *)

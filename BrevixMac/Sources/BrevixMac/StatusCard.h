@@ -36,9 +36,12 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void onThemeChanged();
+    void updateTurning();
     Theme::Color ink() const;
     Theme::Color background() const;
 

@@ -109,12 +109,30 @@ void ThemedButton::setBusy(bool busy)
         return;
     m_isBusy = busy;
     m_turningSince.start();
-    if (busy && !Theme::shared().reducedMotion())
+    updateTurning();
+    updateGeometry();
+    update();
+}
+
+void ThemedButton::updateTurning()
+{
+    // Unseen, it would only wake the processor.
+    if (m_isBusy && isVisible() && !Theme::shared().reducedMotion())
         m_turning.start();
     else
         m_turning.stop();
-    updateGeometry();
-    update();
+}
+
+void ThemedButton::showEvent(QShowEvent *event)
+{
+    QPushButton::showEvent(event);
+    updateTurning();
+}
+
+void ThemedButton::hideEvent(QHideEvent *event)
+{
+    QPushButton::hideEvent(event);
+    updateTurning();
 }
 
 int ThemedButton::symbolSize() const

@@ -53,9 +53,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void onThemeChanged();
+    void updateTurning();
     void paintContent(QPainter &painter, const QRectF &frame, const QColor &ink) const;
     QColor background() const;
     QColor ink() const;

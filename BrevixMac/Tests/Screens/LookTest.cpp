@@ -4,6 +4,7 @@
 #include "PickerNotices.h"
 #include "PickerRowActions.h"
 #include "PickerStage.h"
+#include "StatusCard.h"
 #include "Symbols.h"
 #include "SystemAppearance.h"
 #include "Theme.h"
@@ -254,6 +255,32 @@ TEST(PickerListModelTest, aThousandRowsAreReadOnlyWhenSeen)
     EXPECT_TRUE(model.index(1000).data(PickerListModel::hasVariablesRole).toBool());
     EXPECT_LE(model.index(1000).data(PickerListModel::previewRole).toString().size(), 201)
         << "200 and an ellipsis";
+}
+
+/// Counts the frames that a turning ring asks for.
+class FrameCounter final : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        frames += event->type() == QEvent::Timer;
+        return false;
+    }
+    int frames = 0;
+};
+
+TEST(StatusCardTest, itsRingTurnsOnlyWhileItIsSeen)
+{
+    StatusCard card;
+    FrameCounter counter;
+    card.installEventFilter(&counter);
+    card.setBusy(true);
+    EXPECT_FALSE(waitUntil([&] { return counter.frames > 0; }, std::chrono::milliseconds(150)));
+    card.show();
+    EXPECT_TRUE(waitUntil([&] { return counter.frames > 1; }));
+    card.hide();
+    counter.frames = 0;
+    EXPECT_FALSE(waitUntil([&] { return counter.frames > 0; }, std::chrono::milliseconds(150)));
 }
 
 } // namespace
