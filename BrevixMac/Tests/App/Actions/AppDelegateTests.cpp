@@ -76,4 +76,6 @@ TEST_F(AppDelegateTest, whoAsksTwiceIsNotKeptWaiting)
     EXPECT_EQ(ends, 0);
     delegate->quit();
     EXPECT_EQ(ends, 1);
+    // What is still on its way in the accessibility tree must not outlive it.
+    ASSERT_TRUE(waitUntil([&] { return !state->isInserting(); }));
 }
