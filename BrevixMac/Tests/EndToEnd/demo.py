@@ -15,7 +15,7 @@ import desktop_driver as desk  # noqa: E402
 
 LIBRARY = pathlib.Path(__file__).parents[2] / "Sources/BrevixMac/Resources/starter-library.json"
 SEARCH = "follow"
-VALUES = ["Maria", "the pricing page", "Ann"]
+VALUES = ["Maria", "the pricing page", "a call on Friday?", "Ann"]
 BEFORE = "Notes for today\n\n"
 KEPT = "Something I copied earlier, with an emoji \U0001f331"
 
