@@ -363,6 +363,22 @@ TEST_F(LibraryStoreTest, listsAreSortedByOrderThenTextWithoutRegardToCase)
     EXPECT_EQ(idsOf(store->skills()), expected);
 }
 
+TEST_F(LibraryStoreTest, onlyTheFirstPageOfACollectionIsAskedFor)
+{
+    QJsonObject page =
+        QJsonDocument::fromJson(answer({document(u"p"_s, {{u"title"_s, string(u"Mail"_s)}})})).object();
+    page.insert(u"nextPageToken"_s, u"more"_s);
+    server.reply("prompts", {.body = QJsonDocument(page).toJson()});
+    bindAndSettle();
+    EXPECT_EQ(kind(), SyncState::Kind::synced);
+    EXPECT_EQ(idsOf(store->prompts()), QStringList{u"p"_s});
+    EXPECT_EQ(server.count("prompts"), 1);
+    for (const auto &request : server.requests()) {
+        EXPECT_TRUE(request.target.contains("pageSize=500")) << request.target.constData();
+        EXPECT_FALSE(request.target.contains("pageToken")) << request.target.constData();
+    }
+}
+
 TEST(LibraryStoreRecords, documentsWithoutFieldsTakeTheDefaults)
 {
     const QJsonObject bare{{u"name"_s, u"a/b/id"_s}};
