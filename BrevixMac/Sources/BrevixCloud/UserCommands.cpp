@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UserCommands.h"
 
-#include "Console.h"
+#include "Foundation/Console.h"
 #include "LocalCloud/Accounts.h"
 #include "LocalCloud/DataFolder.h"
 #include "LocalCloud/Database.h"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Console.h"
 #include "UserCommands.h"
 
+#include "Foundation/CommandLine.h"
+#include "Foundation/Console.h"
 #include "Foundation/TerminationSignals.h"
 #include "LocalCloud/LocalCloud.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
@@ -18,9 +18,8 @@ namespace {
 constexpr int defaultPort = 8787;
 constexpr std::chrono::seconds quietOpening{3};
 
-struct CommandLine
+struct CloudCommandLine : CommandLine
 {
-    QCommandLineParser parser;
     QCommandLineOption listen{
         QStringLiteral("listen"),
         QStringLiteral("Where to listen, 127.0.0.1:8787 unless given. Other addresses than "
@@ -46,23 +45,17 @@ struct CommandLine
                        "trying things out.")};
     QCommandLineOption name{QStringLiteral("name"), QStringLiteral("The name of a new user."),
                             QStringLiteral("NAME")};
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Show this help and exit.")};
-    QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
-                               QStringLiteral("Show the version and exit.")};
 
-    CommandLine()
+    CloudCommandLine()
     {
-        parser.setApplicationDescription(
-            QStringLiteral("Keeps prompt libraries for a household or a team.\n\n"
-                           "Without a command, serves until it is ended.\n"
-                           "  add-user EMAIL       make an account; its password is asked for\n"
-                           "  set-password EMAIL   change a password and end the account's sessions\n"
-                           "  remove-user EMAIL    delete an account and its library\n"
-                           "  list-users           show the accounts"));
-        parser.addOptions({listen, data, certificate, key, publicUrl, open, name, help, version});
-        parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("One of the above."),
-                                     QStringLiteral("[command]"));
+        describe(QStringLiteral("Keeps prompt libraries for a household or a team.\n\n"
+                                "Without a command, serves until it is ended.\n"
+                                "  add-user EMAIL       make an account; its password is asked for\n"
+                                "  set-password EMAIL   change a password and end the account's sessions\n"
+                                "  remove-user EMAIL    delete an account and its library\n"
+                                "  list-users           show the accounts"),
+                 {listen, data, certificate, key, publicUrl, open, name}, QStringLiteral("[command]"),
+                 QStringLiteral("One of the above."));
     }
 };
 
@@ -128,9 +121,7 @@ int runCommand(const QStringList &words, const QString &name, const LocalCloud::
         return users.setPassword(words[1]);
     if (words.size() == 2 && command == QLatin1String("remove-user"))
         return users.remove(words[1]);
-    return Console::fail(
-        QStringLiteral("\"%1\" cannot be understood. Try: brevix-cloud --help").arg(words.join(u' ')),
-        Console::exitUsage);
+    return CommandLine::misused(QStringLiteral("\"%1\" cannot be understood.").arg(words.join(u' ')));
 }
 
 } // namespace
@@ -140,28 +131,23 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("brevix-cloud"));
     QCoreApplication::setApplicationVersion(QStringLiteral(BREVIX_VERSION));
-    CommandLine line;
-    if (!line.parser.parse(QCoreApplication::arguments()))
-        return Console::fail(line.parser.errorText() + QStringLiteral("\nTry: brevix-cloud --help"),
-                             Console::exitUsage);
-    if (line.parser.isSet(line.help))
-        return Console::say(line.parser.helpText().trimmed());
-    if (line.parser.isSet(line.version))
-        return Console::say(QStringLiteral("brevix-cloud " BREVIX_VERSION));
+    CloudCommandLine line;
+    if (const auto exitCode = line.read(QCoreApplication::arguments()))
+        return *exitCode;
 
     LocalCloud::Options options;
     options.port = defaultPort;
-    options.dataFolder = line.parser.isSet(line.data) ? line.parser.value(line.data) : defaultFolder();
-    options.certificateFile = line.parser.value(line.certificate);
-    options.keyFile = line.parser.value(line.key);
-    options.publicUrl = QUrl(line.parser.value(line.publicUrl), QUrl::StrictMode);
-    options.asksPasswords = !line.parser.isSet(line.open);
-    if (line.parser.isSet(line.listen) && !readAddress(line.parser.value(line.listen), options))
+    options.dataFolder = line.isSet(line.data) ? line.value(line.data) : defaultFolder();
+    options.certificateFile = line.value(line.certificate);
+    options.keyFile = line.value(line.key);
+    options.publicUrl = QUrl(line.value(line.publicUrl), QUrl::StrictMode);
+    options.asksPasswords = !line.isSet(line.open);
+    if (line.isSet(line.listen) && !readAddress(line.value(line.listen), options))
         return Console::fail(QStringLiteral("--listen takes ADDRESS:PORT, such as 192.168.1.5:8443."),
                              Console::exitUsage);
-    const QStringList words = line.parser.positionalArguments();
+    const QStringList words = line.words();
     if (!words.isEmpty())
-        return runCommand(words, line.parser.value(line.name), options);
+        return runCommand(words, line.value(line.name), options);
     QString problem;
     options.model = Cloud::ModelOptions::fromEnvironment(QProcessEnvironment::systemEnvironment(), problem);
     if (problem.isEmpty())

@@ -9,6 +9,7 @@
 #include "Desktop/DesktopSessionProbe.h"
 #include "Desktop/DisplayServer.h"
 #include "Desktop/HotKeys.h"
+#include "Foundation/Console.h"
 #include "Foundation/UserDefaults.h"
 
 #include <QApplication>
@@ -18,9 +19,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr int exitFailure = 1;
-constexpr int exitUnavailable = 69; // sysexits.h
 
 // An examination's own deadlines end before.
 constexpr std::chrono::seconds answerPatience{10};
@@ -37,7 +35,7 @@ int print(const DoctorReport &report, DoctorCommand::Format format)
     const QByteArray text =
         format == DoctorCommand::Format::json ? report.toJson() : report.toText(terminalColumns()).toUtf8();
     std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
-    return report.hasFailure() ? exitFailure : 0;
+    return report.hasFailure() ? Console::exitFailure : 0;
 }
 
 /// The hotkey is taken for a moment, to see whether it could be.
@@ -99,9 +97,8 @@ int DoctorCommand::run(int argc, char **argv, BrevixMacApp::Library library, For
     }
     if (const auto problem = DisplayServer::problem()) {
         const QCoreApplication application(argc, argv);
-        std::fprintf(stderr, "brevix: %s\n", qUtf8Printable(*problem));
         print(examineWithoutDisplay(library, hasSilentSibling), format);
-        return exitUnavailable;
+        return Console::fail(*problem, Console::exitUnavailable);
     }
     DisplayServer::choosePlatform();
     const QApplication application(argc, argv);

@@ -132,7 +132,8 @@ std::optional<DoctorReport> DoctorReport::fromJson(const QByteArray &json)
         return std::nullopt;
     DoctorReport report{
         .source = *source, .session = object.value(QStringLiteral("session")).toString(), .rows = {}};
-    for (const QJsonValue &value : object.value(QStringLiteral("rows")).toArray()) {
+    const QJsonArray rows = object.value(QStringLiteral("rows")).toArray();
+    for (const auto &value : rows) {
         const auto row = rowFromJson(value.toObject());
         if (!row)
             return std::nullopt;

@@ -39,7 +39,7 @@ std::optional<EditorDraft> DraftSession::open()
         return draft;
     if (m_owner.isEmpty())
         return std::nullopt;
-    const auto typedWhileSignedOut = m_store.draft(key(Place::current, {}));
+    auto typedWhileSignedOut = m_store.draft(key(Place::current, {}));
     if (typedWhileSignedOut) {
         m_store.store(key(Place::current), *typedWhileSignedOut);
         m_store.remove(key(Place::current, {}));
@@ -97,7 +97,7 @@ bool DraftSession::hasCancelled() const
 
 std::optional<EditorDraft> DraftSession::takeCancelled()
 {
-    const auto taken = m_store.draft(key(Place::cancelled));
+    auto taken = m_store.draft(key(Place::cancelled));
     if (!taken)
         return std::nullopt;
     m_timer.stop();

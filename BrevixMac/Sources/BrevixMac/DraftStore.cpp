@@ -79,7 +79,7 @@ std::optional<EditorDraft> DraftStore::draft(const Key &key)
     const auto known = m_known.constFind(path);
     if (known != m_known.constEnd())
         return *known;
-    const Content content = read(path);
+    Content content = read(path);
     m_known.insert(path, content);
     return content;
 }

@@ -35,8 +35,8 @@ public:
 
     /// Longer texts, and texts with a longer line, are not edited: laying them out would hold up the main
     /// thread. In UTF-16 units.
-    static constexpr qsizetype maximumEditableLength = 1024 * 1024;
-    static constexpr qsizetype maximumEditableLine = 128 * 1024;
+    static constexpr qsizetype maximumEditableLength = 1024LL * 1024;
+    static constexpr qsizetype maximumEditableLine = 128LL * 1024;
     static bool isEditable(const QString &text);
 
     ~EditorModel() override;

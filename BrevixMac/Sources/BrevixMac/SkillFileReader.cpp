@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -141,7 +141,7 @@ QString SkillFile::nameWithoutExtension() const
 struct SkillFileReader::Run
 {
     std::atomic<bool> isStopped = false;
-    QMutex mutex;
+    std::mutex mutex;
     SkillFileReader *reader; ///< guarded by the mutex; null when nobody waits any more
 
     explicit Run(SkillFileReader *waiting)
@@ -175,7 +175,7 @@ void SkillFileReader::read(const QString &path)
     m_deadline.start();
     std::thread([work = m_work, run = m_run, path] {
         const Result result = work(path, run->isStopped);
-        const QMutexLocker lock(&run->mutex);
+        const std::lock_guard lock(run->mutex);
         if (!run->reader)
             return;
         QMetaObject::invokeMethod(
@@ -192,7 +192,7 @@ void SkillFileReader::stop()
     m_deadline.stop();
     m_run->isStopped = true;
     {
-        const QMutexLocker lock(&m_run->mutex);
+        const std::lock_guard lock(m_run->mutex);
         m_run->reader = nullptr;
     }
     m_run.reset();

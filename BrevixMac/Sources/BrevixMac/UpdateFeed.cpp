@@ -88,7 +88,8 @@ Result readContent(const QByteArray &content)
     const QJsonValue releases = object.value(u"releases");
     if (!releases.isArray() || releases.toArray().size() > mostReleases)
         return malformed(QStringLiteral("it has no list of releases"));
-    for (const QJsonValue &value : releases.toArray()) {
+    const QJsonArray list = releases.toArray();
+    for (const auto &value : list) {
         const auto release = readRelease(value);
         if (!release)
             return malformed(QStringLiteral("a release has no proper version or page"));

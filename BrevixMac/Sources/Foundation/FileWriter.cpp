@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FileWriter.h"
 
+#include "PoolJob.h"
+
 #include <utility>
 
 FileWriter::FileWriter()
@@ -15,10 +17,10 @@ FileWriter::~FileWriter()
 
 void FileWriter::schedule(const QString &path, Write write)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_pending.insert(path, std::move(write));
     if (!std::exchange(m_isWriting, true))
-        m_thread.start([this] { writePending(); });
+        startOn(m_thread, [this] { writePending(); });
 }
 
 void FileWriter::waitForWrites()
@@ -31,7 +33,7 @@ void FileWriter::writePending()
     while (true) {
         QHash<QString, Write> batch;
         {
-            const QMutexLocker lock(&m_mutex);
+            const std::lock_guard lock(m_mutex);
             batch.swap(m_pending);
             m_isWriting = !batch.isEmpty();
         }

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <QHash>
-#include <QMutex>
 #include <QString>
 #include <QThreadPool>
 
 #include <functional>
+#include <mutex>
 
 /// Writes files on a thread of its own, so that a slow disk holds nobody up. Of several contents for one file
 /// that are waiting, only the newest is written; what waitForWrites() or the destructor has waited for is on
@@ -32,7 +32,7 @@ public:
 private:
     void writePending();
 
-    QMutex m_mutex;
+    std::mutex m_mutex;
     QHash<QString, Write> m_pending; ///< guarded by the mutex
     bool m_isWriting = false;        ///< guarded by the mutex
     QThreadPool m_thread;            ///< keep last: its thread uses the others

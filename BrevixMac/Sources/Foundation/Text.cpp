@@ -364,16 +364,6 @@ QString Text::prefix(const QString &text, qsizetype characters)
     return text.first(utf16OffsetOfCharacter(text, characters));
 }
 
-QString Text::excerpt(const QString &text, qsizetype characters)
-{
-    // Enough for characters of several code points and for white space that is folded.
-    const QString beginning = text.first(std::min(text.size(), characters * 8));
-    const QString paragraph = beginning.simplified();
-    const QString shown = prefix(paragraph, characters);
-    const bool isWhole = beginning.size() == text.size() && shown.size() == paragraph.size();
-    return isWhole ? shown : QString(shown + u'\u2026');
-}
-
 std::vector<qsizetype> Text::characterBoundaries(QStringView text)
 {
     Boundaries boundaries(text);

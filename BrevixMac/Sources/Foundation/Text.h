@@ -51,10 +51,6 @@ qsizetype characterIndexAtUtf16Offset(QStringView text, qsizetype utf16Offset);
 /// The first @p characters characters of @p text, all of it when it has fewer.
 QString prefix(const QString &text, qsizetype characters);
 
-/// @p text as one paragraph for a place of limited size: runs of white space become one space, and after
-/// @p characters characters it ends in an ellipsis. Costs the same for texts of any length.
-QString excerpt(const QString &text, qsizetype characters);
-
 /// UTF-16 offsets of every character boundary in @p text, 0 and the length included.
 std::vector<qsizetype> characterBoundaries(QStringView text);
 

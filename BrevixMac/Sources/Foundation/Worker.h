@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "PoolJob.h"
+
 #include <QCoroFuture>
 #include <QCoroTask>
 #include <QPromise>
-#include <QThreadPool>
 
 #include <exception>
 #include <memory>
@@ -22,21 +23,26 @@ QCoro::Task<std::invoke_result_t<Work>> onWorker(Work work)
         std::optional<std::invoke_result_t<Work>> value = {};
         std::exception_ptr failure = {};
     };
-    const auto promise = std::make_shared<QPromise<End>>();
-    QFuture<End> future = promise->future();
-    promise->start();
-    QThreadPool::globalInstance()->start([promise, work = std::move(work)] {
+    struct State
+    {
         End end;
+        QPromise<void> promise;
+    };
+    const auto state = std::make_shared<State>();
+    QFuture<void> future = state->promise.future();
+    state->promise.start();
+    startOn(*QThreadPool::globalInstance(), [state, work = std::move(work)]() mutable {
         try {
-            end.value = work();
+            state->end.value = work();
         } catch (...) {
-            end.failure = std::current_exception();
+            state->end.failure = std::current_exception();
         }
-        promise->addResult(std::move(end));
-        promise->finish();
+        ThreadOrder::handOver(state.get());
+        state->promise.finish();
     });
-    End end = co_await future;
-    if (end.failure)
-        std::rethrow_exception(end.failure);
-    co_return std::move(*end.value);
+    co_await future;
+    ThreadOrder::takeOver(state.get());
+    if (state->end.failure)
+        std::rethrow_exception(state->end.failure);
+    co_return std::move(*state->end.value);
 }

@@ -9,13 +9,13 @@
 
 #include <QLoggingCategory>
 #include <QMetaObject>
-#include <QMutex>
 #include <QTcpServer>
 #include <QThread>
 
 #include <fcntl.h>
 #include <functional>
 #include <future>
+#include <mutex>
 #include <optional>
 #include <unistd.h>
 #include <utility>
@@ -47,18 +47,18 @@ class SharedText
 public:
     QString get() const
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         return m_text;
     }
 
     void set(const QString &text)
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_text = text;
     }
 
 private:
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     QString m_text;
 };
 

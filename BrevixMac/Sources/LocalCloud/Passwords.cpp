@@ -3,6 +3,8 @@
 
 #include "SecureRandom.h"
 
+#include "Foundation/PoolJob.h"
+
 #include <QMetaObject>
 
 #include <sodium.h>
@@ -72,7 +74,7 @@ bool PasswordChecks::start(const QByteArray &hash, const QString &password, std:
         return false;
     ++m_waiting;
     const QByteArray compared = hash.isEmpty() ? m_nobodysHash : hash;
-    m_pool.start([this, compared, password, isSomebody = !hash.isEmpty(), done = std::move(done)] {
+    startOn(m_pool, [this, compared, password, isSomebody = !hash.isEmpty(), done = std::move(done)] {
         const bool matches = isPasswordOf(compared, password) && isSomebody;
         QMetaObject::invokeMethod(
             this,

@@ -271,23 +271,6 @@ TEST(TextCharacters, positionsOutsideOfTheTextAreClamped)
     EXPECT_EQ(Text::prefix(text, 99), text);
 }
 
-TEST(Text, anExcerptIsOneParagraphOfLimitedLength)
-{
-    const std::tuple<QString, qsizetype, QString> rows[] = {
-        {QStringLiteral(""), 3, QStringLiteral("")},
-        {QStringLiteral("abc"), 3, QStringLiteral("abc")},
-        {QStringLiteral("abcd"), 3, QStringLiteral("abc\u2026")},
-        {QStringLiteral(" a\n\n\tb "), 3, QStringLiteral("a b")},
-        {QStringLiteral("👩‍👩‍👧👩‍👩‍👧"), 1,
-         QStringLiteral("👩‍👩‍👧\u2026")},
-        {QString(1 << 20, u'x'), 2, QStringLiteral("xx\u2026")},
-        {QString(QString(1 << 20, u' ') + u"late"), 2, QStringLiteral("\u2026")},
-    };
-    for (const auto &[text, characters, excerpt] : rows)
-        EXPECT_EQ(Text::excerpt(text, characters), excerpt)
-            << text.first(std::min<qsizetype>(text.size(), 20)).toStdString();
-}
-
 TEST(TextCharacters, anEmptyTextHasNone)
 {
     EXPECT_EQ(Text::characterCount(u""), 0);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DesktopEntries.h"
 
+#include "Foundation/PoolJob.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
@@ -9,7 +11,6 @@
 #include <QLocale>
 #include <QSet>
 #include <QStandardPaths>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <atomic>
@@ -236,7 +237,7 @@ bool DesktopEntries::isReady() const
 void DesktopEntries::read()
 {
     m_reading = std::make_shared<Reading>();
-    QThreadPool::globalInstance()->start([reading = m_reading, folders = m_folders] {
+    startOn(*QThreadPool::globalInstance(), [reading = m_reading, folders = m_folders] {
         reading->index = Index::read(folders);
         reading->isOver = true;
     });

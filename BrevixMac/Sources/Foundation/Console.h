@@ -7,12 +7,14 @@
 namespace Console {
 
 constexpr int exitFailure = 1;
-constexpr int exitUsage = 64; // sysexits.h
+// sysexits.h: the command line is wrong, a service is unavailable.
+constexpr int exitUsage = 64;
+constexpr int exitUnavailable = 69;
 
 /// Prints @p text and a line break; gives 0, the exit code of success.
 int say(const QString &text);
 
-/// Prints @p problem to the standard error, after the program's name; gives @p exitCode.
+/// Prints @p problem to the standard error, after the application's name; gives @p exitCode.
 int fail(const QString &problem, int exitCode = exitFailure);
 
 /// False when the input is a file or a pipe.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Console.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <cstdio>
@@ -60,7 +61,8 @@ int Console::say(const QString &text)
 
 int Console::fail(const QString &problem, int exitCode)
 {
-    std::fprintf(stderr, "brevix-cloud: %s\n", qUtf8Printable(problem));
+    std::fprintf(stderr, "%s: %s\n", qUtf8Printable(QCoreApplication::applicationName()),
+                 qUtf8Printable(problem));
     return exitCode;
 }
 
