@@ -3,6 +3,10 @@
 #include "ScreenBenchmark.h"
 #include "Screens/EditorStage.h"
 
+#include "PromptTemplateParser.h"
+#include "VariableFields.h"
+#include "VariableForm.h"
+
 namespace {
 
 /// A text of @p size UTF-16 units in paragraphs of some 600, each with a variable.
@@ -45,6 +49,47 @@ BENCHMARK_CAPTURE(keystrokeInAPrompt, panel, EditorKind::panel)
 BENCHMARK_CAPTURE(keystrokeInAPrompt, window, EditorKind::window)
     ->Arg(100 << 10)
     ->Unit(benchmark::kMillisecond);
+
+/// Types a value into the first field of a form over a prompt of @p size UTF-16 units with as many variables
+/// as there are fields.
+void keystrokeInAVariable(benchmark::State &state)
+{
+    QString text;
+    for (int number = 0; text.size() < state.range(0); ++number)
+        text +=
+            QStringLiteral("Tell {{name_%1}} what changed, in plain words and with the dates, and ask for "
+                           "an answer by the end of the week; mention {{name_0}} too. ")
+                .arg(number % VariableFields::mostFields) +
+            (number % 6 == 5 ? QStringLiteral("\n") : QString());
+    const PromptItem prompt{
+        .id = QStringLiteral("p"), .title = QStringLiteral("T"), .text = text, .categoryID = {}};
+    VariableValues values;
+    for (const VariableToken &variable : PromptTemplateParser::variables(text))
+        values.insert(variable.name, QString());
+    VariableForm form({.title = QStringLiteral("Fill Variables"),
+                       .cancel = QStringLiteral("Back"),
+                       .confirm = QStringLiteral("Continue"),
+                       .placeholder = VariableFields::Placeholder::valueForName});
+    QObject::connect(&form, &VariableForm::valueEdited, &form,
+                     [&](const QString &name, const QString &value) {
+                         values.insert(name, value);
+                         form.setValues(values);
+                     });
+    form.resize(Theme::panelWidth, Theme::panelHeight);
+    form.show();
+    form.begin(prompt, values);
+    QCoreApplication::sendPostedEvents();
+    TextField &field = *form.fields().fields().first();
+    int typed = 0;
+    for (auto _ : state) {
+        if (++typed % 40 == 0)
+            field.clear();
+        QTest::keyClick(&field, typed % 6 ? Qt::Key_A : Qt::Key_Space);
+        QCoreApplication::sendPostedEvents();
+        form.repaint();
+    }
+}
+BENCHMARK(keystrokeInAVariable)->Arg(1 << 10)->Arg(100 << 10)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

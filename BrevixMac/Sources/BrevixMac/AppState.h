@@ -211,8 +211,8 @@ public:
     void updateShortcut(const KeyboardShortcut &shortcut);
     const std::optional<QString> &shortcutProblem() const { return m_shortcutProblem; }
     void setShortcutProblem(const std::optional<QString> &problem);
-    /// Puts @p text on the clipboard and tells nobody: no prompt was copied.
-    void copyText(const QString &text);
+    /// Puts @p text on the clipboard; false when it refuses. No outcome is set: no prompt was copied.
+    bool copyText(const QString &text);
     /// Starts Brevix at login or no longer. A failure leaves the preference and becomes
     /// lastInsertionResult().
     void setLaunchAtLogin(bool enabled);

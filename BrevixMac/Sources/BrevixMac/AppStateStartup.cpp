@@ -189,9 +189,9 @@ void AppState::setShortcutProblem(const std::optional<QString> &problem)
     Q_EMIT shortcutProblemChanged();
 }
 
-void AppState::copyText(const QString &text)
+bool AppState::copyText(const QString &text)
 {
-    m_insertionService->copy(text);
+    return m_insertionService->copy(text);
 }
 
 void AppState::setLaunchAtLogin(bool enabled)

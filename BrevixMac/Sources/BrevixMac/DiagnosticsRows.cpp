@@ -2,6 +2,7 @@
 #include "DiagnosticsRows.h"
 
 #include "AppState.h"
+#include "CopyFeedback.h"
 #include "Diagnostics.h"
 #include "OneLine.h"
 #include "SettingsCard.h"
@@ -81,14 +82,12 @@ void DiagnosticsRows::addTextRows(SettingsCard &card)
     };
     connect(&Theme::shared(), &Theme::changed, this, pad);
     pad();
-    connect(m_copy, &QPushButton::clicked, this,
-            [this] { m_appState.copyText(Diagnostics::text(m_appState)); });
-    connect(m_show, &QPushButton::clicked, this, &DiagnosticsRows::toggle);
+    tellWhetherCopied(*m_copy, [this] { return m_appState.copyText(Diagnostics::text(m_appState)); });
+    connect(m_show, &QPushButton::clicked, this, [this] { setOpen(m_text->isHidden()); });
 }
 
-void DiagnosticsRows::toggle()
+void DiagnosticsRows::setOpen(bool isOpen)
 {
-    const bool isOpen = m_text->isHidden();
     m_text->setVisible(isOpen);
     m_show->setLabel(isOpen ? QStringLiteral("Hide") : QStringLiteral("Show"));
     m_show->setAccessibleDescription(isOpen ? QStringLiteral("Diagnostics, open")

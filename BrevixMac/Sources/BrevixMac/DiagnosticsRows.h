@@ -20,6 +20,7 @@ public:
     DiagnosticsRows(AppState &appState, SettingsCard &card, QObject *parent);
 
     void refresh();
+    void collapse() { setOpen(false); }
 
     /// The value beside @p label.
     QString value(const QString &label) const;
@@ -30,7 +31,7 @@ public:
 private:
     void addValueRows(SettingsCard &card);
     void addTextRows(SettingsCard &card);
-    void toggle();
+    void setOpen(bool isOpen);
 
     AppState &m_appState;
     QMap<QString, TextLabel *> m_values;

@@ -80,6 +80,9 @@ QWidget *EditorFrame::makeFooter(int margin)
 
 void EditorFrame::cancel()
 {
+    // Its outcome is told here, and the text of a failure is still needed.
+    if (m_model.isSaving())
+        return;
     m_model.cancel();
     Q_EMIT cancelled();
 }
@@ -89,6 +92,7 @@ void EditorFrame::refreshButtons()
     m_save->setLabel(m_model.isSaving() ? QStringLiteral("Saving...") : m_saveText);
     m_save->setBusy(m_model.isSaving());
     m_save->setEnabled(m_model.canSave());
+    m_cancel->setEnabled(!m_model.isSaving());
     placeStatus();
 }
 

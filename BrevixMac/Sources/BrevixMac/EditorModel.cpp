@@ -44,16 +44,17 @@ void EditorModel::closeSession()
     m_session.reset();
 }
 
-void EditorModel::begin()
+bool EditorModel::begin()
 {
     if (m_isSaving || !content().isBlank())
-        return;
+        return false;
     const auto draft = m_session->open();
     if (draft)
         replaceContent(*draft);
     setDraftNote(draft                       ? DraftNote::restored
                  : m_session->hasCancelled() ? DraftNote::cancelled
                                              : DraftNote::none);
+    return true;
 }
 
 void EditorModel::cancel()

@@ -48,8 +48,9 @@ public:
     virtual bool canSave() const = 0;
     virtual void save() = 0;
 
-    /// The form appears: an empty one shows the draft, if there is one, or offers what was thrown away.
-    void begin();
+    /// The form appears: an empty one shows the draft, if there is one, or offers what was thrown away. False
+    /// when it holds something already: its user goes on where they were.
+    bool begin();
 
     /// Empties the form; what it held can be had back at the next begin(). While saving nothing is thrown
     /// away: the outcome decides.
@@ -82,6 +83,8 @@ Q_SIGNALS:
     /// Every field has a new value: the form shall read them all.
     void contentReplaced();
     void saved();
+    /// The content could not be saved and is still there; statusMessage() says why, right after this.
+    void savingFailed();
 
 protected:
     EditorModel(AppState &appState, DraftStore::Form form, QObject *parent);
@@ -124,7 +127,8 @@ private:
             co_return;
         setSaving(false);
         if (!outcome.value) {
-            showProblem(outcome.problem);
+            Q_EMIT savingFailed();
+            showProblem(outcome.problem); // last: what was held back meanwhile must not hide it
             co_return;
         }
         forgetContent();

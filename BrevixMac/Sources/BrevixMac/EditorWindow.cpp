@@ -99,6 +99,18 @@ void EditorWindow::setFrame(EditorModel &model, EditorFrame &frame)
     layout->addWidget(&frame);
     connect(&frame, &EditorFrame::cancelled, this, &QWidget::close);
     connect(&model, &EditorModel::saved, this, &QWidget::close);
+    connect(&model, &EditorModel::savingFailed, this, &EditorWindow::reappear);
+}
+
+/// A window that was closed while it saved comes back with the failure, without taking the keyboard from what
+/// its user does now.
+void EditorWindow::reappear()
+{
+    if (isVisible())
+        return;
+    setAttribute(Qt::WA_ShowWithoutActivating, true);
+    show();
+    setAttribute(Qt::WA_ShowWithoutActivating, false);
 }
 
 void EditorWindow::present()
@@ -114,8 +126,8 @@ void EditorWindow::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     if (event->spontaneous())
         return;
-    m_model->begin();
-    focusFirst();
+    if (m_model->begin() || !focusWidget())
+        focusFirst();
 }
 
 void EditorWindow::hideEvent(QHideEvent *event)

@@ -36,6 +36,8 @@ protected:
     bool event(QEvent *event) override;
 
 private:
+    void reappear();
+
     EditorModel *m_model = nullptr;
     HintBubble *m_hint;
 };

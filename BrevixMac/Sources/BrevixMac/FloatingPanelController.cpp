@@ -2,6 +2,7 @@
 #include "FloatingPanelController.h"
 
 #include "AppState.h"
+#include "ProgrammingError.h"
 #include "PromptPalettePanel.h"
 #include "PromptPaletteView.h"
 #include "Theme.h"
@@ -21,8 +22,8 @@ constexpr QSize leastSize(640, 420);
 } // namespace
 
 FloatingPanelController::FloatingPanelController(AppState &appState, Workspace &workspace)
-    : m_appState(appState)
-    , m_workspace(workspace)
+    : m_appState(&appState)
+    , m_workspace(&workspace)
     , m_panel(std::make_unique<PromptPalettePanel>(appState))
 {
     PromptPaletteView &view = m_panel->view();
@@ -32,12 +33,12 @@ FloatingPanelController::FloatingPanelController(AppState &appState, Workspace &
     connect(&appState, &AppState::insertionFinished, this, &FloatingPanelController::hide);
     connect(&appState, &AppState::insertionFailed, this, [this] {
         // As in the picker: a paste gives the focus to its target.
-        if (isVisible() && m_appState.isTargetInFront())
-            m_workspace.activateOwnWindow(m_panel->windowHandle());
+        if (isVisible() && m_appState->isTargetInFront())
+            m_workspace->activateOwnWindow(m_panel->windowHandle());
     });
     // The picker works on the same state: one of the two at a time.
     connect(&appState, &AppState::palettePresentedChanged, this, [this] {
-        if (m_appState.palettePresented())
+        if (m_appState->palettePresented())
             hide();
     });
     connect(&Theme::shared(), &Theme::changed, this, [this] {
@@ -46,21 +47,27 @@ FloatingPanelController::FloatingPanelController(AppState &appState, Workspace &
     });
 }
 
+FloatingPanelController::FloatingPanelController(QDataStream &)
+{
+    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+}
+
 FloatingPanelController::~FloatingPanelController() = default;
 
 void FloatingPanelController::show()
 {
     if (!isVisible()) {
-        m_panel->setCompositing(m_workspace.isCompositing());
+        m_panel->setCompositing(m_workspace->isCompositing());
         placeInTheMiddle();
         m_panel->view().appear();
         m_panel->show();
+        m_workspace->joinAllDesktops(m_panel->windowHandle());
     }
     m_panel->raise();
-    m_workspace.activateOwnWindow(m_panel->windowHandle());
+    m_workspace->activateOwnWindow(m_panel->windowHandle());
     // After the palette has become the active window.
     QTimer::singleShot(0, this, [this] {
-        if (!m_appState.activeVariablePrompt())
+        if (!m_appState->activeVariablePrompt())
             m_panel->view().focusSearch();
     });
 }

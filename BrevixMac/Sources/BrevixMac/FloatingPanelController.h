@@ -7,6 +7,7 @@
 
 class AppState;
 class PromptPalettePanel;
+class QDataStream;
 class Workspace;
 
 /// Owns the window of the prompt palette: frameless, above other windows, moved by its background, centred on
@@ -18,6 +19,10 @@ class FloatingPanelController final : public QObject
 public:
     /// Both must outlive this object.
     FloatingPanelController(AppState &appState, Workspace &workspace);
+
+    /// A panel cannot be created from an archive: stops the program.
+    [[noreturn]] explicit FloatingPanelController(QDataStream &coder);
+
     ~FloatingPanelController() override;
 
     /// Shows the palette with the focus in its search field, or raises it.
@@ -33,7 +38,7 @@ Q_SIGNALS:
 private:
     void placeInTheMiddle();
 
-    AppState &m_appState;
-    Workspace &m_workspace;
+    AppState *m_appState = nullptr;
+    Workspace *m_workspace = nullptr;
     std::unique_ptr<PromptPalettePanel> m_panel;
 };

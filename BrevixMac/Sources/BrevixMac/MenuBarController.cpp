@@ -186,6 +186,7 @@ void MenuBarController::showPicker()
     m_panel->view().appear();
     position();
     m_panel->show();
+    m_workspace.joinAllDesktops(m_panel->windowHandle());
     m_panel->raise();
     if (m_appState->pickerAutoFocusSearch())
         m_workspace.activateOwnWindow(m_panel->windowHandle());

@@ -131,7 +131,9 @@ void MenuBarPickerView::focusPage()
 
 void MenuBarPickerView::closeEditor()
 {
-    setRoute(m_editorReturnRoute);
+    // A save may end when its user is elsewhere already.
+    if (m_route == PickerPanelRoute::newPrompt)
+        setRoute(m_editorReturnRoute);
 }
 
 QSize MenuBarPickerView::sizeHint() const

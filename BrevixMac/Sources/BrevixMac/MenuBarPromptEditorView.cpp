@@ -46,8 +46,10 @@ MenuBarPromptEditorView::MenuBarPromptEditorView(AppState &appState, QWidget *pa
     layout->addWidget(m_frame);
     connect(m_header, &PageHeader::backRequested, m_frame, &EditorFrame::cancel);
     connect(m_openWindow, &QPushButton::clicked, this, &MenuBarPromptEditorView::windowRequested);
-    connect(m_model, &EditorModel::isSavingChanged, this,
-            [this] { m_openWindow->setEnabled(!m_model->isSaving()); });
+    connect(m_model, &EditorModel::isSavingChanged, this, [this] {
+        m_openWindow->setEnabled(!m_model->isSaving());
+        m_header->backButton().setEnabled(!m_model->isSaving());
+    });
     connect(m_frame, &EditorFrame::cancelled, this, &MenuBarPromptEditorView::cancelled);
     connect(m_model, &EditorModel::saved, this, &MenuBarPromptEditorView::saved);
 }
@@ -57,8 +59,8 @@ void MenuBarPromptEditorView::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     if (event->spontaneous())
         return;
-    m_model->begin();
-    m_form->focusFirst();
+    if (m_model->begin() || !focusWidget())
+        m_form->focusFirst();
 }
 
 void MenuBarPromptEditorView::hideEvent(QHideEvent *event)

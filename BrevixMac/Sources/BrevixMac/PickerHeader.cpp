@@ -67,7 +67,7 @@ void PickerHeader::refresh()
     m_status->setOverflow(isSignedIn ? TextLabel::Overflow::elide : TextLabel::Overflow::wrap);
     m_status->setText(statusText());
     m_signIn->setVisible(!isSignedIn);
+    m_signIn->setBusy(isAuthenticating);
     m_signIn->setEnabled(!isAuthenticating);
     m_signIn->setLabel(isAuthenticating ? QStringLiteral("Signing In...") : QStringLiteral("Sign In"));
-    m_signIn->setBusy(isAuthenticating);
 }

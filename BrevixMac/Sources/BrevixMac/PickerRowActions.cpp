@@ -55,8 +55,8 @@ void PickerRowActions::describeInsert(bool isSkill, const Circumstances &circums
     m_insert->setLabel(m_wording != Wording::namesTheKind ? QStringLiteral("Insert")
                        : isSkill                          ? QStringLiteral("Insert Skill")
                                                           : QStringLiteral("Insert Prompt"));
-    m_insert->setEnabled(target.ready && !circumstances.isInserting);
     m_insert->setBusy(circumstances.isInserting);
+    m_insert->setEnabled(target.ready && !circumstances.isInserting);
     m_insert->setToolTip(target.ready ? QString(u"Insert into " + OneLine::of(target.appName))
                                       : target.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());

@@ -147,11 +147,15 @@ void PickerRowDelegate::paintTitle(QPainter &painter, const QRect &line, const Q
     const QString chip = hasVariables ? variablesLabel() : index.data(PickerListModel::chipRole).toString();
     const int mark = theme.scaled(markSize);
     const int gap = theme.scaled(markGap);
-    // A chip that would leave the title less than half of the line gives way.
-    const bool showsChip = !chip.isEmpty() && chipWidth(chip) * 2 <= line.width();
-    const int reserved = (hasVariables ? mark + gap : 0) + (showsChip ? chipWidth(chip) : 0);
+    const int marked = hasVariables ? mark + gap : 0;
+    const QString title = index.data(Qt::DisplayRole).toString();
+    const int wholeTitle = QFontMetrics(theme.font(Theme::Type::rowTitle)).horizontalAdvance(title);
+    // A chip that would leave the title less than half of the line, and not all it needs, gives way.
+    const bool showsChip = !chip.isEmpty() && (chipWidth(chip) * 2 <= line.width() ||
+                                               wholeTitle + gap + marked + chipWidth(chip) <= line.width());
+    const int reserved = marked + (showsChip ? chipWidth(chip) : 0);
     const int titleWidth = drawText(painter, line.adjusted(0, 0, -reserved, 0), Theme::Type::rowTitle,
-                                    Theme::Color::text, index.data(Qt::DisplayRole).toString());
+                                    Theme::Color::text, title);
     int after = line.left() + titleWidth + gap;
     if (hasVariables) {
         Symbols::paint(painter, QStringLiteral("slider.horizontal.3"), theme.color(Theme::Color::tertiary),

@@ -2,6 +2,7 @@
 #include "PreviewText.h"
 
 #include "PromptTemplateParser.h"
+#include "TextDifference.h"
 #include "ThemePainting.h"
 #include "ThinScrollBar.h"
 
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -21,19 +23,6 @@ constexpr int leastHeight = 64;
 constexpr qreal markInset = 2;
 constexpr qreal markRadius = 5;
 constexpr qreal emptyMarkWidth = 3;
-
-// The next placeholder at or after @p from that has an entry among @p values.
-std::optional<std::pair<qsizetype, QString>> nextPlaceholder(const QString &text, qsizetype from,
-                                                             const VariableValues &values)
-{
-    std::optional<std::pair<qsizetype, QString>> found;
-    for (auto entry = values.keyValueBegin(); entry != values.keyValueEnd(); ++entry) {
-        const qsizetype position = text.indexOf(u"{{" + entry->first + u"}}", from);
-        if (position >= 0 && (!found || position < found->first))
-            found = {position, entry->first};
-    }
-    return found;
-}
 
 QString withLineFeeds(QString text)
 {
@@ -46,6 +35,7 @@ PreviewText::PreviewText(QWidget *parent)
     : QTextEdit(parent)
 {
     setReadOnly(true);
+    setUndoRedoEnabled(false);
     setAcceptRichText(false);
     setFrameShape(QFrame::NoFrame);
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -78,23 +68,28 @@ void PreviewText::onThemeChanged()
     const int side = theme.scaled(padding) + Theme::haloWidth;
     const int vertical = theme.scaled(padding - 2) + Theme::haloWidth;
     setViewportMargins(side, vertical, Theme::haloWidth, vertical);
-    format();
+    setExtraSelections({}); // their ink is another one now
+    setLineHeight();
+    updateGeometry();
 }
 
 QList<PreviewText::Span> PreviewText::valueSpans(const QString &text, const VariableValues &values,
                                                  const QString &rendered)
 {
+    constexpr qsizetype braces = 2;
     QList<Span> spans;
     QString composed;
     qsizetype from = 0;
-    while (const auto next = nextPlaceholder(text, from, values)) {
-        const auto &[position, name] = *next;
-        composed += QStringView(text).mid(from, position - from);
-        spans.append({.start = composed.size(), .length = values.value(name).size()});
-        composed += values.value(name);
-        from = position + name.size() + 4;
+    for (const PromptTemplateParser::Placeholder &place : PromptTemplateParser::placeholders(text)) {
+        const auto value = values.constFind(text.sliced(place.start + braces, place.length - 2 * braces));
+        if (value == values.cend())
+            continue; // written with spaces inside its braces: stays as it is
+        composed += QStringView(text).sliced(from, place.start - from);
+        spans.append({.start = composed.size(), .length = value->size()});
+        composed += *value;
+        from = place.start + place.length;
     }
-    composed += QStringView(text).mid(from);
+    composed += QStringView(text).sliced(from);
     return composed == rendered ? spans : QList<Span>();
 }
 
@@ -108,31 +103,33 @@ void PreviewText::setPrompt(const PromptItem &prompt, const VariableValues &valu
         shownValues.insert(withLineFeeds(entry->first), withLineFeeds(entry->second));
     const QString rendered = PromptTemplateParser::render(shown, shownValues).text;
     m_spans = valueSpans(shown.text, shownValues, rendered);
-    const int scrolled = verticalScrollBar()->value();
-    setPlainText(rendered);
-    format();
-    verticalScrollBar()->setValue(scrolled);
+    follow(rendered);
+    if (std::exchange(m_promptID, prompt.id) != prompt.id)
+        verticalScrollBar()->setValue(0);
+    viewport()->update();
 }
 
-void PreviewText::format()
+/// Shows the beginning of @p text, changing only what differs.
+void PreviewText::follow(const QString &text)
+{
+    QString shown = text;
+    if (shown.size() > longestShown) {
+        shown.truncate(shown[longestShown - 1].isHighSurrogate() ? longestShown - 1 : longestShown);
+        const qsizetype end = shown.size();
+        erase_if(m_spans, [end](const Span &span) { return span.start + span.length > end; });
+        shown += u'\u2026';
+    }
+    TextDifference::apply(*document(), m_shown, shown);
+    m_shown = shown;
+}
+
+void PreviewText::setLineHeight()
 {
     QTextCursor cursor(document());
     cursor.select(QTextCursor::Document);
-    QTextBlockFormat lines;
+    QTextBlockFormat lines; // which new lines inherit
     lines.setLineHeight(lineHeightPercent, QTextBlockFormat::ProportionalHeight);
     cursor.mergeBlockFormat(lines);
-    QTextCharFormat plain;
-    plain.setFont(font());
-    plain.setForeground(palette().color(QPalette::Text));
-    cursor.setCharFormat(plain);
-    QTextCharFormat value;
-    value.setForeground(Theme::shared().color(Theme::Color::accent));
-    for (const Span &span : std::as_const(m_spans)) {
-        cursor.setPosition(static_cast<int>(span.start));
-        cursor.setPosition(static_cast<int>(span.start + span.length), QTextCursor::KeepAnchor);
-        cursor.mergeCharFormat(value);
-    }
-    updateGeometry();
 }
 
 QSize PreviewText::sizeHint() const
@@ -147,12 +144,50 @@ QSize PreviewText::minimumSizeHint() const
     return {0, std::min(Theme::shared().scaled(leastHeight), sizeHint().height())};
 }
 
+QList<PreviewText::Span> PreviewText::visibleSpans() const
+{
+    const QTextBlock first = cursorForPosition({0, 0}).block();
+    const QTextBlock last = cursorForPosition(QPoint(0, viewport()->height())).block();
+    const qsizetype begin = first.position();
+    const qsizetype end = last.position() + last.length();
+    const auto from = std::partition_point(m_spans.begin(), m_spans.end(), [begin](const Span &span) {
+        return span.start + span.length < begin;
+    });
+    const auto to =
+        std::partition_point(from, m_spans.end(), [end](const Span &span) { return span.start < end; });
+    return {from, to};
+}
+
+/// Gives the values their ink. Only when something has changed, because setting it repaints.
+void PreviewText::inkSpans(const QList<Span> &spans)
+{
+    QList<Span> inked;
+    const QList<ExtraSelection> present = extraSelections();
+    for (const ExtraSelection &selection : present)
+        inked.append({.start = selection.cursor.selectionStart(),
+                      .length = selection.cursor.selectionEnd() - selection.cursor.selectionStart()});
+    if (inked == spans)
+        return;
+    QList<ExtraSelection> selections;
+    for (const Span &span : spans) {
+        ExtraSelection selection;
+        selection.cursor = QTextCursor(document());
+        selection.cursor.setPosition(static_cast<int>(span.start));
+        selection.cursor.setPosition(static_cast<int>(span.start + span.length), QTextCursor::KeepAnchor);
+        selection.format.setForeground(Theme::shared().color(Theme::Color::accent));
+        selections.append(selection);
+    }
+    setExtraSelections(selections);
+}
+
 void PreviewText::paintEvent(QPaintEvent *event)
 {
+    const QList<Span> spans = visibleSpans();
+    inkSpans(spans);
     {
         QPainter painter(viewport());
         painter.translate(0, -verticalScrollBar()->value());
-        for (const Span &span : std::as_const(m_spans))
+        for (const Span &span : spans)
             paintMark(painter, span);
     }
     QTextEdit::paintEvent(event);

@@ -6,7 +6,8 @@
 #include <QTextEdit>
 
 /// A read-only, selectable preview of a rendered prompt with its filled-in values marked. Its text is exactly
-/// what will be inserted; the marks are drawn, never part of it.
+/// what will be inserted, or the beginning of it with an ellipsis where that is very long; the marks are
+/// drawn, never part of it. Follows every keystroke in little time: only what differs is laid out again.
 class PreviewText final : public QTextEdit
 {
     Q_OBJECT
@@ -20,6 +21,9 @@ public:
 
         bool operator==(const Span &) const = default;
     };
+
+    /// The longest beginning that is shown, in UTF-16 units: laying out more would hold up the main thread.
+    static constexpr qsizetype longestShown = 128LL * 1024;
 
     explicit PreviewText(QWidget *parent = nullptr);
 
@@ -37,8 +41,13 @@ protected:
 
 private:
     void onThemeChanged();
-    void format();
+    void setLineHeight();
+    void follow(const QString &text);
+    QList<Span> visibleSpans() const;
+    void inkSpans(const QList<Span> &spans);
     void paintMark(QPainter &painter, const Span &span) const;
 
-    QList<Span> m_spans;
+    QString m_promptID;
+    QString m_shown;
+    QList<Span> m_spans; ///< in the order of the text
 };

@@ -44,6 +44,7 @@ PromptEditorModel::PromptEditorModel(AppState &appState, DraftStore::Form form, 
     , m_selectedCategoryColor(CategoryColor::all().first().value)
 {
     connect(&appState, &AppState::libraryChanged, this, &PromptEditorModel::onLibraryChanged);
+    connect(this, &EditorModel::savingFailed, this, &PromptEditorModel::onSavingFailed);
     onLibraryChanged();
 }
 
@@ -246,6 +247,20 @@ QCoro::Task<> PromptEditorModel::runOptimize(QString text, std::stop_token token
     const Outcome<QString> outcome = co_await appState().optimize(text);
     if (token.stop_requested())
         co_return;
+    if (isSaving())
+        m_heldOptimization = outcome; // what is being saved must not change
+    else
+        endOptimization(outcome);
+}
+
+void PromptEditorModel::onSavingFailed()
+{
+    if (m_heldOptimization)
+        endOptimization(*std::exchange(m_heldOptimization, std::nullopt));
+}
+
+void PromptEditorModel::endOptimization(const Outcome<QString> &outcome)
+{
     if (outcome.value && !isEditable(*outcome.value)) {
         showProblem(QStringLiteral("The optimized text is too large."));
     } else if (outcome.value) {
@@ -324,6 +339,7 @@ void PromptEditorModel::setContent(const EditorDraft &content)
     m_isCreatingCategory = !Text::isBlank(content.newCategoryName);
     m_previousText = content.previousText;
     m_isOptimizing = false;
+    m_heldOptimization.reset();
     m_pendingInsertion.reset();
     m_selectedCategoryID = content.categoryID;
     m_selectedCategoryName.clear();

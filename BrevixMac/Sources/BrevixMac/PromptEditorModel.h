@@ -96,6 +96,8 @@ protected:
 private:
     QCoro::Task<> runCreateCategory(QString name, QString color, std::stop_token token);
     QCoro::Task<> runOptimize(QString text, std::stop_token token);
+    void endOptimization(const Outcome<QString> &outcome);
+    void onSavingFailed();
     void onLibraryChanged();
     void chooseDefaultCategory();
     void replaceText(const QString &text);
@@ -116,5 +118,6 @@ private:
     bool m_hasAskedForCategory = false; ///< the new-category form was opened unasked
     bool m_isOptimizing = false;
     std::optional<QString> m_previousText;
-    TaskScope m_tasks; // keep last
+    std::optional<Outcome<QString>> m_heldOptimization; ///< came while saving
+    TaskScope m_tasks;                                  // keep last
 };

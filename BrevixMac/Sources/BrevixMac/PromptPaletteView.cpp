@@ -398,8 +398,8 @@ void PromptPaletteView::refreshActions()
     const bool isSharing = m_actions->isSharing();
     const bool canAct = selected && !m_appState.activeVariablePrompt();
     m_actions->describe();
-    m_insert->setEnabled(canAct && status.ready && !isInserting);
     m_insert->setBusy(isInserting);
+    m_insert->setEnabled(canAct && status.ready && !isInserting);
     m_insert->setToolTip(status.ready ? QString(u"Insert into " + OneLine::of(status.appName))
                                       : status.title);
     m_insert->setAccessibleDescription(m_insert->toolTip());

@@ -11,6 +11,7 @@ add_library(BrevixMac STATIC
     BrandGlyph.cpp BrandGlyph.h
     ButtonBar.cpp ButtonBar.h
     ContentScrollArea.cpp ContentScrollArea.h
+    CopyFeedback.cpp CopyFeedback.h
     HintBubble.cpp HintBubble.h
     PageFade.cpp PageFade.h
     PageHeader.cpp PageHeader.h
@@ -21,6 +22,7 @@ add_library(BrevixMac STATIC
     PageHeader.cpp PageHeader.h
     PreviewBox.cpp PreviewBox.h
     StatusCard.cpp StatusCard.h
+    TextDifference.cpp TextDifference.h
     TextField.cpp TextField.h
     TextLabel.cpp TextLabel.h
     ThemedButton.cpp ThemedButton.h

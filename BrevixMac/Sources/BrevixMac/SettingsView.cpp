@@ -4,6 +4,7 @@
 #include "AppState.h"
 #include "ChoiceRow.h"
 #include "ContentScrollArea.h"
+#include "CopyFeedback.h"
 #include "DiagnosticsRows.h"
 #include "Doctor.h"
 #include "DoctorRows.h"
@@ -17,6 +18,8 @@
 #include "UpdateRow.h"
 
 #include <QButtonGroup>
+#include <QHideEvent>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 namespace {
@@ -26,6 +29,13 @@ constexpr int topMargin = 6;
 constexpr int bottomMargin = 22;
 constexpr int leastHeight = 120;
 constexpr int widestColumn = 640;
+
+const QString nothingToGrant =
+    QStringLiteral("Nothing is missing. This desktop has no settings page for it.");
+const QString askedTheDesktop = QStringLiteral(
+    "The desktop was asked to switch accessibility on. What works in this session is listed below.");
+const QString cannotPostKeys =
+    QStringLiteral("This desktop has no consent to ask for. The report below says what to do.");
 
 const QString keyLegend = QStringLiteral("⌘ is the Super key, ⌥ the Alt key.");
 
@@ -112,9 +122,9 @@ void SettingsView::addAccount()
     connect(m_signIn, &QPushButton::clicked, this, [this] { m_appState.signIn(window()->isVisible()); });
     connect(m_signOut, &QPushButton::clicked, this, [this] { m_appState.signOut(); });
     connect(m_cancelSignIn, &QPushButton::clicked, this, [this] { m_appState.authService().cancelSignIn(); });
-    connect(m_copyLink, &QPushButton::clicked, this, [this] {
-        if (const auto &pending = m_appState.authService().pendingAuthorization())
-            m_appState.copyText(QString::fromUtf8(pending->url.toEncoded()));
+    tellWhetherCopied(*m_copyLink, [this] {
+        const auto &pending = m_appState.authService().pendingAuthorization();
+        return pending && m_appState.copyText(QString::fromUtf8(pending->url.toEncoded()));
     });
 }
 
@@ -180,8 +190,8 @@ SettingsView::Permission SettingsView::addPermission(SettingsCard *card, const Q
                                                      const QString &subtitle)
 {
     auto *row = new SettingsRow(title, subtitle);
-    const Permission permission{.chip = new StatusChip,
-                                .button = makeButton(QStringLiteral("Open Settings"))};
+    const Permission permission{
+        .row = row, .chip = new StatusChip, .button = makeButton(QStringLiteral("Open Settings"))};
     permission.button->setMinimumWidth(permission.button->sizeHint().width());
     permission.button->setAccessibleDescription(title);
     row->addControl(permission.chip);
@@ -203,10 +213,18 @@ void SettingsView::addSystemAccess()
     status->addControl(m_recheck);
     card->addRow(status);
     m_doctor = new DoctorRows(m_appState.doctor(), *card, this);
-    connect(m_accessibility.button, &QPushButton::clicked, this,
-            [this] { m_appState.requestAccessibilityPermission(); });
-    connect(m_postEvent.button, &QPushButton::clicked, this,
-            [this] { m_appState.requestPostEventPermission(); });
+    connect(m_accessibility.button, &QPushButton::clicked, this, [this] {
+        m_appState.requestAccessibilityPermission();
+        m_accessibility.row->setNote(m_appState.permissions().accessibilityGranted() ? nothingToGrant
+                                                                                     : askedTheDesktop,
+                                     Theme::Color::secondary);
+    });
+    connect(m_postEvent.button, &QPushButton::clicked, this, [this] {
+        m_appState.requestPostEventPermission();
+        m_postEvent.row->setNote(m_appState.permissions().postEventGranted() ? nothingToGrant
+                                                                             : cannotPostKeys,
+                                 Theme::Color::secondary);
+    });
     connect(m_recheck, &QPushButton::clicked, this, [this] {
         m_appState.permissions().refresh();
         m_appState.updateOnboardingState();
@@ -260,15 +278,37 @@ void SettingsView::refresh()
 
 void SettingsView::focusFirst()
 {
-    ThemedButton *first = m_signIn->isVisibleTo(this) && m_signIn->isEnabled() ? m_signIn : m_signOut;
-    first->setFocus(Qt::TabFocusReason);
+    for (ThemedButton *button : {m_signIn, m_signOut, m_cancelSignIn}) {
+        if (button->isVisibleTo(this) && button->isEnabled()) {
+            button->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
 }
 
 void SettingsView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
+    if (!event->spontaneous())
+        forgetNotes();
     refresh();
     m_appState.doctor().examine();
+}
+
+void SettingsView::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        m_diagnostics->collapse();
+}
+
+/// What an attempt of an earlier visit has left may be put right by now.
+void SettingsView::forgetNotes()
+{
+    m_loginProblem.clear();
+    m_appState.setShortcutProblem({});
+    for (const Permission &permission : {m_accessibility, m_postEvent})
+        permission.row->setNote({}, Theme::Color::secondary);
 }
 
 void SettingsView::refreshAccount()
@@ -286,12 +326,35 @@ void SettingsView::refreshAccount()
                            Theme::Color::warning);
     else
         m_account->setNote({}, Theme::Color::secondary);
-    m_signOut->setVisible(user.has_value());
-    m_signIn->setVisible(!user);
+    m_signIn->setBusy(auth.isAuthenticating());
     m_signIn->setLabel(auth.isAuthenticating() ? QStringLiteral("Signing In...") : QStringLiteral("Sign In"));
     m_signIn->setEnabled(!auth.isAuthenticating());
-    m_cancelSignIn->setVisible(!user && auth.isAuthenticating());
-    m_copyLink->setVisible(!user && pending.has_value());
+    showAccountButtons(user ? QList{m_signOut} : buttonsWithoutUser());
+}
+
+QList<ThemedButton *> SettingsView::buttonsWithoutUser() const
+{
+    const AuthService &auth = m_appState.authService();
+    QList<ThemedButton *> shown;
+    if (auth.pendingAuthorization())
+        shown.append(m_copyLink);
+    if (auth.isAuthenticating())
+        shown.append(m_cancelSignIn);
+    shown.append(m_signIn);
+    return shown;
+}
+
+/// The focus goes from a button that vanishes to the one that takes its place, not to some switch below.
+void SettingsView::showAccountButtons(const QList<ThemedButton *> &shown)
+{
+    const QList<ThemedButton *> all{m_copyLink, m_cancelSignIn, m_signIn, m_signOut};
+    auto *focused = qobject_cast<ThemedButton *>(window()->focusWidget());
+    for (ThemedButton *button : shown)
+        button->show();
+    if (all.contains(focused) && !shown.contains(focused))
+        shown.last()->setFocus(Qt::OtherFocusReason);
+    for (ThemedButton *button : all)
+        button->setVisible(shown.contains(button));
 }
 
 void SettingsView::refreshGeneral()
@@ -304,11 +367,10 @@ void SettingsView::refreshGeneral()
 void SettingsView::refreshShortcut()
 {
     m_recorder->setShortcut(m_appState.preferences().preferredShortcut());
-    if (m_recorder->monitor().isRecording())
-        m_shortcutRow->setNote(keyLegend, Theme::Color::secondary);
-    else if (const auto &problem = m_appState.shortcutProblem())
+    const bool isRecording = m_recorder->monitor().isRecording();
+    if (const auto &problem = m_appState.shortcutProblem(); problem && !isRecording)
         m_shortcutRow->setNote(*problem, Theme::Color::danger);
-    else if (const auto inTheWay = m_appState.hotkeyProblem())
+    else if (const auto inTheWay = m_appState.hotkeyProblem(); inTheWay && !isRecording)
         m_shortcutRow->setNote(inTheWay->reason + u". " + inTheWay->advice + u'.', Theme::Color::warning);
     else
         m_shortcutRow->setNote(keyLegend, Theme::Color::secondary);

@@ -49,6 +49,8 @@ public:
     ShortcutRecorderView &recorder() const { return *m_recorder; }
     ChoiceRow &methodRow(InsertionMethod method) const { return *m_methods.at(method); }
     StatusChip &accessibilityChip() const { return *m_accessibility.chip; }
+    SettingsRow &accessibilityRow() const { return *m_accessibility.row; }
+    SettingsRow &postEventRow() const { return *m_postEvent.row; }
     ThemedButton &accessibilityButton() const { return *m_accessibility.button; }
     StatusChip &postEventChip() const { return *m_postEvent.chip; }
     ThemedButton &postEventButton() const { return *m_postEvent.button; }
@@ -59,15 +61,20 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     struct Permission
     {
+        SettingsRow *row = nullptr;
         StatusChip *chip = nullptr;
         ThemedButton *button = nullptr;
     };
 
     void makeScrollArea();
+    QList<ThemedButton *> buttonsWithoutUser() const;
+    void showAccountButtons(const QList<ThemedButton *> &shown);
+    void forgetNotes();
     SettingsCard *addCard(const QString &title);
     void addAccount();
     void addGeneral();

@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SettingsWindowController.h"
 
+#include "ProgrammingError.h"
 #include "SettingsView.h"
 #include "Theme.h"
 
 #include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScreen>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int openingHeight = 720;
 constexpr int topMargin = 14;
+constexpr int screenShare = 90; // percent of the screen that a window takes at most
 
 /// A window on the theme's surface.
 class SurfaceWindow final : public QWidget
@@ -35,16 +40,22 @@ protected:
 } // namespace
 
 SettingsWindowController::SettingsWindowController(AppState &appState)
-    : m_appState(appState)
+    : m_appState(&appState)
     , m_window(std::make_unique<SurfaceWindow>())
 {
     m_window->setWindowTitle(QStringLiteral("Brevix Settings"));
     m_window->setMinimumSize(leastWidth, leastHeight);
-    m_window->resize(leastWidth, openingHeight);
+    const int room = m_window->screen()->availableSize().height() * screenShare / 100;
+    m_window->resize(leastWidth, std::min(openingHeight, room));
     auto *layout = new QVBoxLayout(m_window.get());
     layout->setContentsMargins(0, topMargin, 0, 0);
     m_window->installEventFilter(this);
     connect(&Theme::shared(), &Theme::changed, m_window.get(), qOverload<>(&QWidget::update));
+}
+
+SettingsWindowController::SettingsWindowController(QDataStream &)
+{
+    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
 }
 
 SettingsWindowController::~SettingsWindowController()
@@ -55,7 +66,7 @@ SettingsWindowController::~SettingsWindowController()
 void SettingsWindowController::show()
 {
     if (!m_view) {
-        m_view = new SettingsView(m_appState, m_window.get());
+        m_view = new SettingsView(*m_appState, m_window.get());
         m_window->layout()->addWidget(m_view);
         m_view->focusFirst(); // the last focus went with the last content
     }

@@ -7,6 +7,7 @@
 #include <memory>
 
 class AppState;
+class QDataStream;
 class QWidget;
 class SettingsView;
 
@@ -22,6 +23,10 @@ public:
 
     /// @p appState must outlive this object.
     explicit SettingsWindowController(AppState &appState);
+
+    /// A window cannot be created from an archive: stops the program.
+    [[noreturn]] explicit SettingsWindowController(QDataStream &coder);
+
     ~SettingsWindowController() override;
 
     /// Opens the window, or only makes sure that it is on screen.
@@ -36,7 +41,7 @@ public:
 private:
     void windowWillClose();
 
-    AppState &m_appState;
+    AppState *m_appState = nullptr;
     std::unique_ptr<QWidget> m_window;
     QPointer<SettingsView> m_view;
 };

@@ -35,8 +35,8 @@ constexpr int narrowestColumns = 600; // below it the columns stand one over the
 constexpr int longText = 32 * 1024;
 constexpr std::chrono::milliseconds restOfTyping{250};
 // What is shown of a text that cannot be edited.
-constexpr qsizetype excerptLength = 32 * 1024;
-constexpr qsizetype excerptLine = 2 * 1024;
+constexpr qsizetype excerptLength = 32LL * 1024;
+constexpr qsizetype excerptLine = 2LL * 1024;
 
 /// The beginning of @p text, with its long lines cut off.
 QString excerpt(const QString &text)
@@ -275,8 +275,8 @@ void SkillEditorView::report()
 
 void SkillEditorView::showInList(const SkillItem &skill)
 {
+    m_appState.setQuery(skill.title); // a visible list selects nothing for a new query
     m_appState.setSelectedSkillID(skill.id);
-    m_appState.setQuery(skill.title);
 }
 
 // Import

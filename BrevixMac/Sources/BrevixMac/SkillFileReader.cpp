@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr size_t chunkSize = 1024 * 1024;
+constexpr size_t chunkSize = 1024UL * 1024;
 
 class Descriptor
 {
@@ -96,16 +96,16 @@ std::optional<QString> readBytes(const QString &path, QByteArray &bytes, const s
     // Asked before opening, because opening a pipe or a device may already do something.
     if (::stat(name.constData(), &before) != 0)
         return systemProblem(errno);
-    if (const auto problem = problemOfKind(before))
+    if (auto problem = problemOfKind(before))
         return problem;
     const Descriptor file(::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     if (file.get() < 0)
         return systemProblem(errno);
     if (::fstat(file.get(), &before) != 0)
         return systemProblem(errno);
-    if (const auto problem = problemOfKind(before))
+    if (auto problem = problemOfKind(before))
         return problem;
-    if (const auto problem = readAll(file.get(), bytes, isStopped))
+    if (auto problem = readAll(file.get(), bytes, isStopped))
         return problem;
     onceRead();
     struct stat after = {};
@@ -226,11 +226,11 @@ SkillFileReader::Result SkillFileReader::readFile(const QString &path, const std
     Result result;
     result.file.fileName = QFileInfo(path).fileName();
     QByteArray bytes;
-    if (const auto problem = readBytes(path, bytes, isStopped, onceRead)) {
+    if (auto problem = readBytes(path, bytes, isStopped, onceRead)) {
         result.problem = *problem;
         return result;
     }
-    if (const auto problem = decode(bytes, result.file.text)) {
+    if (auto problem = decode(bytes, result.file.text)) {
         result.problem = *problem;
         return result;
     }

@@ -179,6 +179,12 @@ void ThemedButton::keyPressEvent(QKeyEvent *event)
         QPushButton::keyPressEvent(event);
 }
 
+bool ThemedButton::focusNextPrevChild(bool next)
+{
+    // What Qt asks for when it disables the control with the focus.
+    return (m_isBusy && !isEnabled()) || QPushButton::focusNextPrevChild(next);
+}
+
 QColor ThemedButton::background() const
 {
     const Theme &theme = Theme::shared();

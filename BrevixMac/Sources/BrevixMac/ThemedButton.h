@@ -33,7 +33,8 @@ public:
     /// Height of the drawn control in design pixels: 30 when not said otherwise.
     void setDesignHeight(int height);
 
-    /// Shows a turning ring in place of the symbol, at full strength also while disabled.
+    /// Shows a turning ring in place of the symbol, at full strength also while disabled. A busy button that
+    /// is disabled keeps the focus it has: what is typed next must not go to some other control.
     void setBusy(bool busy);
     bool isBusy() const { return m_isBusy; }
 
@@ -53,6 +54,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 

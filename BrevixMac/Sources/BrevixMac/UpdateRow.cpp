@@ -56,7 +56,9 @@ void UpdateRow::refresh()
     const UpdateStatus &status = m_updates.status();
     m_row->setNote(status.description(), ink(status.kind));
     m_release->setVisible(status.release.has_value());
-    m_check->setEnabled(m_updates.isConfigured() && status.kind != UpdateStatus::Kind::checking);
+    const bool isChecking = status.kind == UpdateStatus::Kind::checking;
+    m_check->setBusy(isChecking);
+    m_check->setEnabled(m_updates.isConfigured() && !isChecking);
 }
 
 void UpdateRow::openRelease()

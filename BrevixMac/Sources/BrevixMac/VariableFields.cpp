@@ -9,6 +9,9 @@
 #include <QEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 constexpr int labelGap = 3;
@@ -19,33 +22,70 @@ constexpr int fieldGap = 6;
 VariableFields::VariableFields(Placeholder placeholder, QWidget *parent)
     : QWidget(parent)
     , m_placeholder(placeholder)
+    , m_column(new QVBoxLayout)
+    , m_note(new TextLabel(Theme::Type::caption, Theme::Color::warning, TextLabel::Overflow::wrap, this))
 {
-    auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(0);
+    m_note->setContentsMargins(Theme::haloWidth, labelGap, 0, 0);
+    auto *whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->setSpacing(0);
+    whole->addLayout(m_column);
+    whole->addWidget(m_note);
+    m_note->hide();
 }
 
 void VariableFields::setPrompt(const PromptItem &prompt, const VariableValues &values)
 {
     m_fields.clear();
-    while (QLayoutItem *item = layout()->takeAt(0)) {
+    while (QLayoutItem *item = m_column->takeAt(0)) {
         delete item->widget();
         delete item;
     }
     m_variables = PromptTemplateParser::variables(prompt.text);
+    const qsizetype found = m_variables.size();
+    m_variables.resize(std::min(found, mostFields));
     for (const VariableToken &variable : std::as_const(m_variables))
         addField(variable);
     for (qsizetype index = 1; index < m_fields.size(); ++index)
         setTabOrder(m_fields.at(index - 1), m_fields.at(index));
+    setNote(found <= mostFields ? QString()
+                                : QStringLiteral("This prompt has %L1 variables. Those after the first %L2 "
+                                                 "stay empty.")
+                                      .arg(found)
+                                      .arg(mostFields));
     setValues(values);
+}
+
+QString VariableFields::note() const
+{
+    return m_note->text();
+}
+
+void VariableFields::setNote(const QString &note)
+{
+    m_note->setText(note);
+    m_note->setVisible(!note.isEmpty());
+}
+
+void VariableFields::onEdited(TextField &field, const QString &name, const QString &value)
+{
+    if (value.size() > longestValue) {
+        field.undo(); // says that it was edited, too
+        setNote(QStringLiteral("That text is too long for a field. A value can have %L1 characters.")
+                    .arg(longestValue));
+        return;
+    }
+    setNote({});
+    Q_EMIT valueEdited(name, value);
 }
 
 void VariableFields::addField(const VariableToken &variable)
 {
     const QString name = OneLine::of(variable.name);
-    auto *column = static_cast<QVBoxLayout *>(layout());
     if (!m_fields.isEmpty())
-        column->addSpacing(fieldGap);
+        m_column->addSpacing(fieldGap);
     auto *label =
         new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
     label->setText(name);
@@ -54,16 +94,17 @@ void VariableFields::addField(const VariableToken &variable)
     field->setPlaceholderText(m_placeholder == Placeholder::value ? QStringLiteral("Value")
                                                                   : QString(u"Value for " + name));
     field->setAccessibleName(name);
+    field->setMaxLength(longestValue + 1); // one more, so that what does not fit is noticed
     field->installEventFilter(this);
-    column->addWidget(label);
-    column->addSpacing(labelGap);
-    column->addWidget(field);
+    m_column->addWidget(label);
+    m_column->addSpacing(labelGap);
+    m_column->addWidget(field);
     // The layout would show them only later, and what is not shown cannot have the focus.
     label->show();
     field->show();
     m_fields.append(field);
     connect(field, &QLineEdit::textEdited, this,
-            [this, key = variable.name](const QString &value) { Q_EMIT valueEdited(key, value); });
+            [this, field, key = variable.name](const QString &value) { onEdited(*field, key, value); });
     connect(field, &QLineEdit::returnPressed, this, &VariableFields::confirmed);
 }
 

@@ -57,6 +57,7 @@ public:
 
     /// As far as Qt's own request goes.
     void activateOwnWindow(QWindow *window) override;
+    void joinAllDesktops(QWindow *) override {}
     bool isCompositing() const override { return false; }
 };
 

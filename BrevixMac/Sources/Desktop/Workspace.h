@@ -38,6 +38,9 @@ public:
     /// Gives one of our own windows the keyboard focus, past focus-stealing prevention.
     virtual void activateOwnWindow(QWindow *window) = 0;
 
+    /// Puts one of our own windows, which has just been shown, on every virtual desktop. Hiding it ends that.
+    virtual void joinAllDesktops(QWindow *window) = 0;
+
     /// Whether a compositing manager blends translucent windows now.
     virtual bool isCompositing() const = 0;
 

@@ -15,10 +15,10 @@ FileWriter::~FileWriter()
     waitForWrites();
 }
 
-void FileWriter::schedule(const QString &path, Write write)
+void FileWriter::schedule(const QString &path, const Write &write)
 {
     const std::lock_guard lock(m_mutex);
-    m_pending.insert(path, std::move(write));
+    m_pending.insert(path, write);
     if (!std::exchange(m_isWriting, true))
         startOn(m_thread, [this] { writePending(); });
 }

@@ -24,7 +24,7 @@ public:
     FileWriter &operator=(const FileWriter &) = delete;
 
     /// Has @p write called, in place of an earlier one for @p path that has not begun.
-    void schedule(const QString &path, Write write);
+    void schedule(const QString &path, const Write &write);
 
     /// Blocks until everything scheduled is done.
     void waitForWrites();

@@ -110,7 +110,7 @@ QList<Account> Accounts::list() const
 Account Accounts::create(const QString &name, const QString &email)
 {
     const Timestamp now = m_clock();
-    const Account account{randomIdentifier(identifierSize), email, name, now, now};
+    Account account{randomIdentifier(identifierSize), email, name, now, now};
     put(account);
     return account;
 }

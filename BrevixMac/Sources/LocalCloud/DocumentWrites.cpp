@@ -166,7 +166,7 @@ QStringList textsOf(const QJsonValue &array)
 {
     QStringList texts;
     const QJsonArray elements = array.toArray();
-    for (const QJsonValue &element : elements) {
+    for (const QJsonValue element : elements) {
         if (!element.isString())
             refuse(QStringLiteral("A list of texts holds something else."));
         texts.append(element.toString());

@@ -30,7 +30,7 @@ struct Outcome
 
 QJsonObject numberOperand(const QJsonValue &json)
 {
-    const QJsonObject value = canonicalValue(json);
+    QJsonObject value = canonicalValue(json);
     if (!isNumber(value))
         refuse(QStringLiteral("The operand must be a number."));
     return value;
@@ -57,7 +57,7 @@ using ValueSet = std::set<QJsonObject, Before>;
 ValueSet setOf(const QJsonArray &values)
 {
     ValueSet set;
-    for (const QJsonValue &value : values)
+    for (const QJsonValue value : values)
         set.insert(value.toObject());
     return set;
 }
@@ -87,9 +87,9 @@ QJsonObject withMissing(const QJsonObject &present, const QJsonArray &operand)
 {
     QJsonArray elements = elementsOf(present);
     ValueSet missing = setOf(operand); // usually far fewer than the field holds
-    for (const QJsonValue &element : std::as_const(elements))
+    for (const QJsonValue element : std::as_const(elements))
         missing.erase(element.toObject());
-    for (const QJsonValue &element : operand)
+    for (const QJsonValue element : operand)
         if (missing.erase(element.toObject()) > 0)
             elements.append(element);
     return arrayOf(elements);
@@ -100,7 +100,7 @@ QJsonObject without(const QJsonObject &present, const QJsonArray &operand)
     const ValueSet removed = setOf(operand);
     QJsonArray elements;
     const QJsonArray before = elementsOf(present);
-    for (const QJsonValue &element : before)
+    for (const QJsonValue element : before)
         if (!removed.contains(element.toObject()))
             elements.append(element);
     return arrayOf(elements);
@@ -140,7 +140,7 @@ QJsonArray transformFields(QJsonObject &fields, const QJsonArray &transforms, Ti
     if (transforms.size() > maximumTransforms)
         refuse(QStringLiteral("A write may transform at most %1 fields.").arg(maximumTransforms));
     QJsonArray results;
-    for (const QJsonValue &json : transforms) {
+    for (const QJsonValue json : transforms) {
         QJsonObject transform = json.toObject();
         const auto path = parseFieldPath(transform.take(u"fieldPath").toString());
         if (!path || transform.size() != 1)

@@ -92,7 +92,7 @@ std::optional<QString> FirestoreApi::userOf(const Request &request) const
 {
     if (request.headerCount("authorization") == 0)
         return std::nullopt;
-    const auto uid = m_state.idTokens.userOf(bearerToken(request));
+    auto uid = m_state.idTokens.userOf(bearerToken(request));
     if (!uid)
         throw RequestRefused(unauthenticated());
     return uid;

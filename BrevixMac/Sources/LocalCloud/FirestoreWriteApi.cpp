@@ -93,7 +93,7 @@ Response FirestoreWriteApi::commit(const Request &request, const QString &uid)
     const QString time = QString::fromLatin1(formatTimestamp(now));
     QJsonArray results;
     Transaction transaction(m_database);
-    for (const QJsonValue &json : writes) {
+    for (const QJsonValue json : writes) {
         const DocumentWrite write = DocumentWrite::fromJson(json.toObject(), m_writer.access());
         const QJsonArray transformResults = m_writer.apply(write, uid, now).transformResults;
         QJsonObject result{{QStringLiteral("updateTime"), time}};

@@ -13,7 +13,7 @@ namespace Cloud {
 
 namespace {
 
-constexpr qsizetype maximumAnswerSize = 1024 * 1024;
+constexpr qsizetype maximumAnswerSize = 1024LL * 1024;
 constexpr qsizetype maximumTextSize = 100'000;
 
 const QString instruction = QStringLiteral("You improve prompts that people write for language models. "

@@ -11,7 +11,7 @@ namespace {
 
 // Limits of the Firestore data model, in bytes of UTF-8 where they are sizes.
 constexpr qsizetype maximumNameSize = 1500;
-constexpr qsizetype maximumPathSize = 6 * 1024;
+constexpr qsizetype maximumPathSize = 6LL * 1024;
 constexpr qsizetype maximumDepth = 200;
 
 bool isName(const QString &text)

@@ -16,7 +16,7 @@ Q_LOGGING_CATEGORY(logService, "brevix.localcloud")
 
 }
 
-Service::Service(Site site, const QString &databasePath, const QByteArray &signingKey, Clock clock)
+Service::Service(const Site &site, const QString &databasePath, const QByteArray &signingKey, Clock clock)
     : m_state(site, databasePath, signingKey, std::move(clock))
     , m_router(site, m_state)
 {

@@ -13,7 +13,8 @@ class Service
 public:
     /// Opens the database at @p databasePath and seeds it. When that fails, errorString() says why and every
     /// request is answered with 503.
-    Service(Site site, const QString &databasePath, const QByteArray &signingKey, Clock clock = &systemTime);
+    Service(const Site &site, const QString &databasePath, const QByteArray &signingKey,
+            Clock clock = &systemTime);
 
     Response handle(const Request &request);
 

@@ -54,7 +54,7 @@ Shared sharedCategory(const QJsonObject &fields)
     Shared shared{orUntitled(textAt(fields, u"name"), QStringLiteral("Untitled Category")), {}, {}};
     const QJsonArray prompts =
         fields.value(u"prompts").toObject().value(u"arrayValue").toObject().value(u"values").toArray();
-    for (const QJsonValue &prompt : prompts) {
+    for (const QJsonValue prompt : prompts) {
         const QJsonObject content =
             prompt.toObject().value(u"mapValue").toObject().value(u"fields").toObject();
         shared.texts.append({orUntitled(textAt(content, u"title"), QStringLiteral("Untitled Prompt")),

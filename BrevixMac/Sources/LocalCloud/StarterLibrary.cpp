@@ -74,7 +74,7 @@ void seedStarterLibrary(Database &database, const QString &libraryAppID, const Q
     for (const QString &collection : library.keys()) {
         int order = 0;
         const QJsonArray records = library.value(collection).toArray();
-        for (const QJsonValue &record : records) {
+        for (const QJsonValue record : records) {
             const QString id = record.toObject().value(u"id").toString();
             documents.put(user + collection, id, fieldsOf(record.toObject(), uid, ++order, now), now);
         }

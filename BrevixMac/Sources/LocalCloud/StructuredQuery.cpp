@@ -173,7 +173,7 @@ StructuredQuery::Predicate StructuredQuery::readComposite(const QJsonObject &fil
 {
     QList<Predicate> parts;
     const QJsonArray filters = filter.value(u"filters").toArray();
-    for (const QJsonValue &part : filters)
+    for (const QJsonValue part : filters)
         parts.append(readFilter(part.toObject()));
     const auto holdsFor = [](const QueriedDocument &document) {
         return [&document](const Predicate &part) { return part(document); };
@@ -229,7 +229,7 @@ StructuredQuery::Predicate StructuredQuery::readUnary(const QJsonObject &filter)
 
 void StructuredQuery::readOrder(const QJsonArray &orders)
 {
-    for (const QJsonValue &json : orders) {
+    for (const QJsonValue json : orders) {
         const QString direction = json.toObject().value(u"direction").toString();
         m_orders.append({fieldOf(json.toObject()), direction == QLatin1String("DESCENDING") ? -1 : 1});
     }
@@ -253,7 +253,7 @@ void StructuredQuery::readSelection(const QJsonValue &select)
         return;
     QStringList texts;
     const QJsonArray fields = select.toObject().value(u"fields").toArray();
-    for (const QJsonValue &field : fields)
+    for (const QJsonValue field : fields)
         texts.append(field.toObject().value(u"fieldPath").toString());
     m_selection = parseFieldPaths(texts);
 }
@@ -267,7 +267,7 @@ std::optional<StructuredQuery::Cursor> StructuredQuery::readCursor(const QJsonVa
     const QJsonArray values = json.toObject().value(u"values").toArray();
     if (values.size() > m_orders.size())
         refuse(QStringLiteral("A cursor has more values than the order has fields."));
-    for (const QJsonValue &value : values)
+    for (const QJsonValue value : values)
         cursor.values.append(canonicalValue(value));
     return cursor;
 }

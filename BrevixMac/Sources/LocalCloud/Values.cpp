@@ -104,7 +104,7 @@ QJsonValue canonicalArray(const QJsonValue &value, int depth)
         refuse(QStringLiteral("An arrayValue must hold values."));
     QJsonArray result;
     const QJsonArray elements = values.toArray();
-    for (const QJsonValue &element : elements)
+    for (const QJsonValue element : elements)
         result.append(canonical(element, depth + 1, true));
     return result.isEmpty() ? QJsonObject() : QJsonObject{{QStringLiteral("values"), result}};
 }
@@ -221,7 +221,7 @@ QJsonObject canonicalValue(const QJsonValue &value)
 
 QJsonObject canonicalFields(const QJsonValue &fields)
 {
-    const QJsonObject result = canonicalMembers(fields, 0);
+    QJsonObject result = canonicalMembers(fields, 0);
     if (QJsonDocument(result).toJson(QJsonDocument::Compact).size() > maximumDocumentSize)
         refuse(QStringLiteral("The document is too large."));
     return result;

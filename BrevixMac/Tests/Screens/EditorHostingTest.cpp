@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppWindows.h"
+#include "EditorFrame.h"
 #include "LibraryPage.h"
 #include "MenuBarPromptEditorView.h"
 #include "PickerFooter.h"
@@ -29,6 +30,19 @@ protected:
         stage.page().footer().plusButton().click();
         clickNamed(QStringLiteral("New Prompt"));
         ASSERT_EQ(stage.view().route(), PickerPanelRoute::newPrompt);
+    }
+
+    /// Fills the form and saves; the server keeps the answer back.
+    void fillAndSave()
+    {
+        stage.desk.server.isHolding = true;
+        editor().form().titleField().setFocus();
+        stage.type(QStringLiteral("Weekly summary"));
+        editor().form().body().setFocus();
+        stage.type(QStringLiteral("Text"));
+        editor().model().save();
+        ASSERT_TRUE(editor().model().isSaving());
+        ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
     }
 
     /// Clicks the first visible button with this text.
@@ -77,6 +91,50 @@ TEST_F(EditorHostingTest, closingThePanelKeepsTheText)
     ASSERT_TRUE(waitUntil([&] { return stage.controller->isPickerVisible(); }));
     EXPECT_EQ(stage.view().route(), PickerPanelRoute::newPrompt);
     EXPECT_EQ(editor().form().titleField().text(), u"half a title");
+}
+
+TEST_F(EditorHostingTest, writingGoesOnWhereItWasWhenThePanelIsOpenedAgain)
+{
+    openEditor();
+    stage.type(QStringLiteral("Title"));
+    editor().form().body().setFocus();
+    stage.type(QStringLiteral("Dear "));
+    stage.controller->closePicker();
+    stage.desk.press();
+    ASSERT_TRUE(waitUntil([&] { return editor().isVisible(); }));
+    EXPECT_EQ(stage.panel().focusWidget(), &editor().form().body());
+    stage.type(QStringLiteral("all"));
+    EXPECT_EQ(editor().form().body().content(), u"Dear all");
+    EXPECT_EQ(editor().form().titleField().text(), u"Title");
+}
+
+TEST_F(EditorHostingTest, staysOpenWhileItSavesAndShowsAFailure)
+{
+    openEditor();
+    fillAndSave();
+    stage.key(Qt::Key_Escape);
+    EXPECT_FALSE(editor().frame().cancelButton().isEnabled());
+    EXPECT_EQ(stage.view().route(), PickerPanelRoute::newPrompt);
+    stage.controller->closePicker();
+    stage.desk.server.refusal = QStringLiteral("No room.");
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return !editor().model().isSaving(); }));
+    stage.desk.press();
+    ASSERT_TRUE(waitUntil([&] { return editor().isVisible(); }));
+    EXPECT_TRUE(editor().model().statusMessage()->isError);
+    EXPECT_EQ(editor().form().body().content(), u"Text");
+    EXPECT_TRUE(editor().frame().cancelButton().isEnabled());
+}
+
+TEST_F(EditorHostingTest, aSaveThatEndsLaterTakesNobodyFromAnotherPage)
+{
+    openEditor();
+    fillAndSave();
+    stage.view().setRoute(PickerPanelRoute::settings);
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return !editor().model().isSaving(); }));
+    EXPECT_FALSE(editor().model().statusMessage()) << "it was saved";
+    EXPECT_EQ(stage.view().route(), PickerPanelRoute::settings);
 }
 
 // In a window
@@ -143,12 +201,7 @@ TEST_F(PromptWindowTest, keepsATextOfItsOwnAndLeavesThePanelsText)
 TEST_F(PromptWindowTest, cannotBeAskedForWhileThePanelsEditorSaves)
 {
     open();
-    stage.desk.server.isHolding = true;
-    stage.type(QStringLiteral("Weekly summary"));
-    editor().form().body().setFocus();
-    stage.type(QStringLiteral("Text"));
-    editor().model().save();
-    ASSERT_TRUE(editor().model().isSaving());
+    fillAndSave();
     EXPECT_FALSE(editor().windowButton().isEnabled());
     stage.desk.server.release();
     ASSERT_TRUE(waitUntil([&] { return !editor().model().isSaving(); }));

@@ -140,6 +140,18 @@ TEST_F(PaletteTest, isAFramelessWindowInTheMiddleOfTheScreenAboveOthers)
     EXPECT_LE((panel().geometry().center() - available.center()).manhattanLength(), 2);
 }
 
+TEST_F(PaletteTest, isOnEveryVirtualDesktop)
+{
+    open();
+    EXPECT_EQ(stage.desk.workspace.onAllDesktops, panel().windowHandle());
+}
+
+TEST_F(PaletteTest, cannotComeFromAnArchive)
+{
+    QDataStream archive;
+    EXPECT_DEATH(FloatingPanelController{archive}, "init\\(coder:\\) has not been implemented");
+}
+
 TEST_F(PaletteTest, openingItAgainRaisesTheSameWindow)
 {
     openSample();

@@ -482,7 +482,63 @@ TEST_P(PromptEditors, anOptimizationThatComesAfterCancellingTouchesNothing)
     EXPECT_EQ(stage.form().body().content(), u"second");
 }
 
+TEST_P(PromptEditors, anOptimizationThatComesWhileSavingWaitsForTheOutcome)
+{
+    open();
+    stage.fill(QStringLiteral("T"), QStringLiteral("first"));
+    stage.desk.server.isHolding = true;
+    stage.form().optimizeButton().click();
+    ASSERT_TRUE(waitUntil([&] { return stage.desk.server.optimizeRequests.size() == 1; }));
+    stage.model().save();
+    ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 2; }));
+    stage.desk.server.releaseOldest();
+    stage.settle();
+    EXPECT_EQ(stage.form().body().content(), u"first") << "it is being saved";
+    stage.desk.server.refusal = QStringLiteral("No room.");
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return !stage.model().isSaving(); }));
+    EXPECT_EQ(stage.form().body().content(), stage.desk.server.optimizedText);
+    EXPECT_EQ(stage.model().previousText(), std::optional(QStringLiteral("first")));
+    EXPECT_TRUE(stage.model().statusMessage()->isError) << "why it was not saved is what counts";
+}
+
+TEST_P(PromptEditors, theFocusStaysOnAButtonThatIsBusy)
+{
+    open();
+    stage.fill(QStringLiteral("T"), QStringLiteral("first"));
+    stage.desk.server.isHolding = true;
+    stage.form().optimizeButton().setFocus();
+    stage.key(Qt::Key_Space);
+    ASSERT_TRUE(stage.model().isOptimizing());
+    EXPECT_EQ(stage.top().focusWidget(), &stage.form().optimizeButton());
+    stage.type(QStringLiteral("typed blindly"));
+    EXPECT_EQ(stage.form().variableField().text(), QString());
+    EXPECT_EQ(stage.form().body().content(), u"first");
+    stage.key(Qt::Key_Tab);
+    EXPECT_NE(stage.top().focusWidget(), &stage.form().optimizeButton()) << "it must not hold the focus";
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return !stage.model().isOptimizing(); }));
+}
+
 // What is only in one of them
+
+TEST(PromptEditorWindow, comesBackWhenItWasClosedAndSavingFails)
+{
+    PromptStage stage;
+    stage.open(EditorKind::window);
+    stage.fill(QStringLiteral("T"), QStringLiteral("Body"));
+    stage.desk.server.isHolding = true;
+    stage.model().save();
+    stage.key(Qt::Key_Escape);
+    EXPECT_TRUE(stage.window->isVisible()) << "escape throws nothing away that is being saved";
+    stage.window->close();
+    ASSERT_TRUE(waitUntil([&] { return stage.desk.server.heldWrites() == 1; }));
+    stage.desk.server.refusal = QStringLiteral("No room.");
+    stage.desk.server.release();
+    ASSERT_TRUE(waitUntil([&] { return stage.window->isVisible(); }));
+    EXPECT_TRUE(stage.model().statusMessage()->isError);
+    EXPECT_EQ(stage.form().body().content(), u"Body");
+}
 
 TEST(PromptEditorWindow, showsTheNewPromptInTheListAndCloses)
 {

@@ -119,6 +119,24 @@ TEST_F(SettingsTest, aSignInThatRunsIsSaidAndCanBeCancelledOrContinuedElsewhere)
     EXPECT_EQ(view().accountRow().note(), state().authService().authErrorMessage().value_or(QString()));
 }
 
+TEST_F(SettingsTest, theFocusStaysWithTheAccountWhenItsButtonsChange)
+{
+    stage.desk.isConfigured = true;
+    stage.desk.webAuthenticationSession.hasNoBrowser = true;
+    open();
+    view().signOutButton().setFocus();
+    stage.key(Qt::Key_Space);
+    EXPECT_EQ(stage.panel().focusWidget(), &view().signInButton());
+    stage.key(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return view().copyLinkButton().isVisible(); }));
+    EXPECT_EQ(stage.panel().focusWidget(), &view().signInButton());
+    view().cancelSignInButton().setFocus();
+    stage.key(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([this] { return !view().cancelSignInButton().isVisible(); }));
+    EXPECT_EQ(stage.panel().focusWidget(), &view().signInButton());
+    EXPECT_FALSE(stage.desk.loginItem.enabled);
+}
+
 // General
 
 TEST_F(SettingsTest, openingAtLoginIsRegisteredAndStored)
@@ -155,6 +173,22 @@ TEST_F(SettingsTest, aLoginItemChangedElsewhereIsSeenWhenTheSettingsAreOpened)
     stage.desk.loginItem.enabled = true;
     stage.view().setRoute(PickerPanelRoute::settings);
     EXPECT_TRUE(view().loginSwitch().isChecked());
+}
+
+TEST_F(SettingsTest, aProblemOfAnEarlierVisitIsNotShownAgain)
+{
+    stage.desk.loginItem.problem = QStringLiteral("The disk is full.");
+    stage.desk.hotKeys.takenByOthers = {{49, KeyboardShortcut::control}};
+    open();
+    view().loginSwitch().click();
+    view().recorder().recordButton().click();
+    stage.desk.keyCapture.press({.keyCode = 49, .modifiers = KeyboardShortcut::control});
+    ASSERT_FALSE(view().loginRow().note().isEmpty());
+    ASSERT_TRUE(view().shortcutRow().note().startsWith(u"⌃Space is held"));
+    stage.view().setRoute(PickerPanelRoute::picker);
+    stage.view().setRoute(PickerPanelRoute::settings);
+    EXPECT_EQ(view().loginRow().note(), QString());
+    EXPECT_FALSE(view().shortcutRow().note().contains(u"held"));
 }
 
 TEST_F(SettingsTest, theIconSwitchOnlyStoresThePreference)
@@ -258,6 +292,8 @@ TEST_F(SettingsTest, permissionsAreShownAndAsked)
     view().postEventButton().click();
     EXPECT_EQ(stage.desk.tree.trustRequests, 1);
     EXPECT_EQ(stage.desk.keyEvents.requests, 1);
+    EXPECT_TRUE(view().accessibilityRow().note().startsWith(u"The desktop was asked"));
+    EXPECT_TRUE(view().postEventRow().note().startsWith(u"Nothing is missing."));
 }
 
 TEST_F(SettingsTest, recheckingReadsBothGrantsAtOnce)
@@ -342,6 +378,23 @@ TEST_F(SettingsTest, diagnosticsAreCopiedAndDisclosed)
     view().diagnostics().copyButton().click();
     EXPECT_EQ(clipboard(), Diagnostics::text(state()));
     EXPECT_FALSE(state().lastInsertionResult()) << "copying diagnostics is no insertion";
+    EXPECT_EQ(view().diagnostics().copyButton().text(), QStringLiteral("Copied"));
+    EXPECT_TRUE(waitUntil(
+        [&] { return view().diagnostics().copyButton().text() == QStringLiteral("Copy Diagnostics"); }));
+
+    stage.desk.pasteboard.refusesText = true;
+    view().diagnostics().copyButton().click();
+    EXPECT_EQ(view().diagnostics().copyButton().text(), QStringLiteral("Not Copied"));
+}
+
+TEST_F(SettingsTest, theDisclosureIsClosedAtEveryVisit)
+{
+    open();
+    view().diagnostics().showButton().click();
+    stage.view().setRoute(PickerPanelRoute::picker);
+    stage.view().setRoute(PickerPanelRoute::settings);
+    EXPECT_EQ(view().diagnostics().showButton().text(), QStringLiteral("Show"));
+    EXPECT_EQ(view().diagnostics().shownText(), QString());
 }
 
 // Window
@@ -368,6 +421,12 @@ TEST_F(SettingsTest, theWindowHoldsItsContentWhileItIsOpen)
     controller.show();
     EXPECT_EQ(controller.view()->diagnostics().showButton().text(), QStringLiteral("Show"))
         << "the disclosure starts closed";
+}
+
+TEST_F(SettingsTest, theWindowCannotComeFromAnArchive)
+{
+    QDataStream archive;
+    EXPECT_DEATH(SettingsWindowController{archive}, "init\\(coder:\\) has not been implemented");
 }
 
 TEST_F(SettingsTest, closingTheWindowWhileRecordingGivesTheKeyboardBack)

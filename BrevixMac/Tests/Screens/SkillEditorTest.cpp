@@ -93,6 +93,20 @@ TEST_F(SkillEditorTest, savesATypedSkillSelectsItAndCloses)
     EXPECT_EQ(desk.appState->selectedSkillID(), std::optional(desk.appState->visibleSkills().first().id));
 }
 
+TEST_F(SkillEditorTest, theNewSkillIsSelectedInAListThatIsInView)
+{
+    open();
+    // As every list does for a new query.
+    QObject::connect(desk.appState.get(), &AppState::queryChanged, view.get(),
+                     [this] { desk.appState->setSelectedSkillID(std::nullopt); });
+    type(view->titleField(), QStringLiteral("Reviewer"));
+    type(view->body(), QStringLiteral("Body"));
+    view->frame().saveButton().click();
+    ASSERT_TRUE(waitUntil([this] { return !view->isVisible(); }));
+    ASSERT_FALSE(desk.appState->visibleSkills().isEmpty());
+    EXPECT_EQ(desk.appState->selectedSkillID(), std::optional(desk.appState->visibleSkills().first().id));
+}
+
 TEST_F(SkillEditorTest, keepsTheTextWhenSavingFails)
 {
     desk.server.refusal = QStringLiteral("No room.");

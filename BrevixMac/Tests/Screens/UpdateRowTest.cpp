@@ -46,6 +46,18 @@ protected:
 
 } // namespace
 
+TEST_F(UpdateRowTest, checkingKeepsTheFocus)
+{
+    row.show();
+    row.activateWindow();
+    row.checkButton().setFocus();
+    row.checkButton().click();
+    EXPECT_TRUE(row.checkButton().isBusy());
+    EXPECT_EQ(row.focusWidget(), &row.checkButton());
+    EXPECT_TRUE(waitUntil([this] { return row.checkButton().isEnabled(); }));
+    EXPECT_EQ(row.focusWidget(), &row.checkButton());
+}
+
 TEST_F(UpdateRowTest, theReleasePageIsOpenedInTheBrowser)
 {
     EXPECT_FALSE(row.releaseButton().isHidden());

@@ -5,9 +5,14 @@
 #include "PromptTemplateParser.h"
 #include "ResultLine.h"
 #include "StatusCard.h"
+#include "TextField.h"
 #include "ThemedButton.h"
 #include "VariableFields.h"
 #include "VariableFillView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScrollBar>
 
 #include <gtest/gtest.h>
 
@@ -233,11 +238,118 @@ TEST(PreviewText, marksValuesBehindLineEndsOfTwoCharacters)
         .id = {}, .title = {}, .text = QStringLiteral("One\r\nTwo\r\n{{a}}"), .categoryID = {}};
     preview.setPrompt(prompt, {{QStringLiteral("a"), QStringLiteral("x\r\ny")}});
     EXPECT_EQ(preview.toPlainText(), u"One\nTwo\nx\ny");
-    QTextCursor cursor(preview.document());
-    cursor.setPosition(9);
-    EXPECT_EQ(cursor.charFormat().foreground().color(), Theme::shared().color(Theme::Color::accent));
-    cursor.setPosition(7);
-    EXPECT_NE(cursor.charFormat().foreground().color(), Theme::shared().color(Theme::Color::accent));
+    preview.grab();
+    const auto inked = preview.extraSelections();
+    ASSERT_EQ(inked.size(), 1);
+    EXPECT_EQ(inked.first().cursor.selectionStart(), 8);
+    EXPECT_EQ(inked.first().cursor.selectionEnd(), 11);
+    EXPECT_EQ(inked.first().format.foreground().color(), Theme::shared().color(Theme::Color::accent));
+}
+
+TEST(PreviewText, showsTheWholeTextAfterEveryChange)
+{
+    PreviewText preview;
+    const PromptItem prompt{.id = QStringLiteral("p"),
+                            .title = {},
+                            .text = QStringLiteral("{{a}}, 👩‍👩‍👧 {{b}} and {{a}}\nend"),
+                            .categoryID = {}};
+    const QString values[] = {QStringLiteral("x"),
+                              QStringLiteral("👩‍👩‍👧x"),
+                              QStringLiteral("xx\nyy"),
+                              QStringLiteral("\n"),
+                              QString(),
+                              QStringLiteral("{{b}}"),
+                              QStringLiteral("a👩b"),
+                              QStringLiteral("a👨b")};
+    for (const QString &a : values) {
+        for (const QString &b : values) {
+            const VariableValues given{{QStringLiteral("a"), a}, {QStringLiteral("b"), b}};
+            preview.setPrompt(prompt, given);
+            EXPECT_EQ(preview.toPlainText(), PromptTemplateParser::render(prompt, given).text);
+        }
+    }
+}
+
+TEST(PreviewText, showsTheBeginningOfAVeryLongText)
+{
+    PreviewText preview;
+    const PromptItem prompt{.id = {}, .title = {}, .text = QStringLiteral("{{a}}{{b}}"), .categoryID = {}};
+    const QString filling(PreviewText::longestShown - 1, u'x');
+    preview.setPrompt(prompt, {{QStringLiteral("a"), filling}, {QStringLiteral("b"), QStringLiteral("👩 y")}});
+    EXPECT_EQ(preview.toPlainText(), QString(filling + u'\u2026')) << "never half a character";
+    preview.setPrompt(prompt, {{QStringLiteral("a"), filling}, {QStringLiteral("b"), QStringLiteral("y")}});
+    EXPECT_EQ(preview.toPlainText(), QString(filling + u'y'));
+}
+
+TEST(PreviewText, staysWhereItWasScrolledWhileItsValuesChange)
+{
+    PreviewText preview;
+    preview.resize(300, 120);
+    preview.show();
+    PromptItem prompt{.id = QStringLiteral("p"),
+                      .title = {},
+                      .text = QStringLiteral("line\n").repeated(100) + u"{{a}}",
+                      .categoryID = {}};
+    preview.setPrompt(prompt, {{QStringLiteral("a"), QStringLiteral("x")}});
+    preview.verticalScrollBar()->setValue(200);
+    preview.setPrompt(prompt, {{QStringLiteral("a"), QStringLiteral("xy")}});
+    EXPECT_EQ(preview.verticalScrollBar()->value(), 200);
+    prompt.id = QStringLiteral("other");
+    preview.setPrompt(prompt, {{QStringLiteral("a"), QStringLiteral("xy")}});
+    EXPECT_EQ(preview.verticalScrollBar()->value(), 0);
+}
+
+// Bounds
+
+TEST(VariableFieldsTest, aLongValueOfSeveralLinesArrivesWhole)
+{
+    VariableFields fields(VariableFields::Placeholder::value);
+    fields.setPrompt({.id = {}, .title = {}, .text = QStringLiteral("{{a}}"), .categoryID = {}}, {});
+    QString reported;
+    QObject::connect(&fields, &VariableFields::valueEdited, &fields,
+                     [&](const QString &, const QString &value) { reported = value; });
+    const QString pasted = QStringLiteral("A line of a log.\n").repeated(4'000);
+    QGuiApplication::clipboard()->setText(pasted);
+    fields.fields().first()->paste();
+    EXPECT_EQ(reported, pasted);
+    EXPECT_EQ(fields.note(), QString());
+    QGuiApplication::clipboard()->clear();
+}
+
+TEST(VariableFieldsTest, aValueThatIsTooLongIsRefusedWithANoteAndNeverCut)
+{
+    VariableFields fields(VariableFields::Placeholder::value);
+    fields.setPrompt({.id = {}, .title = {}, .text = QStringLiteral("{{a}}"), .categoryID = {}},
+                     {{QStringLiteral("a"), QStringLiteral("before")}});
+    TextField &field = *fields.fields().first();
+    QString reported = QStringLiteral("before");
+    QObject::connect(&fields, &VariableFields::valueEdited, &fields,
+                     [&](const QString &, const QString &value) { reported = value; });
+    QGuiApplication::clipboard()->setText(QString(VariableFields::longestValue + 1, u'x'));
+    field.selectAll();
+    field.paste();
+    EXPECT_EQ(field.text(), u"before");
+    EXPECT_EQ(reported, u"before");
+    EXPECT_TRUE(fields.note().startsWith(u"That text is too long for a field.")) << qPrintable(fields.note());
+    field.end(false);
+    QTest::keyClicks(&field, QStringLiteral("!"));
+    EXPECT_EQ(reported, u"before!");
+    EXPECT_EQ(fields.note(), QString());
+    QGuiApplication::clipboard()->clear();
+}
+
+TEST(VariableFieldsTest, ofVeryManyVariablesTheFirstAreAsked)
+{
+    QString text;
+    for (qsizetype i = 0; i <= VariableFields::mostFields; ++i)
+        text += QStringLiteral("{{v%1}} ").arg(i);
+    VariableFields fields(VariableFields::Placeholder::value);
+    fields.setPrompt({.id = {}, .title = {}, .text = text, .categoryID = {}}, {});
+    EXPECT_EQ(fields.fields().size(), VariableFields::mostFields);
+    EXPECT_TRUE(fields.note().startsWith(u"This prompt has 201 variables.")) << qPrintable(fields.note());
+    fields.setPrompt({.id = {}, .title = {}, .text = QStringLiteral("{{a}}"), .categoryID = {}}, {});
+    EXPECT_EQ(fields.fields().size(), 1);
+    EXPECT_EQ(fields.note(), QString());
 }
 
 } // namespace

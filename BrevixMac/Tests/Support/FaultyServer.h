@@ -97,6 +97,13 @@ public:
         }
     }
 
+    void releaseOldestHeldRequest()
+    {
+        const auto [socket, request] = m_held.takeFirst();
+        if (socket)
+            answer(socket, request);
+    }
+
     /// Is gone: nothing listens, and the connections that clients keep open end.
     void goAway()
     {

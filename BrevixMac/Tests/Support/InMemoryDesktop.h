@@ -285,6 +285,8 @@ public:
 
     void activateOwnWindow(QWindow *) override { ++ownActivations; }
     int ownActivations = 0;
+    void joinAllDesktops(QWindow *window) override { onAllDesktops = window; }
+    QWindow *onAllDesktops = nullptr; ///< the last one
     bool isCompositing() const override { return compositing; }
 };
 

@@ -147,6 +147,13 @@ void LibraryServer::release()
     releaseHeldRequests();
 }
 
+void LibraryServer::releaseOldest()
+{
+    isHolding = false;
+    releaseOldestHeldRequest();
+    isHolding = true;
+}
+
 FaultyServer::Reply LibraryServer::list(const QByteArray &collection) const
 {
     if (collection == "categories")

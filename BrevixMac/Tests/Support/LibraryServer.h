@@ -27,6 +27,8 @@ public:
 
     /// Answers the held writes, the oldest first, and those that come from now on.
     void release();
+    /// Answers the oldest of them only.
+    void releaseOldest();
 
     int writes = 0;               ///< requests to write something, refused ones too
     QStringList optimizeRequests; ///< texts that were to be rewritten

@@ -14,7 +14,7 @@ namespace {
 
 using Fields = QHash<QByteArray, QByteArray>;
 
-constexpr qint64 largestEntry = 64 * 1024;
+constexpr qint64 largestEntry = 64LL * 1024;
 
 // The characters that have a meaning in an Exec line, by the Desktop Entry Specification.
 const QString reserved = QStringLiteral(" \t\n\"'\\><~|&;$*?#()`");

@@ -8,6 +8,7 @@
 #include <QSet>
 #include <QWindow>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -71,17 +72,16 @@ bool selectEvents(xcb_connection_t *connection, xcb_window_t window, quint32 mas
     return changeEvents(connection, window, mask, 0);
 }
 
-void sendActivation(xcb_connection_t *connection, xcb_window_t root, xcb_atom_t atom, xcb_window_t window,
-                    xcb_timestamp_t time, xcb_window_t present)
+/// Asks the window manager for something, as EWMH says: @p data is what @p atom's message takes.
+void ask(xcb_connection_t *connection, xcb_window_t root, xcb_atom_t atom, xcb_window_t window,
+         const std::array<uint32_t, 3> &data)
 {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
     message.type = atom;
-    message.data.data32[0] = sourceUserAction;
-    message.data.data32[1] = time;
-    message.data.data32[2] = present;
+    std::copy(data.begin(), data.end(), message.data.data32);
     xcb_send_event(connection, false, root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&message));
@@ -309,8 +309,8 @@ void X11Workspace::requestActivation(xcb_window_t window)
     if (m_managerWindow == noWindow)
         takeFocus(xcb, window);
     else
-        sendActivation(xcb, m_connection.root(), m_connection.atom(QByteArrayLiteral("_NET_ACTIVE_WINDOW")),
-                       window, m_connection.serverTime(), m_frontWindow);
+        ask(xcb, m_connection.root(), m_connection.atom(QByteArrayLiteral("_NET_ACTIVE_WINDOW")), window,
+            {sourceUserAction, m_connection.serverTime(), m_frontWindow});
     m_connection.flush();
 }
 
@@ -366,7 +366,20 @@ void X11Workspace::activateOwnWindow(QWindow *window)
     if (m_managerWindow == noWindow)
         takeFocus(xcb, identifier);
     else
-        sendActivation(xcb, m_connection.root(), m_connection.atom(QByteArrayLiteral("_NET_ACTIVE_WINDOW")),
-                       identifier, userTime(), m_frontWindow);
+        ask(xcb, m_connection.root(), m_connection.atom(QByteArrayLiteral("_NET_ACTIVE_WINDOW")), identifier,
+            {sourceUserAction, userTime(), m_frontWindow});
     xcb_flush(xcb);
+}
+
+void X11Workspace::joinAllDesktops(QWindow *window)
+{
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!window || !x11 || !m_connection.isValid())
+        return;
+    // Over Qt's connection, behind the window's own appearance. A property that is set before would be lost
+    // with a disappearance that the window manager has not dealt with yet.
+    constexpr uint32_t everyDesktop = 0xFFFFFFFF;
+    ask(x11->connection(), m_connection.root(), m_connection.atom(QByteArrayLiteral("_NET_WM_DESKTOP")),
+        xcb_window_t(window->winId()), {everyDesktop, sourceUserAction, 0});
+    xcb_flush(x11->connection());
 }

@@ -32,6 +32,7 @@ public:
     bool isTerminated(const RunningApplication &application) const override;
     QCoro::Task<bool> activate(RunningApplication application) override;
     void activateOwnWindow(QWindow *window) override;
+    void joinAllDesktops(QWindow *window) override;
 
     /// The applications whose windows a user works in: panels and desktops are left out. Each once.
     QList<RunningApplication> applicationsOnScreen() const;

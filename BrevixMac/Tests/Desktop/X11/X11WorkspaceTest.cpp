@@ -358,6 +358,38 @@ TEST_F(X11Desktop, ownWindowsGetTheFocus)
     workspace.activateOwnWindow(nullptr);
 }
 
+TEST_F(X11Desktop, aWindowThatJoinedAllDesktopsIsSeenAfterASwitchUntilItIsHidden)
+{
+    const auto showDesktop = [&](int number) {
+        xdotool({QStringLiteral("set_desktop"), QString::number(number)});
+        return waitUntil([&] {
+            QProcess asked;
+            asked.start(QStringLiteral("xdotool"), {QStringLiteral("get_desktop")});
+            return asked.waitForFinished() && asked.readAllStandardOutput().trimmed().toInt() == number;
+        });
+    };
+    xdotool({QStringLiteral("set_num_desktops"), QStringLiteral("2")});
+    ASSERT_TRUE(showDesktop(0));
+    QWidget joined;
+    QWidget other;
+    for (QWidget *window : {&joined, &other})
+        window->setAttribute(Qt::WA_ShowWithoutActivating);
+    const auto isSeen = [](const QWidget &window) { return window.windowHandle()->isExposed(); };
+    for (int visit = 0; visit < 2; ++visit) {
+        joined.show();
+        workspace.joinAllDesktops(joined.windowHandle());
+        other.show();
+        ASSERT_TRUE(waitUntil([&] { return isSeen(joined) && isSeen(other); }));
+        ASSERT_TRUE(showDesktop(1));
+        EXPECT_TRUE(waitUntil([&] { return !isSeen(other); }));
+        EXPECT_TRUE(isSeen(joined));
+        ASSERT_TRUE(showDesktop(0));
+        joined.hide();
+        other.hide();
+    }
+    workspace.joinAllDesktops(nullptr);
+}
+
 TEST_F(X11Desktop, knowsWhetherACompositorRuns)
 {
     EXPECT_FALSE(workspace.isCompositing());
