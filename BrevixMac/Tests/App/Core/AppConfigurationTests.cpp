@@ -6,7 +6,10 @@
 
 #include "Foundation/PropertyList.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -72,6 +75,21 @@ TEST_F(AppConfigurationTest, theListsOfTheProgramAreSoundAndNotConfiguredYet)
     EXPECT_EQ(configuration.logicalLibraryAppID, u"brevix-app"_s);
     EXPECT_EQ(configuration.firebase, fallback.firebase);
     EXPECT_FALSE(configuration.firebase.isConfigured());
+}
+
+TEST_F(AppConfigurationTest, withoutAnInstalledFolderTheProgramsOwnListsCount)
+{
+    // The test program is installed nowhere.
+    EXPECT_EQ(AppConfiguration::load(), AppConfiguration::load(u":/brevix"_s));
+    const QString installed = QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/../share/brevix"_s);
+    ASSERT_FALSE(QFile::exists(installed)) << qPrintable(installed);
+    ASSERT_TRUE(QDir().mkpath(installed));
+    writeOwn({{u"LOGICAL_LIBRARY_APP_ID"_s, u"installed-app"_s}});
+    ASSERT_TRUE(
+        QFile::copy(folder.filePath(u"FirebaseConfig.plist"_s), installed + u"/FirebaseConfig.plist"_s));
+    EXPECT_EQ(AppConfiguration::load().logicalLibraryAppID, u"installed-app"_s);
+    QDir(installed).removeRecursively();
+    QDir().rmdir(QFileInfo(installed).path());
 }
 
 TEST_F(AppConfigurationTest, theIssuedListGivesTheFirebaseFieldsAndOursTheRest)

@@ -191,6 +191,15 @@ TEST_F(AuthServiceTest, theUserIsPublishedOnceForTheSameData)
     EXPECT_EQ(changes, 1);
 }
 
+TEST_F(AuthServiceTest, aPhotoAddressThatIsNoneIsLeftOut)
+{
+    StoredAuthSession stored = session(600);
+    for (const QString &text : {u""_s, u"http://[broken"_s, u"https://b.example/%zz"_s}) {
+        stored.photoURLString = text;
+        EXPECT_EQ(stored.user().photoURL, std::nullopt) << qPrintable(text);
+    }
+}
+
 TEST_F(AuthServiceTest, startRestoresAFreshSessionWithoutAskingTheServer)
 {
     store(session(121));

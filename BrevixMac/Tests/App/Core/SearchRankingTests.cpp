@@ -95,6 +95,25 @@ TEST(PromptSearchRanker, pointsAndRecencyAddUpAsTheTableSays)
     EXPECT_EQ(promptIDs(u"mail"_s, {early, textAndCategory}, recent, mailCategories).first(), u"rival"_s);
 }
 
+TEST(PromptSearchRanker, aTitleThatBeginsWithTheQueryHas150Points)
+{
+    // 100 for its beginning and 50 for holding it: with 90 recent prompts as much as the most recent one that
+    // only holds it, 150 - (90 + 10) against 50 - 0, and then the title decides.
+    const PromptItem begins = makePrompt(u"begins"_s, u"Mailing list"_s);
+    const PromptItem holds = makePrompt(u"holds"_s, u"A mail"_s);
+    QStringList recent{u"holds"_s};
+    for (int index = 1; index < 89; ++index)
+        recent.append(u"r%1"_s.arg(index));
+    ASSERT_EQ(recent.size(), 89);
+    EXPECT_EQ(promptIDs(u"mail"_s, {holds, begins}, recent).first(), u"begins"_s); // 51 against 50
+    recent.append(u"r89"_s);
+    EXPECT_EQ(promptIDs(u"mail"_s, {begins, holds}, recent).first(), u"holds"_s); // 50 each: "A" before "M"
+    const PromptItem late = makePrompt(u"holds"_s, u"Z mail"_s);
+    EXPECT_EQ(promptIDs(u"mail"_s, {late, begins}, recent).first(), u"begins"_s); // 50 each: "M" before "Z"
+    recent.append(u"r90"_s);
+    EXPECT_EQ(promptIDs(u"mail"_s, {begins, late}, recent).first(), u"holds"_s); // 49 against 50
+}
+
 TEST(PromptSearchRanker, aRecentTextMatchIsAheadOfAnOldTextAndCategoryMatch)
 {
     const QList<PromptItem> prompts{makePrompt(u"old"_s, u"a"_s, u"mail"_s, u"c"_s),
