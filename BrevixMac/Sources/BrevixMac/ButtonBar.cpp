@@ -2,8 +2,47 @@
 #include "ButtonBar.h"
 
 #include "Theme.h"
+#include "ThemedButton.h"
 
+#include <QEvent>
+#include <QLayout>
 #include <QPainter>
+
+void ButtonBar::setShrinking(const QList<ThemedButton *> &buttons)
+{
+    m_shrinking = buttons;
+    for (ThemedButton *button : buttons)
+        button->setToolTip(button->text());
+}
+
+void ButtonBar::arrange()
+{
+    if (m_shrinking.isEmpty())
+        return;
+    using Face = ThemedButton::Face;
+    const QMargins margins = layout()->contentsMargins();
+    int room = width() - margins.left() - margins.right();
+    for (const ThemedButton *button : findChildren<ThemedButton *>())
+        room -= button->isHidden() ? 0 : button->sizeFor(Face::full).width() + layout()->spacing();
+    for (ThemedButton *button : std::as_const(m_shrinking)) {
+        button->setFace(room < 0 ? Face::symbolOnly : Face::full);
+        if (room < 0)
+            room += button->sizeFor(Face::full).width() - button->sizeFor(Face::symbolOnly).width();
+    }
+}
+
+void ButtonBar::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    arrange();
+}
+
+bool ButtonBar::event(QEvent *event)
+{
+    if (event->type() == QEvent::LayoutRequest)
+        arrange();
+    return QWidget::event(event);
+}
 
 void ButtonBar::paintEvent(QPaintEvent *)
 {

@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+class ThemedButton;
+
 /// The row of buttons at the foot of a screen, under a hairline. Its owner gives it a layout.
 class ButtonBar final : public QWidget
 {
@@ -11,6 +13,17 @@ class ButtonBar final : public QWidget
 public:
     using QWidget::QWidget;
 
+    /// Which buttons show only their symbols, one after the other, where not all texts have room. The tool
+    /// tips of these tell their texts.
+    void setShrinking(const QList<ThemedButton *> &buttons);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    bool event(QEvent *event) override;
+
+private:
+    void arrange();
+
+    QList<ThemedButton *> m_shrinking;
 };

@@ -59,8 +59,6 @@ CompactVariableForm::CompactVariableForm(AppState &appState, QWidget *parent)
     connect(&appState, &AppState::variableValuesChanged, this,
             [this] { m_fields->setValues(m_appState.variableValues()); });
     connect(m_fields, &VariableFields::confirmed, this, &CompactVariableForm::confirm);
-    connect(m_fields, &VariableFields::fieldFocused, scroll,
-            [scroll](QWidget *field) { scroll->ensureWidgetVisible(field, 0, 24); });
     connect(&appState, &AppState::isInsertingChanged, this, &CompactVariableForm::refreshButtons);
 }
 
@@ -71,10 +69,16 @@ void CompactVariableForm::begin()
         return;
     m_promptTitle->setText(OneLine::of(prompt->title));
     m_fields->setPrompt(*prompt, m_appState.variableValues());
-    setTabOrder(m_fields->fields().last(), m_back);
-    setTabOrder(m_back, m_continue);
     refreshButtons();
     m_fields->focusFirst();
+}
+
+QList<QWidget *> CompactVariableForm::tabOrder() const
+{
+    QList<QWidget *> order;
+    for (TextField *field : m_fields->fields())
+        order.append(field);
+    return order << m_back << m_continue;
 }
 
 void CompactVariableForm::refreshButtons()

@@ -24,6 +24,9 @@ public:
     /// Shows AppState::activeVariablePrompt() and puts the focus into the first field.
     void begin();
 
+    /// Its controls as Tab visits them.
+    QList<QWidget *> tabOrder() const;
+
     VariableFields &fields() const { return *m_fields; }
     ThemedButton &backButton() const { return *m_back; }
     ThemedButton &continueButton() const { return *m_continue; }

@@ -4,10 +4,18 @@
 #include "Theme.h"
 #include "ThinScrollBar.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QLayout>
+#include <QScrollBar>
 
 #include <algorithm>
+
+namespace {
+
+constexpr int focusMargin = 24;
+
+}
 
 ContentScrollArea::ContentScrollArea(QWidget *content, int leastHeight, int rightMargin, QWidget *parent)
     : QScrollArea(parent)
@@ -24,6 +32,30 @@ ContentScrollArea::ContentScrollArea(QWidget *content, int leastHeight, int righ
     setWidget(content);
     content->setAutoFillBackground(false);
     viewport()->setAutoFillBackground(false);
+    connect(qApp, &QApplication::focusChanged, this, &ContentScrollArea::onFocusChanged);
+}
+
+void ContentScrollArea::onFocusChanged(QWidget *, QWidget *now)
+{
+    // What has been clicked is in view, and must not move under the pointer.
+    if (now && widget()->isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
+        reveal(*now);
+}
+
+/// Of what is higher than the view, its beginning.
+void ContentScrollArea::reveal(const QWidget &control)
+{
+    const int top = control.mapTo(widget(), QPoint()).y() - focusMargin;
+    const int bottom = top + control.height() + 2 * focusMargin;
+    QScrollBar &bar = *verticalScrollBar();
+    bar.setValue(std::min(std::max(bar.value(), bottom - viewport()->height()), top));
+}
+
+bool ContentScrollArea::focusNextPrevChild(bool next)
+{
+    // Not the scroll area's own way, which shows the place of the caret: in a text that is scrolled itself,
+    // that may be far outside.
+    return QWidget::focusNextPrevChild(next);
 }
 
 QSize ContentScrollArea::sizeHint() const

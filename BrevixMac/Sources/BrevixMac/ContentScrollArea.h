@@ -5,7 +5,7 @@
 
 /// A scroll area that takes the height of its content and scrolls only when it cannot have it. Its right edge
 /// lies at the panel's, with the scroll bar inside the panel's margin, so that nothing moves when the bar
-/// appears.
+/// appears. Keeps what has the focus in view.
 class ContentScrollArea : public QScrollArea
 {
     Q_OBJECT
@@ -20,11 +20,14 @@ public:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
 private:
     void fitContent();
+    void onFocusChanged(QWidget *before, QWidget *now);
+    void reveal(const QWidget &control);
 
     int m_leastHeight;
 };

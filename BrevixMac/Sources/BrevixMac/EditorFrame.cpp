@@ -5,6 +5,7 @@
 #include "DraftNoteBar.h"
 #include "EditorModel.h"
 #include "EditorStatusLine.h"
+#include "TabOrder.h"
 #include "Theme.h"
 #include "ThemedButton.h"
 
@@ -76,6 +77,11 @@ QWidget *EditorFrame::makeFooter(int margin)
     m_footer->setSpacing(0);
     m_footer->addWidget(m_buttons);
     return footer;
+}
+
+void EditorFrame::setTabOrders(const QList<QWidget *> &before, const QList<QWidget *> &form)
+{
+    TabOrder::set(before + QList<QWidget *>{&m_note->button()} + form + QList<QWidget *>{m_cancel, m_save});
 }
 
 void EditorFrame::cancel()

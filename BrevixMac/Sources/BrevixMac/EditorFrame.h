@@ -25,6 +25,9 @@ public:
     EditorStatusLine &statusLine() const { return *m_status; }
     DraftNoteBar &draftNote() const { return *m_note; }
 
+    /// Makes Tab visit @p before, the note, @p form, and the buttons at last.
+    void setTabOrders(const QList<QWidget *> &before, const QList<QWidget *> &form);
+
     /// Throws the form's content away, so that it can be had back, and asks to be closed.
     void cancel();
 

@@ -2,6 +2,7 @@
 #include "HintBubble.h"
 
 #include "OneLine.h"
+#include "TextField.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
 
@@ -16,14 +17,18 @@ constexpr int gap = 2;
 constexpr int edgeGap = 10;
 constexpr int widest = 300;
 
-/// What is cut short is told in full.
-QString tipOf(const QWidget &widget)
+} // namespace
+
+QString HintBubble::tipFor(const QWidget &widget)
 {
     const auto *label = qobject_cast<const TextLabel *>(&widget);
-    return label && label->isElided() ? OneLine::of(label->text()) : widget.toolTip();
+    if (label && label->isElided())
+        return OneLine::of(label->text());
+    const auto *field = qobject_cast<const TextField *>(&widget);
+    if (field && field->isPlaceholderCut())
+        return OneLine::of(field->placeholderText());
+    return widget.toolTip();
 }
-
-} // namespace
 
 HintBubble::HintBubble(QWidget *parent)
     : QLabel(parent)
@@ -51,7 +56,7 @@ void HintBubble::showFor(const QPoint &position)
     if (m_control)
         m_control->removeEventFilter(this);
     m_control = parentWidget()->childAt(position);
-    const QString tip = m_control ? tipOf(*m_control) : QString();
+    const QString tip = m_control ? tipFor(*m_control) : QString();
     if (tip.isEmpty())
         return;
     m_control->installEventFilter(this);

@@ -13,6 +13,9 @@ class HintBubble final : public QLabel
 public:
     explicit HintBubble(QWidget *parent);
 
+    /// What is shown for @p widget: its whole text where that is cut short, else its tool tip.
+    static QString tipFor(const QWidget &widget);
+
     /// Shows the tool tip of the child of the parent at @p position (parent coordinates), or hides.
     void showFor(const QPoint &position);
 

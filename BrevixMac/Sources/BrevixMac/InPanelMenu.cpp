@@ -63,6 +63,19 @@ void InPanelMenu::openAbove(const QPoint &corner)
     show();
     raise();
     qApp->installEventFilter(this);
+    // A button has the focus only of somebody who uses the keyboard.
+    if (qobject_cast<ThemedButton *>(m_focusBefore.data()))
+        moveFocus(1);
+}
+
+/// From entry to entry, and round.
+void InPanelMenu::moveFocus(int step)
+{
+    const QList<ThemedButton *> entries = findChildren<ThemedButton *>();
+    const auto focused = std::find_if(entries.cbegin(), entries.cend(),
+                                      [](const ThemedButton *entry) { return entry->hasFocus(); });
+    const qsizetype from = focused != entries.cend() ? focused - entries.cbegin() : step > 0 ? -1 : 0;
+    entries.at((from + step + entries.size()) % entries.size())->setFocus(Qt::PopupFocusReason);
 }
 
 void InPanelMenu::close()
@@ -95,9 +108,9 @@ bool InPanelMenu::eventFilter(QObject *watched, QEvent *event)
 void InPanelMenu::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Down)
-        focusNextPrevChild(true);
+        moveFocus(1);
     else if (event->key() == Qt::Key_Up)
-        focusNextPrevChild(false);
+        moveFocus(-1);
     else
         QFrame::keyPressEvent(event);
 }

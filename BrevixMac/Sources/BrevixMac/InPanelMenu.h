@@ -33,5 +33,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void moveFocus(int step);
+
     QPointer<QWidget> m_focusBefore;
 };

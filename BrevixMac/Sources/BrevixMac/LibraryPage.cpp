@@ -11,6 +11,7 @@
 #include "ResultLine.h"
 #include "ShareRequests.h"
 #include "SidebarList.h"
+#include "TabOrder.h"
 #include "TextField.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
@@ -58,11 +59,6 @@ LibraryFilter filterOf(const QString &id)
     if (id.startsWith(categoryPrefix))
         return LibraryFilter::category(id.mid(categoryPrefix.size()));
     return LibraryFilter::all();
-}
-
-QString counted(qsizetype count)
-{
-    return QString::number(count) + (count == 1 ? u" item" : u" items");
 }
 
 /// The longest text that fits into the empty field.
@@ -166,18 +162,10 @@ QWidget *LibraryPage::makePane()
 
 void LibraryPage::setTabOrders()
 {
-    const QList<QWidget *> order{&m_header->backButton(),
-                                 m_newPrompt,
-                                 m_newSkill,
-                                 m_sidebar,
-                                 &m_sidebar->shareButton(),
-                                 m_search,
-                                 &m_list->actions().insertButton(),
-                                 &m_list->actions().copyButton(),
-                                 &m_list->actions().shareButton(),
-                                 &m_result->recoveryButton()};
-    for (qsizetype index = 1; index < order.size(); ++index)
-        setTabOrder(order.at(index - 1), order.at(index));
+    const PickerRowActions &actions = m_list->actions();
+    TabOrder::set({&m_header->backButton(), m_newPrompt, m_newSkill, m_sidebar, &m_sidebar->shareButton(),
+                   m_search, &actions.insertButton(), &actions.copyButton(), &actions.shareButton(),
+                   &m_result->recoveryButton()});
 }
 
 void LibraryPage::observe()
@@ -314,7 +302,8 @@ void LibraryPage::refreshHeadline(qsizetype count)
         OneLine::of(PickerResults::libraryFilterTitle(m_filter, m_appState.categoriesByID()));
     m_title->setText(title);
     m_search->setAccessibleName(u"Search " + title);
-    m_caption->setText((isNarrowed ? u"Filtered" : u"Full library") + u" \u00b7 "_qs + counted(count));
+    m_caption->setText((isNarrowed ? u"Filtered" : u"Full library") + u" \u00b7 "_qs +
+                       SidebarModel::counted(count));
     fitHeadline();
     m_empty->describe(isNarrowed ? QStringLiteral("magnifyingglass") : QStringLiteral("square.grid.2x2"),
                       QStringLiteral("No library items found"),

@@ -44,6 +44,7 @@ MenuBarPromptEditorView::MenuBarPromptEditorView(AppState &appState, QWidget *pa
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_frame);
+    m_frame->setTabOrders({&m_header->backButton(), m_openWindow}, m_form->tabOrder());
     connect(m_header, &PageHeader::backRequested, m_frame, &EditorFrame::cancel);
     connect(m_openWindow, &QPushButton::clicked, this, &MenuBarPromptEditorView::windowRequested);
     connect(m_model, &EditorModel::isSavingChanged, this, [this] {

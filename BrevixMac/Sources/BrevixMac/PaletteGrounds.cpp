@@ -28,7 +28,14 @@ void SidebarGround::paintEvent(QPaintEvent *)
 ColumnLine::ColumnLine(QWidget *parent)
     : QWidget(parent)
 {
-    setFixedWidth(1);
+    setOrientation(Qt::Vertical);
+}
+
+void ColumnLine::setOrientation(Qt::Orientation orientation)
+{
+    const bool isVertical = orientation == Qt::Vertical;
+    setMinimumSize(1, 1);
+    setMaximumSize(isVertical ? 1 : QWIDGETSIZE_MAX, isVertical ? QWIDGETSIZE_MAX : 1);
 }
 
 void ColumnLine::paintEvent(QPaintEvent *)

@@ -18,13 +18,15 @@ private:
     int m_windowRadius;
 };
 
-/// A vertical hairline.
+/// A hairline between two columns, or between two that stand one over the other.
 class ColumnLine final : public QWidget
 {
     Q_OBJECT
 
 public:
     explicit ColumnLine(QWidget *parent = nullptr);
+
+    void setOrientation(Qt::Orientation orientation);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

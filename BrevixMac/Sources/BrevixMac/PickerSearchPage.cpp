@@ -13,7 +13,9 @@
 #include "PickerRowActions.h"
 #include "ResultActions.h"
 #include "ResultLine.h"
+#include "SignInNotice.h"
 #include "StatusCard.h"
+#include "TabOrder.h"
 #include "TextField.h"
 #include "ThemedButton.h"
 
@@ -84,9 +86,9 @@ void PickerSearchPage::addPlusMenu()
     m_plusMenu->setAccessibleName(m_footer->plusButton().accessibleName());
     m_menuNewPrompt = &m_plusMenu->addEntry(QStringLiteral("New Prompt"), QStringLiteral("text.quote"));
     m_menuNewSkill = &m_plusMenu->addEntry(QStringLiteral("New Skill"), QStringLiteral("wand.and.stars"));
-    const ThemedButton &palette =
-        m_plusMenu->addEntry(QStringLiteral("Open Palette"), QStringLiteral("rectangle.split.3x1"));
-    connect(&palette, &QPushButton::clicked, this, &PickerSearchPage::paletteRequested);
+    m_menuPalette =
+        &m_plusMenu->addEntry(QStringLiteral("Open Palette"), QStringLiteral("rectangle.split.3x1"));
+    connect(m_menuPalette, &QPushButton::clicked, this, &PickerSearchPage::paletteRequested);
     connect(&m_footer->plusButton(), &QPushButton::clicked, this, [this] {
         const ThemedButton &plus = m_footer->plusButton();
         m_plusMenu->openAbove(plus.mapTo(this, QPoint(0, 0)));
@@ -95,28 +97,19 @@ void PickerSearchPage::addPlusMenu()
 
 void PickerSearchPage::setTabOrders()
 {
-    const QList<QWidget *> order{
-        &m_header->signInButton(),
-        &m_header->settingsButton(),
-        &m_notices->permissionList().accessibilityButton(),
-        &m_notices->permissionList().postEventButton(),
-        &m_notices->hideTipButton(),
-        m_search,
-        &m_list->actions().insertButton(),
-        &m_list->actions().copyButton(),
-        &m_list->actions().shareButton(),
-        &m_empty->newPromptButton(),
-        &m_empty->newSkillButton(),
-        m_form,
-        &m_result->recoveryButton(),
-        &m_footer->plusButton(),
-        &m_footer->libraryButton(),
-        &m_footer->settingsButton(),
-        &m_footer->signOutButton(),
-        &m_footer->quitButton(),
-    };
-    for (qsizetype index = 1; index < order.size(); ++index)
-        setTabOrder(order.at(index - 1), order.at(index));
+    const SignInNotice &signIn = m_notices->signInNotice();
+    const PickerRowActions &actions = m_list->actions();
+    const QList<QWidget *> form = m_form->tabOrder();
+    TabOrder::set(
+        QList<QWidget *>{&m_header->signInButton(), &m_header->settingsButton(), &signIn.copyLinkButton(),
+                         &signIn.cancelButton(), &m_notices->permissionList().accessibilityButton(),
+                         &m_notices->permissionList().postEventButton(), &m_notices->hideTipButton(),
+                         m_search, &actions.insertButton(), &actions.copyButton(), &actions.shareButton(),
+                         &m_empty->newPromptButton(), &m_empty->newSkillButton()} +
+        form +
+        QList<QWidget *>{&m_result->recoveryButton(), m_menuNewPrompt, m_menuNewSkill, m_menuPalette,
+                         &m_footer->plusButton(), &m_footer->libraryButton(), &m_footer->settingsButton(),
+                         &m_footer->signOutButton(), &m_footer->quitButton()});
 }
 
 void PickerSearchPage::observeControls()
@@ -252,6 +245,7 @@ void PickerSearchPage::setFormShown(bool showsForm)
     if (showsForm) {
         m_stack->setCurrentWidget(m_form);
         m_form->begin();
+        setTabOrders(); // its fields are new
         return;
     }
     if (isFormShown())

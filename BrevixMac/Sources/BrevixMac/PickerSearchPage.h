@@ -82,5 +82,6 @@ private:
     InPanelMenu *m_plusMenu;
     ThemedButton *m_menuNewPrompt = nullptr;
     ThemedButton *m_menuNewSkill = nullptr;
+    ThemedButton *m_menuPalette = nullptr;
     bool m_isAdoptingSelection = false;
 };

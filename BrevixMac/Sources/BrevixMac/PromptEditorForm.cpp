@@ -5,6 +5,7 @@
 #include "ColorSwatches.h"
 #include "ContentScrollArea.h"
 #include "FormParts.h"
+#include "HeadingRow.h"
 #include "NewCategoryForm.h"
 #include "PromptBodyTextView.h"
 #include "PromptEditorModel.h"
@@ -14,7 +15,6 @@
 #include "VariableChips.h"
 
 #include <QAbstractButton>
-#include <QEvent>
 #include <QHBoxLayout>
 
 namespace {
@@ -23,7 +23,6 @@ constexpr int halo = Theme::haloWidth;
 constexpr int headingGap = 2;
 constexpr int fieldGap = 7;
 constexpr int columnGap = 22;
-constexpr int focusMargin = 24;
 constexpr int leastFormHeight = 70;
 constexpr int narrowestColumns = 600; // below it the columns stand one over the other
 constexpr int buttonHeight = 38;
@@ -64,7 +63,6 @@ PromptEditorForm::PromptEditorForm(PromptEditorModel &model, const PromptEditorT
         layOutOneColumn(margin);
     else
         layOutTwoColumns(margin);
-    orderFocus();
     observeModel();
     showContent();
 }
@@ -88,12 +86,7 @@ void PromptEditorForm::addWritingFields(QVBoxLayout &column)
     column.addLayout(categoryRow);
     column.addWidget(m_newCategory);
     column.addSpacing(fieldGap - 4);
-    auto *textRow = new QHBoxLayout;
-    textRow->setSpacing(0);
-    textRow->addWidget(FormParts::heading(QStringLiteral("Prompt Text"), this), 1);
-    textRow->addWidget(m_undoOptimize);
-    textRow->addWidget(m_optimize);
-    column.addLayout(textRow);
+    column.addWidget(new HeadingRow(QStringLiteral("Prompt Text"), {m_undoOptimize, m_optimize}, this));
     column.addWidget(FormParts::growingBox(m_body, this), 3);
 }
 
@@ -179,26 +172,14 @@ void PromptEditorForm::resizeEvent(QResizeEvent *event)
         FormParts::turnColumns(*m_columns, width() >= Theme::shared().scaled(narrowestColumns));
 }
 
-void PromptEditorForm::orderFocus()
+QList<QWidget *> PromptEditorForm::tabOrder() const
 {
     QList<QWidget *> order{m_title, m_category, m_newCategoryToggle, &m_newCategory->nameField()};
     for (QAbstractButton *swatch : m_newCategory->swatches().swatches())
         order.append(swatch);
-    order.append({&m_newCategory->createButton(), m_body, m_undoOptimize, m_optimize, m_variable, m_insert,
+    order.append({&m_newCategory->createButton(), m_undoOptimize, m_optimize, m_body, m_variable, m_insert,
                   m_preview});
-    for (qsizetype index = 0; index < order.size(); ++index) {
-        if (index > 0)
-            setTabOrder(order.at(index - 1), order.at(index));
-        order.at(index)->installEventFilter(this);
-    }
-}
-
-bool PromptEditorForm::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::FocusIn)
-        findChild<ContentScrollArea *>()->ensureWidgetVisible(static_cast<QWidget *>(watched), 0,
-                                                              focusMargin);
-    return QWidget::eventFilter(watched, event);
+    return order;
 }
 
 void PromptEditorForm::focusFirst()

@@ -44,6 +44,9 @@ public:
     /// Puts the focus where writing begins.
     void focusFirst();
 
+    /// Its controls as Tab visits them.
+    QList<QWidget *> tabOrder() const;
+
     TextField &titleField() const { return *m_title; }
     CategoryField &categoryField() const { return *m_category; }
     ThemedButton &newCategoryToggle() const { return *m_newCategoryToggle; }
@@ -57,7 +60,6 @@ public:
     EditorTextView &preview() const { return *m_preview; }
 
 protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
@@ -66,7 +68,6 @@ private:
     void addPreview(QVBoxLayout &column, int stretch);
     void layOutOneColumn(int margin);
     void layOutTwoColumns(int margin);
-    void orderFocus();
     void observeModel();
     void onTextEdited();
     void showContent();

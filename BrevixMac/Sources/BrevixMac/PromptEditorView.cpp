@@ -38,6 +38,7 @@ PromptEditorView::PromptEditorView(AppState &appState)
                               texts().save, Theme::margin, this))
 {
     setFrame(*m_model, *m_frame);
+    m_frame->setTabOrders({}, m_form->tabOrder());
     connect(m_model, &PromptEditorModel::promptSaved, this, &PromptEditorView::showInList);
 }
 

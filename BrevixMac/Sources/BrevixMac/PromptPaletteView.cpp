@@ -4,20 +4,20 @@
 #include "AppState.h"
 #include "BrandGlyph.h"
 #include "ButtonBar.h"
-#include "EmptyState.h"
 #include "HintBubble.h"
 #include "OneLine.h"
 #include "PaletteGrounds.h"
+#include "PaletteResults.h"
 #include "PickerList.h"
 #include "PreviewText.h"
 #include "PromptPreview.h"
-#include "PromptRowView.h"
 #include "ResultActions.h"
 #include "ResultLine.h"
 #include "ShareConfirmationBannerView.h"
 #include "ShareRequests.h"
 #include "SidebarList.h"
 #include "StatusCard.h"
+#include "TabOrder.h"
 #include "TextField.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
@@ -30,14 +30,15 @@
 #include <QScopedValueRollback>
 #include <QStackedWidget>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int halo = Theme::haloWidth;
 constexpr int sideMargin = 18;
-constexpr int listMargin = 12;
 constexpr int searchHeight = 40;
-constexpr int listStretch = 11;
-constexpr int previewStretch = 9;
+constexpr int searchShare = 2;          // of the header, twice what its texts have
+constexpr int largestSidebarShare = 34; // percent
 
 const QString allID = QStringLiteral("all");
 const QString categoryPrefix = QStringLiteral("category:");
@@ -50,16 +51,11 @@ PromptPaletteView::PromptPaletteView(AppState &appState, QWidget *parent)
     , m_sharing(new ShareRequests(appState, this))
     , m_target(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::elide))
     , m_search(new TextField)
-    , m_hint(new StatusCard)
     , m_sidebar(new SidebarList(QStringLiteral("Categories")))
-    , m_list(new PickerList(PickerRowActions::Wording::quiet, nullptr, new PromptRowView))
-    , m_empty(new EmptyState)
-    , m_lists(new QStackedWidget)
-    , m_preview(new PromptPreview)
+    , m_results(new PaletteResults(appState))
     , m_form(new VariableFillView(appState))
     , m_stack(new QStackedWidget)
-    , m_result(new ResultLine(appState))
-    , m_actions(new ResultActions({appState, *m_sharing, *m_search, *m_list, *m_result}, this))
+    , m_actions(new ResultActions({appState, *m_sharing, *m_search, list(), resultLine()}, this))
     , m_browse(new ThemedButton(ThemedButton::Kind::plain, QStringLiteral("Browse Library")))
     , m_share(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Share")))
     , m_copy(new ThemedButton(ThemedButton::Kind::quiet, QStringLiteral("Copy")))
@@ -90,17 +86,12 @@ void PromptPaletteView::makeControls()
     m_search->setDesignHeight(searchHeight);
     m_search->setPlaceholderText(QStringLiteral("Search prompts..."));
     m_search->setAccessibleName(QStringLiteral("Search prompts"));
-    m_hint->describe(StatusCard::Tint::warning, QStringLiteral("exclamationmark.triangle"), {},
-                     QStringLiteral("Select a text field, then insert or copy a prompt."));
-    m_list->setAccessibleName(QStringLiteral("Prompts"));
-    m_list->setSideMargins(listMargin, listMargin + 2);
-    m_empty->setButtonsShown(false);
-    m_result->setSideMargin(listMargin);
     for (ThemedButton *button : {m_browse, m_share, m_copy, m_insert, m_close})
         button->setDesignHeight(34);
     m_browse->setSymbol(QStringLiteral("square.grid.2x2"));
     m_share->setSymbol(QStringLiteral("square.and.arrow.up"));
     m_copy->setSymbol(QStringLiteral("doc.on.doc"));
+    m_close->setFaceSymbol(QStringLiteral("xmark"));
     m_insert->setTrailingSymbol(QStringLiteral("return"));
 }
 
@@ -119,8 +110,8 @@ QWidget *PromptPaletteView::makeHeader()
     row->setContentsMargins(sideMargin, 11, sideMargin - halo, 12);
     row->setSpacing(10);
     row->addWidget(new BrandGlyph, 0, Qt::AlignVCenter);
-    row->addLayout(texts, listStretch);
-    row->addWidget(m_search, 2 * listStretch);
+    row->addLayout(texts, 1);
+    row->addWidget(m_search, searchShare);
     return header;
 }
 
@@ -130,7 +121,7 @@ QWidget *PromptPaletteView::makeBody()
     auto *sidebarColumn = new QVBoxLayout(ground);
     sidebarColumn->setContentsMargins(0, 0, 1, 0);
     sidebarColumn->addWidget(m_sidebar);
-    m_stack->addWidget(makeResults());
+    m_stack->addWidget(m_results);
     m_stack->addWidget(m_form);
 
     auto *body = new QWidget;
@@ -140,30 +131,6 @@ QWidget *PromptPaletteView::makeBody()
     row->addWidget(ground);
     row->addWidget(m_stack, 1);
     return body;
-}
-
-QWidget *PromptPaletteView::makeResults()
-{
-    m_lists->addWidget(m_list);
-    m_lists->addWidget(m_empty);
-    auto *hintRow = new QHBoxLayout;
-    hintRow->setContentsMargins(listMargin, 10, listMargin, 0);
-    hintRow->addWidget(m_hint);
-    auto *listColumn = new QVBoxLayout;
-    listColumn->setSpacing(0);
-    listColumn->addLayout(hintRow);
-    listColumn->addWidget(m_lists, 1);
-    listColumn->addWidget(m_result);
-
-    auto *results = new QWidget;
-    auto *row = new QHBoxLayout(results);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(0);
-    row->addLayout(listColumn, listStretch);
-    row->addWidget(new ColumnLine);
-    row->addWidget(m_preview, previewStretch);
-    m_preview->setMinimumWidth(0);
-    return results;
 }
 
 QWidget *PromptPaletteView::makeFooter()
@@ -178,28 +145,17 @@ QWidget *PromptPaletteView::makeFooter()
     row->addWidget(m_share);
     row->addWidget(m_copy);
     row->addWidget(m_insert);
+    footer->setShrinking({m_browse, m_share, m_copy, m_close});
     return footer;
 }
 
 void PromptPaletteView::setTabOrders()
 {
-    const QList<QWidget *> order{m_search,
-                                 &m_list->actions().insertButton(),
-                                 &m_list->actions().copyButton(),
-                                 &m_list->actions().shareButton(),
-                                 &m_preview->text(),
-                                 &m_result->recoveryButton(),
-                                 m_form,
-                                 m_close,
-                                 m_share,
-                                 m_copy,
-                                 m_insert,
-                                 m_browse,
-                                 &m_banner->dismissButton(),
-                                 m_sidebar,
-                                 &m_sidebar->shareButton()};
-    for (qsizetype index = 1; index < order.size(); ++index)
-        setTabOrder(order.at(index - 1), order.at(index));
+    const PickerRowActions &actions = list().actions();
+    TabOrder::set({&m_banner->dismissButton(), m_search, m_sidebar, &m_sidebar->shareButton(),
+                   &actions.insertButton(), &actions.copyButton(), &actions.shareButton(),
+                   &resultLine().recoveryButton(), &preview().text(), m_browse, m_close, m_share, m_copy,
+                   m_insert});
 }
 
 void PromptPaletteView::observe()
@@ -210,7 +166,7 @@ void PromptPaletteView::observe()
                                                      : std::optional(id.mid(categoryPrefix.size())));
     });
     connect(m_sidebar, &SidebarList::shareRequested, this, &PromptPaletteView::shareCategory);
-    connect(m_list, &PickerList::selectedResultChanged, this, &PromptPaletteView::publishSelection);
+    connect(&list(), &PickerList::selectedResultChanged, this, &PromptPaletteView::publishSelection);
 
     connect(m_insert, &QPushButton::clicked, m_actions, &ResultActions::insert);
     connect(m_copy, &QPushButton::clicked, m_actions, &ResultActions::copy);
@@ -244,7 +200,7 @@ void PromptPaletteView::appear()
 {
     m_appState.ensurePromptSelection();
     m_search->setText(m_appState.query());
-    m_result->refresh();
+    resultLine().refresh();
     refresh();
     refreshTarget();
     showActiveForm();
@@ -265,7 +221,7 @@ void PromptPaletteView::refreshForQuery()
 {
     if (m_search->text() != m_appState.query())
         m_search->setText(m_appState.query());
-    m_result->clearHint();
+    resultLine().clearHint();
     {
         // Another query is another list: its best match is what Return should take.
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
@@ -280,7 +236,7 @@ void PromptPaletteView::refreshTarget()
     m_target->setText(target
                           ? OneLine::of(target->applicationName.value_or(QStringLiteral("the selected app")))
                           : QStringLiteral("No focused app captured"));
-    m_hint->setVisible(!target);
+    hintCard().setVisible(!target);
     refreshActions();
 }
 
@@ -338,20 +294,10 @@ void PromptPaletteView::refreshList()
     {
         // What the model's reset does to the selection is not the user's choice.
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
-        m_list->items().setSections(sections(), m_appState.categoriesByID());
+        list().items().setSections(sections(), m_appState.categoriesByID());
     }
     adoptSelection();
-    const bool isEmpty = m_list->items().rowCount() == 0;
-    const bool isNarrowed = !m_search->text().isEmpty() || m_appState.selectedCategoryID();
-    m_empty->describe(isNarrowed ? QStringLiteral("magnifyingglass") : QStringLiteral("square.grid.2x2"),
-                      QStringLiteral("No prompts found"),
-                      isNarrowed ? QStringLiteral("Try another search or category.")
-                                 : QStringLiteral("Your prompts will appear here once they sync."));
-    if (isNarrowed)
-        m_empty->clearSync();
-    else
-        m_empty->setSync(m_appState.libraryStore().syncState());
-    m_lists->setCurrentWidget(isEmpty ? static_cast<QWidget *>(m_empty) : m_list);
+    m_results->showListOrEmptyState(!m_search->text().isEmpty() || m_appState.selectedCategoryID());
 }
 
 void PromptPaletteView::onSelectionChanged()
@@ -369,7 +315,7 @@ void PromptPaletteView::adoptSelection()
     const auto &promptID = m_appState.selectedPromptID();
     {
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
-        m_list->selectResult(promptID ? QString(u"prompt:" + *promptID) : QString());
+        list().selectResult(promptID ? QString(u"prompt:" + *promptID) : QString());
     }
     publishSelection();
 }
@@ -378,21 +324,21 @@ void PromptPaletteView::publishSelection()
 {
     if (m_isAdoptingSelection)
         return;
-    const PickerResult *selected = m_list->selectedResult();
+    const PickerResult *selected = list().selectedResult();
     const auto prompt = selected ? std::optional(*selected->prompt()) : std::nullopt;
     {
         const QScopedValueRollback adopting(m_isAdoptingSelection, true);
         m_appState.setSelectedSkillID(std::nullopt);
         m_appState.setSelectedPromptID(prompt ? std::optional(prompt->id) : std::nullopt);
     }
-    m_preview->show(prompt, prompt ? m_appState.categoriesByID().value(prompt->categoryID).name : QString());
-    m_result->clearHint();
+    preview().show(prompt, prompt ? m_appState.categoriesByID().value(prompt->categoryID).name : QString());
+    resultLine().clearHint();
     refreshActions();
 }
 
 void PromptPaletteView::refreshActions()
 {
-    const PickerResult *selected = m_list->selectedResult();
+    const PickerResult *selected = list().selectedResult();
     const PickerTargetStatus status = m_appState.targetStatus();
     const bool isInserting = m_appState.isInserting();
     const bool isSharing = m_actions->isSharing();
@@ -433,10 +379,47 @@ void PromptPaletteView::showActiveForm()
         focusSearch();
 }
 
+StatusCard &PromptPaletteView::hintCard() const
+{
+    return m_results->hintCard();
+}
+
+PickerList &PromptPaletteView::list() const
+{
+    return m_results->list();
+}
+
+EmptyState &PromptPaletteView::emptyState() const
+{
+    return m_results->emptyState();
+}
+
+PromptPreview &PromptPaletteView::preview() const
+{
+    return m_results->preview();
+}
+
+ResultLine &PromptPaletteView::resultLine() const
+{
+    return m_results->resultLine();
+}
+
 void PromptPaletteView::onThemeChanged()
 {
-    m_sidebar->setFixedWidth(m_sidebar->sizeHint().width());
+    fitSidebar();
     update();
+}
+
+void PromptPaletteView::fitSidebar()
+{
+    const int widest = width() * largestSidebarShare / 100;
+    m_sidebar->setFixedWidth(std::min(m_sidebar->sizeHint().width(), widest));
+}
+
+void PromptPaletteView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitSidebar();
 }
 
 bool PromptPaletteView::event(QEvent *event)

@@ -6,6 +6,7 @@
 class AppState;
 class EmptyState;
 class HintBubble;
+class PaletteResults;
 class PickerList;
 class PromptPreview;
 class QStackedWidget;
@@ -41,13 +42,13 @@ public:
     void focusSearch();
 
     TextLabel &targetLabel() const { return *m_target; }
-    StatusCard &hintCard() const { return *m_hint; }
+    StatusCard &hintCard() const;
     TextField &searchField() const { return *m_search; }
     SidebarList &sidebar() const { return *m_sidebar; }
-    PickerList &list() const { return *m_list; }
-    EmptyState &emptyState() const { return *m_empty; }
-    PromptPreview &preview() const { return *m_preview; }
-    ResultLine &resultLine() const { return *m_result; }
+    PickerList &list() const;
+    EmptyState &emptyState() const;
+    PromptPreview &preview() const;
+    ResultLine &resultLine() const;
     VariableFillView &form() const { return *m_form; }
     ShareConfirmationBannerView &banner() const { return *m_banner; }
     ThemedButton &browseButton() const { return *m_browse; }
@@ -64,17 +65,18 @@ protected:
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void makeControls();
     QWidget *makeHeader();
     QWidget *makeBody();
-    QWidget *makeResults();
     QWidget *makeFooter();
     void setTabOrders();
     void observe();
     void observeState();
     void onThemeChanged();
+    void fitSidebar();
     void refresh();
     void refreshForQuery();
     void onSelectionChanged();
@@ -92,15 +94,10 @@ private:
     ShareRequests *m_sharing;
     TextLabel *m_target;
     TextField *m_search;
-    StatusCard *m_hint;
     SidebarList *m_sidebar;
-    PickerList *m_list;
-    EmptyState *m_empty;
-    QStackedWidget *m_lists;
-    PromptPreview *m_preview;
+    PaletteResults *m_results;
     VariableFillView *m_form;
     QStackedWidget *m_stack;
-    ResultLine *m_result;
     ResultActions *m_actions;
     ThemedButton *m_browse;
     ThemedButton *m_share;

@@ -26,6 +26,7 @@ add_library(BrevixMac STATIC
     TextField.cpp TextField.h
     TextLabel.cpp TextLabel.h
     ThemedButton.cpp ThemedButton.h
+    TabOrder.cpp TabOrder.h
     ThinScrollBar.cpp ThinScrollBar.h
     # Windows
     AccessibleRoles.cpp AccessibleRoles.h
@@ -33,6 +34,7 @@ add_library(BrevixMac STATIC
     RoundedPanel.cpp RoundedPanel.h
     # Palette
     PaletteGrounds.cpp PaletteGrounds.h
+    PaletteResults.cpp PaletteResults.h
     FloatingPanelController.cpp FloatingPanelController.h
     PromptPalettePanel.cpp PromptPalettePanel.h
     PromptPaletteView.cpp PromptPaletteView.h
@@ -77,6 +79,7 @@ add_library(BrevixMac STATIC
     EditorWindow.cpp EditorWindow.h
     FlowLayout.cpp FlowLayout.h
     FormParts.cpp FormParts.h
+    HeadingRow.cpp HeadingRow.h
     MenuBarPromptEditorView.cpp MenuBarPromptEditorView.h
     NewCategoryForm.cpp NewCategoryForm.h
     PromptBodyTextView.cpp PromptBodyTextView.h

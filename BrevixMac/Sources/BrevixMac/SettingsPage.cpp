@@ -7,6 +7,12 @@
 
 #include <QVBoxLayout>
 
+namespace {
+
+constexpr int bottomMargin = 10; // where the panel's corners are round
+
+}
+
 SettingsPage::SettingsPage(AppState &appState, QWidget *parent)
     : QWidget(parent)
     , m_header(new PageHeader(QStringLiteral("Settings"), this))
@@ -14,7 +20,7 @@ SettingsPage::SettingsPage(AppState &appState, QWidget *parent)
 {
     m_header->setSubtitle(QStringLiteral("Return to the prompt picker when you're done."));
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 0, 0, bottomMargin);
     layout->setSpacing(8);
     layout->addWidget(m_header);
     layout->addWidget(m_view, 1);

@@ -52,6 +52,7 @@ SettingsRow::SettingsRow(const QString &title, const QString &subtitle, QWidget 
     setTitle(title);
     setSubtitle(subtitle);
     setNote({}, Theme::Color::secondary);
+    m_note->setContentsMargins(0, 0, Theme::haloWidth, 0);
     connect(&Theme::shared(), &Theme::changed, this, &SettingsRow::onThemeChanged);
     onThemeChanged();
 }
@@ -88,9 +89,11 @@ void SettingsRow::setNote(const QString &note, Theme::Color ink)
 
 void SettingsRow::addControl(QWidget *control)
 {
-    m_controls->addWidget(control, 0, Qt::AlignVCenter);
-    // Unlike buttons it has no room for a focus ring around it.
+    // Unlike buttons it has no room for a focus ring around it. Alone it belongs to the title.
     const bool isChip = qobject_cast<StatusChip *>(control);
+    for (int index = 0; index < m_controls->count(); ++index)
+        m_controls->itemAt(index)->setAlignment(Qt::AlignVCenter);
+    m_controls->addWidget(control, 0, isChip && m_controls->isEmpty() ? Qt::AlignTop : Qt::AlignVCenter);
     m_controls->setContentsMargins(0, 0, isChip ? Theme::haloWidth : 0, 0);
 }
 

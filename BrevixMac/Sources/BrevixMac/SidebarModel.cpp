@@ -3,14 +3,10 @@
 
 #include "OneLine.h"
 
-namespace {
-
-QString counted(qsizetype count)
+QString SidebarModel::counted(qsizetype count)
 {
     return QString::number(count) + (count == 1 ? u" item" : u" items");
 }
-
-} // namespace
 
 bool SidebarModel::setEntries(const QList<SidebarEntry> &entries)
 {

@@ -38,6 +38,9 @@ public:
     /// The line of @p row; null outside the list.
     const SidebarEntry *entry(int row) const;
 
+    /// "1 item", "2 items".
+    static QString counted(qsizetype count);
+
     /// Row of the line with this identifier, or -1.
     int rowOf(const QString &id) const;
 

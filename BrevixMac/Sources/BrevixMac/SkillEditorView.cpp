@@ -6,6 +6,7 @@
 #include "EditorFrame.h"
 #include "EditorTextView.h"
 #include "FormParts.h"
+#include "HeadingRow.h"
 #include "OneLine.h"
 #include "SkillEditorModel.h"
 #include "SkillImport.h"
@@ -90,10 +91,7 @@ SkillEditorView::SkillEditorView(AppState &appState)
     m_frame =
         new EditorFrame(*m_model, header, makeForm(), QStringLiteral("Create Skill"), Theme::margin, this);
     setFrame(*m_model, *m_frame);
-    setTabOrder(m_title, m_import);
-    setTabOrder(m_import, m_body);
-    setTabOrder(m_body, m_remove);
-    setTabOrder(m_remove, m_preview);
+    m_frame->setTabOrders({}, {m_title, m_import, m_body, m_remove, m_preview});
     observeModel();
     showContent();
 }
@@ -127,11 +125,7 @@ void SkillEditorView::addFields(QVBoxLayout &column)
     column.addSpacing(headingGap);
     column.addWidget(m_title);
     column.addSpacing(fieldGap);
-    auto *row = new QHBoxLayout;
-    row->setSpacing(0);
-    row->addWidget(FormParts::heading(QStringLiteral("Skill Instructions"), this), 1);
-    row->addWidget(m_import);
-    column.addLayout(row);
+    column.addWidget(new HeadingRow(QStringLiteral("Skill Instructions"), {m_import}, this));
     auto *hint =
         new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::wrap, this);
     hint->setText(QStringLiteral("Paste a skill, or import a plain text / Markdown file."));

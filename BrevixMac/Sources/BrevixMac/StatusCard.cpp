@@ -6,7 +6,8 @@
 #include "TextLabel.h"
 #include "ThemePainting.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
+#include <QEvent>
 #include <QPainter>
 
 #include <chrono>
@@ -16,6 +17,7 @@ namespace {
 constexpr int padding = 12;
 constexpr int verticalPadding = 10;
 constexpr int symbolGap = 9;
+constexpr int leastTextWidth = 140; // beside buttons
 constexpr std::chrono::milliseconds frameInterval{40};
 constexpr qreal turnsPerFrame = 0.045;
 
@@ -25,15 +27,17 @@ StatusCard::StatusCard(QWidget *parent)
     : QFrame(parent)
     , m_title(new TextLabel(Theme::Type::cardTitle, Theme::Color::text, TextLabel::Overflow::wrap, this))
     , m_detail(new TextLabel(Theme::Type::caption, Theme::Color::secondary, TextLabel::Overflow::wrap, this))
-    , m_row(new QHBoxLayout(this))
+    , m_row(new QBoxLayout(QBoxLayout::LeftToRight, this))
+    , m_texts(new QVBoxLayout)
+    , m_buttons(new QBoxLayout(QBoxLayout::LeftToRight))
 {
-    auto *texts = new QVBoxLayout;
-    texts->setSpacing(0);
-    texts->addStretch();
-    texts->addWidget(m_title);
-    texts->addWidget(m_detail);
-    texts->addStretch();
-    m_row->addLayout(texts, 1);
+    m_texts->setSpacing(0);
+    m_texts->addStretch();
+    m_texts->addWidget(m_title);
+    m_texts->addWidget(m_detail);
+    m_texts->addStretch();
+    m_row->addLayout(m_texts, 1);
+    m_row->addLayout(m_buttons);
     connect(&Theme::shared(), &Theme::changed, this, &StatusCard::onThemeChanged);
     onThemeChanged();
 }
@@ -41,12 +45,39 @@ StatusCard::StatusCard(QWidget *parent)
 void StatusCard::onThemeChanged()
 {
     const Theme &theme = Theme::shared();
-    const int vertical = theme.scaled(verticalPadding);
     const int left = theme.scaled(padding + Theme::symbolSize + symbolGap);
     m_row->setContentsMargins(left, 0, theme.scaled(padding) - Theme::haloWidth, 0);
     m_row->setSpacing(theme.scaled(4));
-    m_row->itemAt(0)->layout()->setContentsMargins(0, vertical, 0, vertical);
+    m_buttons->setSpacing(theme.scaled(4));
+    arrange();
     update();
+}
+
+void StatusCard::arrange()
+{
+    const Theme &theme = Theme::shared();
+    const QMargins margins = m_row->contentsMargins();
+    const int room = width() - margins.left() - margins.right() - m_row->spacing();
+    const int needed = m_buttons->sizeHint().width();
+    const bool isStacked = needed > 0 && room - needed < theme.scaled(leastTextWidth);
+    const int vertical = theme.scaled(verticalPadding);
+    m_texts->setContentsMargins(0, vertical, 0, isStacked ? 0 : vertical);
+    m_buttons->setContentsMargins(0, 0, 0, isStacked ? vertical - Theme::haloWidth : 0);
+    m_row->setDirection(isStacked ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_row->setAlignment(m_buttons, isStacked ? Qt::AlignLeft : Qt::Alignment());
+}
+
+void StatusCard::resizeEvent(QResizeEvent *event)
+{
+    QFrame::resizeEvent(event);
+    arrange();
+}
+
+bool StatusCard::event(QEvent *event)
+{
+    if (event->type() == QEvent::LayoutRequest)
+        arrange();
+    return QFrame::event(event);
 }
 
 void StatusCard::describe(Tint tint, const QString &symbol, const QString &title, const QString &detail)
@@ -67,7 +98,7 @@ void StatusCard::describe(Tint tint, const QString &symbol, const QString &title
 
 void StatusCard::addButton(QWidget *button)
 {
-    m_row->addWidget(button, 0, Qt::AlignVCenter);
+    m_buttons->addWidget(button, 0, Qt::AlignVCenter);
 }
 
 QString StatusCard::title() const

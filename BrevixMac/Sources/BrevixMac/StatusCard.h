@@ -5,11 +5,12 @@
 
 #include <QFrame>
 
-class QHBoxLayout;
+class QBoxLayout;
+class QVBoxLayout;
 class TextLabel;
 
-/// A rounded card with a symbol, a title or a detail or both, and room for buttons at its right end. Long
-/// texts wrap.
+/// A rounded card with a symbol, a title or a detail or both, and room for buttons at its right end; where
+/// they leave the texts too little room, below them. Long texts wrap.
 class StatusCard final : public QFrame
 {
     Q_OBJECT
@@ -38,9 +39,12 @@ protected:
     void timerEvent(QTimerEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     void onThemeChanged();
+    void arrange();
     void updateTurning();
     Theme::Color ink() const;
     Theme::Color background() const;
@@ -49,7 +53,9 @@ private:
     QString m_symbol;
     TextLabel *m_title;
     TextLabel *m_detail;
-    QHBoxLayout *m_row;
+    QBoxLayout *m_row;
+    QVBoxLayout *m_texts;
+    QBoxLayout *m_buttons;
     int m_turningTimer = 0;
     qreal m_turns = 0;
     bool m_isBusy = false;

@@ -58,6 +58,13 @@ void TextField::onThemeChanged()
     update();
 }
 
+bool TextField::isPlaceholderCut() const
+{
+    const QMargins margins = textMargins();
+    const int room = width() - margins.left() - margins.right() - 2 * styleInset;
+    return text().isEmpty() && fontMetrics().horizontalAdvance(placeholderText()) > room;
+}
+
 QSize TextField::sizeHint() const
 {
     const Theme &theme = Theme::shared();

@@ -17,6 +17,9 @@ public:
     /// Height of the drawn control in design pixels: 38 when not said otherwise.
     void setDesignHeight(int height);
 
+    /// It is empty, and some of its placeholder is not shown.
+    bool isPlaceholderCut() const;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

@@ -27,6 +27,7 @@ public:
     Theme::Color ink() const { return m_ink; }
 
     QSize sizeHint() const override;
+    int heightForWidth(int width) const override;
     QSize minimumSizeHint() const override;
 
 protected:
@@ -34,6 +35,7 @@ protected:
 
 private:
     void onThemeChanged();
+    bool breaksWords(int width) const;
 
     Theme::Type m_type;
     Theme::Color m_ink;

@@ -33,14 +33,20 @@ public:
     QSize sizeHint() const override
     {
         const Theme &theme = Theme::shared();
-        const int wanted = fontMetrics().horizontalAdvance(text()) + 2 * theme.scaled(sidePadding) + 1;
-        return {std::min(wanted, theme.scaled(widestChip)),
+        return {std::min(wholeWidth(), theme.scaled(widestChip)),
                 std::max(theme.scaled(designHeight), fontMetrics().height() + 4)};
     }
 
     QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QLabel::resizeEvent(event);
+        // What is cut short is told in full.
+        setToolTip(wholeWidth() > width() ? text() : QString());
+    }
+
     void paintEvent(QPaintEvent *) override
     {
         const Theme &theme = Theme::shared();
@@ -55,6 +61,11 @@ protected:
     }
 
 private:
+    int wholeWidth() const
+    {
+        return fontMetrics().horizontalAdvance(text()) + 2 * Theme::shared().scaled(sidePadding) + 1;
+    }
+
     void onThemeChanged()
     {
         QFont font = Theme::shared().font(Theme::Type::sectionTitle);

@@ -6,7 +6,6 @@
 #include "TextField.h"
 #include "TextLabel.h"
 
-#include <QEvent>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -95,7 +94,6 @@ void VariableFields::addField(const VariableToken &variable)
                                                                   : QString(u"Value for " + name));
     field->setAccessibleName(name);
     field->setMaxLength(longestValue + 1); // one more, so that what does not fit is noticed
-    field->installEventFilter(this);
     m_column->addWidget(label);
     m_column->addSpacing(labelGap);
     m_column->addWidget(field);
@@ -122,11 +120,4 @@ void VariableFields::focusFirst()
 {
     if (!m_fields.isEmpty())
         m_fields.first()->setFocus();
-}
-
-bool VariableFields::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::FocusIn)
-        Q_EMIT fieldFocused(static_cast<QWidget *>(watched));
-    return QWidget::eventFilter(watched, event);
 }

@@ -44,11 +44,6 @@ Q_SIGNALS:
     void valueEdited(const QString &name, const QString &value);
     /// Return was pressed in a field.
     void confirmed();
-    /// A field has got the focus: it should be in view.
-    void fieldFocused(QWidget *field);
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void addField(const VariableToken &variable);

@@ -7,6 +7,7 @@
 #include "PageHeader.h"
 #include "PreviewBox.h"
 #include "PreviewText.h"
+#include "TabOrder.h"
 #include "TextField.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
@@ -51,8 +52,6 @@ VariableForm::VariableForm(const Wording &wording, QWidget *parent)
 QVBoxLayout *VariableForm::makeBody()
 {
     auto *scroll = new ContentScrollArea(m_fields, leastFieldsHeight, Theme::margin - halo, this);
-    connect(m_fields, &VariableFields::fieldFocused, scroll,
-            [scroll](QWidget *field) { scroll->ensureWidgetVisible(field, 0, 24); });
     auto *previewTitle =
         new TextLabel(Theme::Type::sectionTitle, Theme::Color::secondary, TextLabel::Overflow::elide, this);
     previewTitle->setText(QStringLiteral("Preview"));
@@ -92,6 +91,7 @@ QWidget *VariableForm::makeFooter()
 void VariableForm::addNotice(QWidget *notice)
 {
     m_notices->addWidget(notice);
+    m_noticeButtons += notice->findChildren<ThemedButton *>();
 }
 
 void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
@@ -100,13 +100,19 @@ void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
     m_header->setSubtitle(OneLine::of(prompt.title), TextLabel::Overflow::elide);
     m_fields->setPrompt(prompt, values);
     m_preview->setPrompt(prompt, values);
-    if (!m_fields->fields().isEmpty()) {
-        setTabOrder(&m_header->backButton(), m_fields->fields().first());
-        setTabOrder(m_fields->fields().last(), m_preview);
-    }
-    setTabOrder(m_preview, m_cancel);
-    setTabOrder(m_cancel, m_confirm);
+    setTabOrders();
     m_fields->focusFirst();
+}
+
+void VariableForm::setTabOrders()
+{
+    QList<QWidget *> order{&m_header->backButton()};
+    for (TextField *field : m_fields->fields())
+        order.append(field);
+    order.append(m_preview);
+    for (ThemedButton *button : std::as_const(m_noticeButtons))
+        order.append(button);
+    TabOrder::set(order << m_cancel << m_confirm);
 }
 
 void VariableForm::setValues(const VariableValues &values)

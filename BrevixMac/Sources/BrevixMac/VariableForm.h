@@ -54,6 +54,7 @@ protected:
 private:
     QWidget *makeFooter();
     QVBoxLayout *makeBody();
+    void setTabOrders();
     void confirm();
 
     PromptItem m_prompt;
@@ -63,4 +64,5 @@ private:
     ThemedButton *m_cancel;
     ThemedButton *m_confirm;
     QVBoxLayout *m_notices;
+    QList<ThemedButton *> m_noticeButtons;
 };

@@ -317,7 +317,7 @@ class Accessibility(screen_reader.ScreenReader):
         self.wait_for_focus("Title")
         self.wait_for_dump(PICKER, PROMPT_EDITOR)
         self.assertEqual(self.tab_order(),
-                         ["Title", "Category: Writing", "New Category", "Prompt Text", "Optimize", "Variable name", "Preview",
+                         ["Title", "Category: Writing", "New Category", "Optimize", "Prompt Text", "Variable name", "Preview",
                           "Cancel", "Back", "Open in Window"])
         self.tab_to("New Category")
         desk.keys("space")
@@ -354,7 +354,7 @@ class Accessibility(screen_reader.ScreenReader):
         order = self.tab_order()
         self.assertEqual([name for name in order if name in ("Title", "Category: Writing", "New Category", "Prompt Text",
                                                              "Optimize with AI", "Variable name", "Preview", "Cancel")],
-                         ["Title", "Category: Writing", "New Category", "Prompt Text", "Optimize with AI", "Variable name",
+                         ["Title", "Category: Writing", "New Category", "Optimize with AI", "Prompt Text", "Variable name",
                           "Preview", "Cancel"])
         self.close(NEW_PROMPT)
 
@@ -385,8 +385,8 @@ class Accessibility(screen_reader.ScreenReader):
             self.assertIn(expected, found)
         self.assert_named(self.tree(PALETTE))
         self.assertEqual(self.tab_order(),
-                         ["Search prompts", "Insert", "Copy", "Share", "Preview", "Close", "Share", "Copy", "Insert",
-                          "Browse Library", "Categories"])
+                         ["Search prompts", "Categories", "Insert", "Copy", "Share", "Preview", "Browse Library", "Close",
+                          "Share", "Copy", "Insert"])
         self.tab_to("Categories")
         desk.keys("Down")
         desk.wait_for("the category's button", lambda: "push button: Share Category" in self.dump(PALETTE), 5, 0.05)

@@ -6,6 +6,7 @@
 #include "NewCategoryForm.h"
 #include "SkillEditorModel.h"
 #include "SkillEditorView.h"
+#include "Stillness.h"
 
 #include <functional>
 
@@ -51,7 +52,7 @@ void drawSkill(const Camera &camera, const QString &name, const ArrangeSkill &ar
     view.show();
     view.activateWindow();
     arrange(desk, view);
-    PromptStage::settle();
+    waitUntilAtRest(view);
     camera.shoot(view, full, PictureGround::window);
 }
 

@@ -8,6 +8,7 @@
 #include "PromptEditorForm.h"
 #include "PromptEditorModel.h"
 #include "PromptEditorView.h"
+#include "Stillness.h"
 #include "TextField.h"
 #include "Theme.h"
 #include "ThemedButton.h"
@@ -15,6 +16,7 @@
 
 #include "Support/Waiting.h"
 
+#include <QScreen>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -38,7 +40,10 @@ struct PromptStage
     {
         if (kind == EditorKind::panel) {
             panel = std::make_unique<MenuBarPromptEditorView>(*desk.appState);
-            panel->resize(Theme::panelWidth, Theme::panelHeight);
+            // As large as the panel that it is a part of.
+            const Theme &theme = Theme::shared();
+            const QSize grown(theme.scaled(Theme::panelWidth), theme.scaled(Theme::panelHeight));
+            panel->resize(grown.boundedTo(panel->screen()->availableSize() - QSize(16, 16)));
         } else {
             window = std::make_unique<PromptEditorView>(*desk.appState);
         }
@@ -95,5 +100,5 @@ struct PromptStage
     }
 
     /// Lets everything that is on its way arrive.
-    static void settle() { QTest::qWait(50); }
+    void settle() { EXPECT_TRUE(waitUntilAtRest(top())); }
 };

@@ -26,9 +26,8 @@ int main(int argc, char **argv)
                             }};
     for (const Theme::Scheme scheme : {Theme::Scheme::light, Theme::Scheme::dark}) {
         Theme::shared().forceScheme(scheme);
-        for (const auto draw : {&drawPicker, &drawLibrary, &drawPalette, &drawPromptEditors, &drawSkillEditor,
-                                &drawSettings, &drawMoreContrast})
-            draw(camera);
+        for (const GalleryPart &part : galleryParts)
+            part.draw(camera);
     }
     return 0;
 }

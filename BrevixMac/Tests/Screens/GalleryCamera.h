@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <array>
 #include <functional>
 
 class QWidget;
@@ -48,3 +49,20 @@ void drawSkillEditor(const Camera &camera);
 void drawSettings(const Camera &camera);
 /// A few of them as on a desktop that asks for more contrast.
 void drawMoreContrast(const Camera &camera);
+
+struct GalleryPart
+{
+    const char *name;
+    void (*draw)(const Camera &camera);
+};
+
+/// All there is.
+inline constexpr std::array galleryParts{
+    GalleryPart{"picker", &drawPicker},
+    GalleryPart{"library", &drawLibrary},
+    GalleryPart{"palette", &drawPalette},
+    GalleryPart{"promptEditors", &drawPromptEditors},
+    GalleryPart{"skillEditor", &drawSkillEditor},
+    GalleryPart{"settings", &drawSettings},
+    GalleryPart{"moreContrast", &drawMoreContrast},
+};

@@ -17,8 +17,12 @@ constexpr QSize designedSize(980, 620);
 
 using ArrangeView = std::function<void(PickerStage &, PromptPaletteView &)>;
 
-/// The palette over the same desk as the picker.
-void shoot(const Camera &camera, const QString &name, const Arrange &before, const ArrangeView &after)
+enum class Screen { large, small };
+
+/// The palette over the same desk as the picker. With a large font or on a small screen it takes what there
+/// is.
+void shoot(const Camera &camera, const QString &name, const Arrange &before, const ArrangeView &after,
+           Screen screen = Screen::large)
 {
     if (!camera.wants(name))
         return;
@@ -28,7 +32,8 @@ void shoot(const Camera &camera, const QString &name, const Arrange &before, con
     AppWindows windows(stage.appState(), stage.desk.workspace, *stage.controller);
     windows.showPalette();
     PromptPalettePanel &panel = windows.palette()->panel();
-    panel.setFixedSize(designedSize);
+    if (screen == Screen::large && Theme::shared().fontScale() <= 1)
+        panel.setFixedSize(designedSize);
     panel.activateWindow();
     settle(stage);
     after(stage, panel.view());
@@ -49,6 +54,16 @@ void beginFilling(PromptPaletteView &view)
 {
     QTest::keyClick(&view.searchField(), Qt::Key_Return);
     QTest::keyClicks(view.form().fields().fields().first(), QStringLiteral("Maria"));
+}
+
+void fail(PickerStage &stage, PromptPaletteView &view)
+{
+    stage.desk.field().isSettable = false;
+    stage.desk.workspace.refusesActivation = true;
+    stage.desk.workspace.frontmost = 1;
+    QTest::keyClick(&view.searchField(), Qt::Key_Down);
+    QTest::keyClick(&view.searchField(), Qt::Key_Return);
+    waitUntil([&] { return stage.appState().insertionRecovery().has_value(); });
 }
 
 } // namespace
@@ -82,15 +97,11 @@ void drawPalette(const Camera &camera)
         waitUntil([&] { return view.banner().isVisible(); });
         QTest::qWait(2 * Theme::longestMotion);
     });
-    shoot(camera, QStringLiteral("palette-failed"), sample, [](PickerStage &stage, PromptPaletteView &view) {
-        stage.desk.field().isSettable = false;
-        stage.desk.workspace.refusesActivation = true;
-        stage.desk.workspace.frontmost = 1;
-        QTest::keyClick(&view.searchField(), Qt::Key_Down);
-        QTest::keyClick(&view.searchField(), Qt::Key_Return);
-        waitUntil([&] { return stage.appState().insertionRecovery().has_value(); });
-    });
+    shoot(camera, QStringLiteral("palette-failed"), sample, fail);
+    shoot(camera, QStringLiteral("palette-small-screen"), longTexts, selectLast, Screen::small);
+    shoot(camera, QStringLiteral("palette-small-screen-failed"), sample, fail, Screen::small);
     const TwiceTheFont twice;
+    shoot(camera, QStringLiteral("palette-failed-200"), sample, fail);
     shoot(camera, QStringLiteral("palette-200"), longTexts, selectLast);
     shoot(camera, QStringLiteral("palette-fill-200"), sample,
           [](PickerStage &, PromptPaletteView &view) { beginFilling(view); });
