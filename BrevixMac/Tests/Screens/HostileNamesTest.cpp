@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppWindows.h"
 #include "FloatingPanelController.h"
+#include "LibraryPage.h"
 #include "PickerStage.h"
 #include "PromptPalettePanel.h"
 #include "PromptPaletteView.h"
@@ -107,6 +108,57 @@ TEST_P(HostileNames, doNotDisturbTheBanner)
     ASSERT_TRUE(waitUntil([&] { return stage.view().banner().isVisible(); }));
     expectOrder(stage.panel(), size);
     EXPECT_TRUE(isPlainLine(stage.view().banner().accessibleName()));
+}
+
+TEST_P(HostileNames, doNotDisturbTheLibrary)
+{
+    stage.open();
+    const QSize size = stage.panel().size();
+    stage.view().setRoute(PickerPanelRoute::library);
+    LibraryPage &library = stage.view().libraryPage();
+    ASSERT_TRUE(waitUntil([&] { return library.isVisible(); }));
+    EXPECT_EQ(library.list().items().rowCount(), 2) << "a prompt and a skill";
+    expectOrder(stage.panel(), size);
+    library.setFilter(LibraryFilter::category(QStringLiteral("c")));
+    EXPECT_TRUE(isPlainLine(library.title()));
+    EXPECT_TRUE(isPlainLine(library.searchField().accessibleName()));
+    expectOrder(stage.panel(), size);
+}
+
+/// The fields of the form on screen say in one line whose they are.
+void expectPlainFields(QWidget &window)
+{
+    int shown = 0;
+    for (const TextField *field : window.findChildren<TextField *>()) {
+        EXPECT_TRUE(isPlainLine(field->accessibleName()));
+        EXPECT_TRUE(isPlainLine(field->placeholderText()));
+        shown += field->isVisible();
+    }
+    EXPECT_GE(shown, 2);
+}
+
+TEST_P(HostileNames, doNotDisturbTheVariableFormOfThePicker)
+{
+    stage.open();
+    const QSize size = stage.panel().size();
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return stage.appState().activeVariablePrompt().has_value(); }));
+    expectPlainFields(stage.panel());
+    stage.type(QStringLiteral("a value"));
+    expectOrder(stage.panel(), size);
+}
+
+TEST_P(HostileNames, doNotDisturbTheVariableFormOfTheLibrary)
+{
+    stage.open();
+    const QSize size = stage.panel().size();
+    stage.view().setRoute(PickerPanelRoute::library);
+    LibraryPage &library = stage.view().libraryPage();
+    QTest::keyClick(&library.searchField(), Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(library.isFormShown());
+    expectPlainFields(stage.panel());
+    stage.type(QStringLiteral("a value"));
+    expectOrder(stage.panel(), size);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, HostileNames, testing::ValuesIn(names),
