@@ -38,7 +38,7 @@ constexpr int halo = Theme::haloWidth;
 constexpr int sideMargin = 18;
 constexpr int searchHeight = 40;
 constexpr int searchShare = 2;          // of the header, twice what its texts have
-constexpr int largestSidebarShare = 34; // percent
+constexpr int largestSidebarShare = 38; // percent
 
 const QString allID = QStringLiteral("all");
 const QString categoryPrefix = QStringLiteral("category:");
@@ -99,6 +99,7 @@ QWidget *PromptPaletteView::makeHeader()
 {
     auto *title = new TextLabel(Theme::Type::screenTitle, Theme::Color::text, TextLabel::Overflow::elide);
     title->setText(QStringLiteral("Prompt Picker"));
+    title->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // the search field gives way first
     auto *texts = new QVBoxLayout;
     texts->setSpacing(0);
     texts->addStretch();
