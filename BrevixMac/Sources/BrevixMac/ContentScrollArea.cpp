@@ -55,7 +55,7 @@ bool ContentScrollArea::focusNextPrevChild(bool next)
 {
     // Not the scroll area's own way, which shows the place of the caret: in a text that is scrolled itself,
     // that may be far outside.
-    return QWidget::focusNextPrevChild(next);
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call)
 }
 
 QSize ContentScrollArea::sizeHint() const
