@@ -43,5 +43,13 @@ TEST(Waiting, anAwaitedTaskThatThrowsThrowsInTheTest)
 
 TEST(Waiting, anAwaitedTaskThatGoesOnIsAnError)
 {
-    EXPECT_THROW(await(number(1s), 5ms), std::runtime_error);
+    bool isOver = false;
+    const auto goesOn = [&isOver]() -> QCoro::Task<int> {
+        co_await sleepFor(50ms);
+        isOver = true;
+        co_return 7;
+    };
+    EXPECT_THROW(await(goesOn(), 5ms), std::runtime_error);
+    EXPECT_FALSE(isOver);
+    EXPECT_TRUE(waitUntil([&] { return isOver; })) << "it was to be left alone";
 }

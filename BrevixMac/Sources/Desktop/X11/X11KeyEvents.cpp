@@ -42,8 +42,9 @@ X11KeyEvents::X11KeyEvents(X11Connection &shared, QObject *parent)
 
 X11KeyEvents::~X11KeyEvents()
 {
-    // The server drops what a client that leaves has not had carried out yet: the releases, here.
-    if (m_isPosting)
+    // The server drops what a client that leaves has not had carried out yet: the releases, here. A busy
+    // server may be late with them, also when the time for which the keys are held is over.
+    if (m_hasPosted)
         m_connection.sync();
 }
 
@@ -136,5 +137,6 @@ bool X11KeyEvents::post(const QList<xcb_keycode_t> &keys, xcb_window_t agreedFoc
     }
     m_connection.flush();
     m_isPosting = isThere && m_connection.isValid();
+    m_hasPosted = m_hasPosted || m_isPosting;
     return isThere;
 }

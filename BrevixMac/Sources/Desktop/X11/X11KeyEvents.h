@@ -45,5 +45,6 @@ private:
     X11Connection m_connection;
     bool m_hasTestExtension = false;
     bool m_isPosting = false;
+    bool m_hasPosted = false;
     TaskScope m_tasks; // keep last: stops the coroutines before the other members die
 };

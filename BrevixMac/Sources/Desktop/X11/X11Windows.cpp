@@ -38,7 +38,8 @@ QByteArray takeProperty(xcb_connection_t *connection, xcb_get_property_cookie_t 
 std::vector<quint32> numbers(const QByteArray &data)
 {
     std::vector<quint32> values(size_t(data.size()) / sizeof(quint32));
-    std::memcpy(values.data(), data.constData(), values.size() * sizeof(quint32));
+    if (!values.empty())
+        std::memcpy(values.data(), data.constData(), values.size() * sizeof(quint32));
     return values;
 }
 

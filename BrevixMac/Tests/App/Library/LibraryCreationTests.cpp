@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LibraryFixture.h"
+#include "RefreshTimer.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -144,10 +145,8 @@ TEST_F(LibraryCreationTest, aRefreshInFlightDoesNotTakeTheRecordAwayAgain)
 {
     bind();
     server.reply("skills", {.delay = std::chrono::milliseconds(60)});
-    const auto timer = store->findChild<QTimer *>();
-    timer->setInterval(1);
+    fireRefreshTimer(*store);
     ASSERT_TRUE(waitUntil([this] { return server.count("skills") == 2; }));
-    timer->setInterval(LibraryStore::refreshInterval);
     server.reply("categories", {.fault = Fault::stall});
     await(store->createPrompt(u"New"_s, u"X"_s, u"c"_s));
     EXPECT_FALSE(waitUntil([this] { return store->prompts().isEmpty(); }, std::chrono::milliseconds(120)));

@@ -3,6 +3,7 @@
 #include "LocalCloud/Documents.h"
 #include "LocalCloud/LocalCloud.h"
 
+#include "RefreshTimer.h"
 #include "Support/AppBench.h"
 #include "Support/Waiting.h"
 
@@ -38,11 +39,7 @@ protected:
     void refreshAfterTheInterval()
     {
         time = time.addSecs(45);
-        QTimer *const timer = store().findChild<QTimer *>();
-        QObject::connect(
-            timer, &QTimer::timeout, timer, [timer] { timer->setInterval(LibraryStore::refreshInterval); },
-            Qt::SingleShotConnection);
-        timer->setInterval(1);
+        fireRefreshTimer(store());
     }
 
     /// Puts documents into the user's @p collection, beside the running server.

@@ -5,6 +5,7 @@
 #include "AuthService.h"
 #include "FirestoreFieldValue.h"
 #include "LibraryDocuments.h"
+#include "RefreshTimer.h"
 
 #include "Foundation/UserDefaults.h"
 #include "Support/FaultyServer.h"
@@ -80,9 +81,8 @@ protected:
     void fireTimer()
     {
         const qsizetype before = server.requests().size();
-        timer()->setInterval(1);
+        fireRefreshTimer(*store);
         ASSERT_TRUE(waitUntil([&] { return server.requests().size() > before; }));
-        timer()->setInterval(LibraryStore::refreshInterval);
     }
 
     QTemporaryDir folder;
