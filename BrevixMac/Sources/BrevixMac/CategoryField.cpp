@@ -114,7 +114,7 @@ void CategoryField::paintEvent(QPaintEvent *)
     const QRectF frame = ThemePainting::controlFrame(*this);
     const int radius = theme.scaled(Theme::fieldRadius);
     QPainter painter(this);
-    ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
+    ThemePainting::fillSunken(painter, frame, radius);
     if (underMouse() && isEnabled())
         ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::hover));
     qreal left = frame.left() + theme.scaled(padding);

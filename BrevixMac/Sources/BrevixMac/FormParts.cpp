@@ -31,8 +31,7 @@ protected:
         {
             const Theme &theme = Theme::shared();
             QPainter painter(this);
-            ThemePainting::fillRounded(painter, rect(), theme.scaled(Theme::chipRadius - 2),
-                                       theme.color(Theme::Color::sunken));
+            ThemePainting::fillSunken(painter, rect(), theme.scaled(Theme::chipRadius - 2));
         }
         QLabel::paintEvent(event);
     }

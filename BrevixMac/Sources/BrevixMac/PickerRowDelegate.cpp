@@ -38,8 +38,7 @@ void drawChip(QPainter &painter, const QPoint &left, const QString &label)
     const int height = metrics.height() + theme.scaled(3);
     const QRect frame(left.x(), left.y() - height / 2,
                       metrics.horizontalAdvance(label) + 2 * theme.scaled(chipPadding), height);
-    ThemePainting::fillRounded(painter, frame, std::min<qreal>(theme.scaled(6), frame.height() / 2.0),
-                               theme.color(Theme::Color::sunken));
+    ThemePainting::fillSunken(painter, frame, std::min<qreal>(theme.scaled(6), frame.height() / 2.0));
     painter.setFont(font);
     painter.setPen(theme.color(Theme::Color::secondary));
     painter.drawText(frame, Qt::AlignCenter | Qt::TextSingleLine, label);

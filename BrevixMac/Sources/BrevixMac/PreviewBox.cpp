@@ -24,7 +24,7 @@ void PreviewBox::paintEvent(QPaintEvent *)
     const int radius = theme.scaled(Theme::fieldRadius);
     const QRectF frame = ThemePainting::controlFrame(*this);
     QPainter painter(this);
-    ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
+    ThemePainting::fillSunken(painter, frame, radius);
     if (m_text->hasFocus())
         ThemePainting::focusRing(painter, frame, radius);
 }

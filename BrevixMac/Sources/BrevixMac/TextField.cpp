@@ -93,7 +93,7 @@ void TextField::paintEvent(QPaintEvent *event)
     {
         QPainter painter(this);
         const QRectF frame = ThemePainting::controlFrame(*this);
-        ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
+        ThemePainting::fillSunken(painter, frame, radius);
         if (!m_symbol.isEmpty()) {
             const int size = theme.scaled(Theme::symbolSize);
             const QRectF area(frame.left() + theme.scaled(symbolPadding), frame.top(), size, frame.height());

@@ -42,6 +42,8 @@ constexpr ColorPair pair(Theme::Color token)
         return {0xfff5f5f9, 0xff18181d};
     case Theme::Color::line:
         return {withAlpha(0x17171c, 0.09), withAlpha(0xffffff, 0.09)};
+    case Theme::Color::edge:
+        return {0, 0};
     case Theme::Color::hover:
         return {withAlpha(0x17171c, 0.045), withAlpha(0xffffff, 0.055)};
     case Theme::Color::text:
@@ -89,6 +91,7 @@ constexpr ColorPair strongPair(Theme::Color token)
     case Theme::Color::sidebar:
         return {0xffececf1, 0xff000000};
     case Theme::Color::line:
+    case Theme::Color::edge:
         return {withAlpha(0x000000, 0.62), withAlpha(0xffffff, 0.66)};
     case Theme::Color::hover:
         return {withAlpha(0x17171c, 0.10), withAlpha(0xffffff, 0.14)};

@@ -25,6 +25,7 @@ public:
         sunken,  ///< fields, quiet buttons, tags
         sidebar, ///< the column of filters
         line,    ///< hairlines and borders
+        edge,    ///< around what is sunken: clear unless the desktop asks for more contrast
         hover,   ///< a row or plain button under the pointer
         text,
         secondary, ///< previews, captions

@@ -22,6 +22,15 @@ void ThemePainting::fillRounded(QPainter &painter, const QRectF &frame, qreal ra
     painter.drawRoundedRect(frame, radius, radius);
 }
 
+void ThemePainting::fillSunken(QPainter &painter, const QRectF &frame, qreal radius)
+{
+    const Theme &theme = Theme::shared();
+    fillRounded(painter, frame, radius, theme.color(Theme::Color::sunken));
+    const QColor edge = theme.color(Theme::Color::edge);
+    if (edge.alpha() > 0)
+        strokeRounded(painter, frame, radius, edge);
+}
+
 void ThemePainting::strokeRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &color,
                                   qreal width)
 {

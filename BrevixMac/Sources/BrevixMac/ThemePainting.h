@@ -18,6 +18,9 @@ QRectF controlFrame(const QWidget &widget);
 
 void fillRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &fill);
 
+/// The ground of a field, a quiet button or a tag.
+void fillSunken(QPainter &painter, const QRectF &frame, qreal radius);
+
 /// A one pixel border inside @p frame.
 void strokeRounded(QPainter &painter, const QRectF &frame, qreal radius, const QColor &color,
                    qreal width = 1);

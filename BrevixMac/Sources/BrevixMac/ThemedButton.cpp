@@ -225,7 +225,10 @@ void ThemedButton::paintEvent(QPaintEvent *)
     const QRectF frame = ThemePainting::controlFrame(*this);
     const int radius = theme.scaled(Theme::buttonRadius);
     painter.setOpacity(isEnabled() || m_isBusy ? 1 : disabledOpacity);
-    ThemePainting::fillRounded(painter, frame, radius, background());
+    if (m_kind == Kind::quiet)
+        ThemePainting::fillSunken(painter, frame, radius);
+    else
+        ThemePainting::fillRounded(painter, frame, radius, background());
     if (m_kind == Kind::quiet && underMouse() && isEnabled())
         ThemePainting::fillRounded(painter, frame, radius, theme.color(Theme::Color::hover));
     paintContent(painter, frame, ink());

@@ -90,9 +90,11 @@ TEST_F(ThemeTest, aDesktopThatAsksForMoreContrastGetsIt)
         const QColor surface = Theme::color(Color::surface, scheme);
         EXPECT_GE(contrast(Theme::color(Color::secondary, scheme), surface), 7) << int(scheme);
         EXPECT_GE(contrast(over(Theme::color(Color::line, scheme), surface), surface), 3) << int(scheme);
+        EXPECT_GE(contrast(over(Theme::color(Color::edge, scheme), surface), surface), 3) << int(scheme);
     }
     report(QStringLiteral("contrast"), 0);
     EXPECT_EQ(Theme::shared().color(Color::line), before);
+    EXPECT_EQ(Theme::shared().color(Color::edge).alpha(), 0);
 }
 
 TEST_F(ThemeTest, screensFadeBrieflyAndNotAtAllWhereLessMotionIsAskedFor)
