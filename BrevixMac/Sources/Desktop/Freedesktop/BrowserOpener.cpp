@@ -16,8 +16,8 @@ namespace {
 /// not end with the program that has opened it.
 QSet<QProcess *> &runningOpeners()
 {
-    static QSet<QProcess *> processes;
-    return processes;
+    static auto *const processes = new QSet<QProcess *>; // outlives everything, as they do
+    return *processes;
 }
 
 QProcess *makeProcess(const QString &program, const QStringList &arguments)
