@@ -25,7 +25,7 @@ void FileWriter::schedule(const QString &path, const Write &write)
 
 void FileWriter::waitForWrites()
 {
-    m_thread.waitForDone();
+    waitForAll(m_thread);
 }
 
 void FileWriter::writePending()

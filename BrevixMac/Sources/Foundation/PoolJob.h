@@ -41,8 +41,9 @@ void startOn(QThreadPool &pool, Work work)
     class Job final : public QRunnable
     {
     public:
-        explicit Job(Work work)
-            : m_work(std::move(work))
+        Job(QThreadPool &pool, Work work)
+            : m_pool(pool)
+            , m_work(std::move(work))
         {
             ThreadOrder::handOver(this);
         }
@@ -51,10 +52,19 @@ void startOn(QThreadPool &pool, Work work)
         {
             ThreadOrder::takeOver(this);
             m_work();
+            ThreadOrder::handOver(&m_pool);
         }
 
     private:
+        QThreadPool &m_pool;
         Work m_work;
     };
-    pool.start(new Job(std::move(work))); // which owns it
+    pool.start(new Job(pool, std::move(work))); // which owns it
+}
+
+/// Blocks until all that startOn() has given to @p pool is done.
+inline void waitForAll(QThreadPool &pool)
+{
+    pool.waitForDone();
+    ThreadOrder::takeOver(&pool);
 }

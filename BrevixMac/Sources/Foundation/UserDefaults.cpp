@@ -11,6 +11,8 @@
 #include <QLoggingCategory>
 #include <QStandardPaths>
 
+#include <utility>
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcDefaults, "brevix.defaults")
@@ -118,7 +120,10 @@ void UserDefaults::waitForWrites()
 
 void UserDefaults::write()
 {
-    m_writer->schedule(m_filePath, [path = m_filePath, values = m_values] {
+    // A map of the writer's own: whether one is shared, Qt asks in a way that orders nothing between threads.
+    QVariantMap copy = m_values;
+    copy.detach();
+    m_writer->schedule(m_filePath, [path = m_filePath, values = std::move(copy)] {
         if (const auto problem = PrivateFile::write(path, PropertyList::serialize(values)))
             qCWarning(lcDefaults, "%ls cannot be written: %ls", qUtf16Printable(path),
                       qUtf16Printable(*problem));

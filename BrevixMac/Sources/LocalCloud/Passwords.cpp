@@ -65,7 +65,7 @@ PasswordChecks::PasswordChecks()
 PasswordChecks::~PasswordChecks()
 {
     m_pool.clear();
-    m_pool.waitForDone();
+    waitForAll(m_pool);
 }
 
 bool PasswordChecks::start(const QByteArray &hash, const QString &password, std::function<void(bool)> done)
