@@ -6,6 +6,7 @@
 #include "AppState.h"
 #include "AppWindows.h"
 #include "Doctor.h"
+#include "HeapUpkeep.h"
 #include "InstanceService.h"
 #include "MenuBarController.h"
 
@@ -24,8 +25,6 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTimer>
-
-#include <malloc.h>
 
 namespace {
 
@@ -96,15 +95,6 @@ StoredAuthSession storedSession(const LocalCloud::Session &session)
             .expiresAt = session.expiresAt};
 }
 
-/// Has large buffers (clipboard snapshots, library answers) mapped for themselves, so that all of their
-/// memory is given back. By default the C library moves the limit up with each such buffer, until they
-/// fragment the heap.
-void keepLargeBuffersOutOfTheHeap()
-{
-    constexpr int smallestMapped = 256 * 1024;
-    mallopt(M_MMAP_THRESHOLD, smallestMapped);
-}
-
 } // namespace
 
 struct BrevixMacApp::Parts
@@ -128,6 +118,7 @@ struct BrevixMacApp::Parts
     AutostartEntry loginItem;
     std::unique_ptr<LocalCloud> localCloud;
     std::unique_ptr<AppState> appState;
+    std::unique_ptr<HeapUpkeep> heapUpkeep;
     std::unique_ptr<AppDelegate> delegate;
     std::unique_ptr<MenuBarController> menuBar;
     std::unique_ptr<AppWindows> windows;
@@ -157,6 +148,7 @@ struct BrevixMacApp::Parts
             .processIdentifier = QCoreApplication::applicationPid(),
             .draftFolder = draftFolder,
         });
+        heapUpkeep = std::make_unique<HeapUpkeep>(*appState);
     }
 
     /// The library server that BREVIX_SERVER names, else the real services.
@@ -242,7 +234,7 @@ struct BrevixMacApp::Parts
 BrevixMacApp::BrevixMacApp(InstanceService &instance, Library library, const Failed &failed)
     : m_parts(std::make_unique<Parts>(library))
 {
-    keepLargeBuffersOutOfTheHeap();
+    HeapUpkeep::mapLargeBuffers();
     AccessibleRoles::install();
     Parts &parts = *m_parts;
     if (library == Library::cloud) {
