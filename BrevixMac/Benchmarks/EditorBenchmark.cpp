@@ -3,6 +3,7 @@
 #include "ScreenBenchmark.h"
 #include "Screens/EditorStage.h"
 
+#include "PreviewText.h"
 #include "PromptTemplateParser.h"
 #include "VariableFields.h"
 #include "VariableForm.h"
@@ -50,22 +51,26 @@ BENCHMARK_CAPTURE(keystrokeInAPrompt, window, EditorKind::window)
     ->Arg(100 << 10)
     ->Unit(benchmark::kMillisecond);
 
-/// Types a value into the first field of a form over a prompt of @p size UTF-16 units with as many variables
-/// as there are fields.
-void keystrokeInAVariable(benchmark::State &state)
+/// A prompt of @p size UTF-16 units with as many variables as a form asks for, the first one in every
+/// sentence.
+PromptItem promptWithManyVariables(qsizetype size)
 {
     QString text;
-    for (int number = 0; text.size() < state.range(0); ++number)
+    for (int number = 0; text.size() < size; ++number)
         text +=
             QStringLiteral("Tell {{name_%1}} what changed, in plain words and with the dates, and ask for "
                            "an answer by the end of the week; mention {{name_0}} too. ")
                 .arg(number % VariableFields::mostFields) +
             (number % 6 == 5 ? QStringLiteral("\n") : QString());
-    const PromptItem prompt{
-        .id = QStringLiteral("p"), .title = QStringLiteral("T"), .text = text, .categoryID = {}};
+    return {.id = QStringLiteral("p"), .title = QStringLiteral("T"), .text = text, .categoryID = {}};
+}
+
+/// Types a value into the first field of a form. The preview of a long prompt follows within a frame, by
+/// itself.
+void keystrokeInAVariable(benchmark::State &state)
+{
+    const PromptItem prompt = promptWithManyVariables(state.range(0));
     VariableValues values;
-    for (const VariableToken &variable : PromptTemplateParser::variables(text))
-        values.insert(variable.name, QString());
     VariableForm form({.title = QStringLiteral("Fill Variables"),
                        .cancel = QStringLiteral("Back"),
                        .confirm = QStringLiteral("Continue"),
@@ -77,6 +82,8 @@ void keystrokeInAVariable(benchmark::State &state)
                      });
     form.resize(Theme::panelWidth, Theme::panelHeight);
     form.show();
+    if (!QTest::qWaitForWindowExposed(&form))
+        return state.SkipWithError("no window");
     form.begin(prompt, values);
     QCoreApplication::sendPostedEvents();
     TextField &field = *form.fields().fields().first();
@@ -90,6 +97,29 @@ void keystrokeInAVariable(benchmark::State &state)
     }
 }
 BENCHMARK(keystrokeInAVariable)->Arg(1 << 10)->Arg(100 << 10)->Unit(benchmark::kMillisecond);
+
+/// Changes one variable's value: the one in every sentence (0), or one that stands in a few (1).
+void previewOfALongPrompt(benchmark::State &state)
+{
+    const PromptItem prompt = promptWithManyVariables(100 << 10);
+    const QString changed = state.range(0) == 0 ? QStringLiteral("name_0") : QStringLiteral("name_1");
+    VariableValues values;
+    for (const VariableToken &variable : PromptTemplateParser::variables(prompt.text))
+        values.insert(variable.name, QStringLiteral("value"));
+    PreviewText preview;
+    preview.resize(Theme::panelWidth, 300);
+    preview.show();
+    if (!QTest::qWaitForWindowExposed(&preview))
+        return state.SkipWithError("no window");
+    preview.setPrompt(prompt, values);
+    int round = 0;
+    for (auto _ : state) {
+        values.insert(changed, QString(++round % 40, u'x'));
+        preview.setPrompt(prompt, values);
+        preview.repaint();
+    }
+}
+BENCHMARK(previewOfALongPrompt)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -20,6 +20,9 @@ namespace {
 constexpr int halo = Theme::haloWidth;
 constexpr int leastFieldsHeight = 130;
 constexpr int footerHeight = 65;
+// The preview of a longer one takes up to some 30 ms, where a variable stands in every paragraph.
+constexpr qsizetype longText = 8LL * 1024;
+constexpr std::chrono::milliseconds frame{16};
 
 } // namespace
 
@@ -42,6 +45,9 @@ VariableForm::VariableForm(const Wording &wording, QWidget *parent)
     column->addLayout(m_notices);
     column->addWidget(makeFooter());
 
+    m_refreshing.setSingleShot(true);
+    m_refreshing.setInterval(frame);
+    connect(&m_refreshing, &QTimer::timeout, this, &VariableForm::refreshPreview);
     connect(m_header, &PageHeader::backRequested, this, &VariableForm::cancelled);
     connect(m_cancel, &QPushButton::clicked, this, &VariableForm::cancelled);
     connect(m_confirm, &QPushButton::clicked, this, &VariableForm::confirm);
@@ -99,7 +105,8 @@ void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
     m_prompt = prompt;
     m_header->setSubtitle(OneLine::of(prompt.title), TextLabel::Overflow::elide);
     m_fields->setPrompt(prompt, values);
-    m_preview->setPrompt(prompt, values);
+    m_values = values;
+    refreshPreview();
     setTabOrders();
     m_fields->focusFirst();
 }
@@ -118,7 +125,17 @@ void VariableForm::setTabOrders()
 void VariableForm::setValues(const VariableValues &values)
 {
     m_fields->setValues(values);
-    m_preview->setPrompt(m_prompt, values);
+    m_values = values;
+    if (m_prompt.text.size() < longText)
+        refreshPreview();
+    else if (!m_refreshing.isActive())
+        m_refreshing.start(); // the field is repainted first, and several keys may share one refresh
+}
+
+void VariableForm::refreshPreview()
+{
+    m_refreshing.stop();
+    m_preview->setPrompt(m_prompt, m_values);
 }
 
 void VariableForm::setBusy(bool isBusy)

@@ -4,6 +4,8 @@
 #include "Models.h"
 #include "VariableFields.h"
 
+#include <QTimer>
+
 class PageHeader;
 class PreviewText;
 class QVBoxLayout;
@@ -56,8 +58,11 @@ private:
     QVBoxLayout *makeBody();
     void setTabOrders();
     void confirm();
+    void refreshPreview();
 
     PromptItem m_prompt;
+    VariableValues m_values;
+    QTimer m_refreshing; ///< of the preview of a long text
     PageHeader *m_header;
     VariableFields *m_fields;
     PreviewText *m_preview;

@@ -104,6 +104,18 @@ TEST_F(VariableFormTest, thePreviewFollowsEveryKeystroke)
     EXPECT_TRUE(full().preview().textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
 }
 
+TEST_F(VariableFormTest, thePreviewOfALongTextFollowsSoonAndWhatIsInsertedDoesNotWaitForIt)
+{
+    const QString filling = QStringLiteral("Some words of a long prompt.\n").repeated(400);
+    fill(filling + u"{{a}}{{b}}{{c}}");
+    stage.type(QStringLiteral("xyz"));
+    EXPECT_TRUE(waitUntil([&] { return full().preview().toPlainText() == QString(filling + u"xyz"); }));
+    stage.type(QStringLiteral("!"));
+    stage.key(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return !stage.controller->isPickerVisible(); }));
+    EXPECT_EQ(stage.fieldText(), QString(filling + u"xyz!"));
+}
+
 TEST_F(VariableFormTest, aFieldWithSpacesInItsBracesChangesNothing)
 {
     fill(QStringLiteral("{{ a }}"));
