@@ -88,7 +88,8 @@ QSize TextLabel::minimumSizeHint() const
 /// laid out in another way, that does not.
 bool TextLabel::breaksWords(int width) const
 {
-    return m_overflow == Overflow::wrap && width > 0 && textInteractionFlags() == Qt::NoTextInteraction &&
+    return m_overflow == Overflow::wrap && width > 0 &&
+           !(textInteractionFlags() & Qt::TextSelectableByMouse) &&
            fontMetrics().boundingRect(QRect(0, 0, width, anyHeight), Qt::TextWordWrap, text()).width() >
                width;
 }

@@ -8,6 +8,7 @@
 #include "OneLine.h"
 #include "PromptTemplateParser.h"
 #include "Symbols.h"
+#include "TextLabel.h"
 
 #include <QAccessible>
 #include <QLabel>
@@ -119,6 +120,28 @@ QWidget *block(const QString &text)
     auto *label = new QLabel(text);
     label->setFixedSize(text.size() > 1 ? 300 : 40, 20);
     return label;
+}
+
+TEST(TextLabelTest, breaksAWordThatIsWiderThanItself)
+{
+    TextLabel label(Theme::Type::caption, Theme::Color::text, TextLabel::Overflow::wrap);
+    label.setText(QStringLiteral("Of ada@") + QString(60, u'x') + u".example");
+    const int line = label.fontMetrics().height();
+    const int broken = label.heightForWidth(120);
+    EXPECT_GE(broken, 4 * line) << "every part of the address needs a line";
+    label.resize(120, broken);
+    const QImage picture = label.grab().toImage();
+    const auto isPlain = [&](int y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixel(x, y) != picture.pixel(0, 0))
+                return false;
+        }
+        return true;
+    };
+    bool isLastLineDrawn = false;
+    for (int y = picture.height() - line; y < picture.height(); ++y)
+        isLastLineDrawn = isLastLineDrawn || !isPlain(y);
+    EXPECT_TRUE(isLastLineDrawn);
 }
 
 TEST(FlowLayoutTest, wrapsOntoNewLinesAndKeepsTheWidgetsThatStay)
