@@ -1,24 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ButtonBar.h"
 
+#include "LayoutWatch.h"
 #include "Theme.h"
 #include "ThemedButton.h"
 
-#include <QEvent>
 #include <QLayout>
 #include <QPainter>
 
 void ButtonBar::setShrinking(const QList<ThemedButton *> &buttons)
 {
     m_shrinking = buttons;
+    new LayoutWatch(this, [this] { arrange(); });
     for (ThemedButton *button : buttons)
         button->setToolTip(button->text());
 }
 
 void ButtonBar::arrange()
 {
-    if (m_shrinking.isEmpty())
-        return;
     using Face = ThemedButton::Face;
     const QMargins margins = layout()->contentsMargins();
     int room = width() - margins.left() - margins.right();
@@ -29,19 +28,6 @@ void ButtonBar::arrange()
         if (room < 0)
             room += button->sizeFor(Face::full).width() - button->sizeFor(Face::symbolOnly).width();
     }
-}
-
-void ButtonBar::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    arrange();
-}
-
-bool ButtonBar::event(QEvent *event)
-{
-    if (event->type() == QEvent::LayoutRequest)
-        arrange();
-    return QWidget::event(event);
 }
 
 void ButtonBar::paintEvent(QPaintEvent *)

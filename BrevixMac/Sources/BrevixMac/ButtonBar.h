@@ -14,13 +14,11 @@ public:
     using QWidget::QWidget;
 
     /// Which buttons show only their symbols, one after the other, where not all texts have room. The tool
-    /// tips of these tell their texts.
+    /// tips of these tell their texts. To be called once.
     void setShrinking(const QList<ThemedButton *> &buttons);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
-    bool event(QEvent *event) override;
 
 private:
     void arrange();

@@ -75,10 +75,7 @@ void CompactVariableForm::begin()
 
 QList<QWidget *> CompactVariableForm::tabOrder() const
 {
-    QList<QWidget *> order;
-    for (TextField *field : m_fields->fields())
-        order.append(field);
-    return order << m_back << m_continue;
+    return m_fields->tabOrder() << m_back << m_continue;
 }
 
 void CompactVariableForm::refreshButtons()

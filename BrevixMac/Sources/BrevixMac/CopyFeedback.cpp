@@ -5,7 +5,8 @@
 
 #include <QTimer>
 
-#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace {
 

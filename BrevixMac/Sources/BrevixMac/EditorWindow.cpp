@@ -7,12 +7,12 @@
 #include "Symbols.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
+#include "WindowSize.h"
 
 #include <QAction>
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QShortcut>
 
 namespace {
@@ -20,7 +20,6 @@ namespace {
 constexpr int headerTop = 20;
 constexpr int tileSize = 38;
 constexpr int tileSymbol = 19;
-constexpr int screenShare = 90; // percent of the screen that a window takes at most
 
 /// A symbol on a soft ground.
 class SymbolTile final : public QWidget
@@ -64,7 +63,7 @@ EditorWindow::EditorWindow(const QString &title, const QSize &size)
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(title);
     const QSize wanted(Theme::shared().scaled(size.width()), Theme::shared().scaled(size.height()));
-    resize(wanted.boundedTo(screen()->availableSize() * screenShare / 100));
+    resize(WindowSize::onScreen(*this, wanted));
     auto *close = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(close, &QShortcut::activated, this, &QWidget::close);
     connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&QWidget::update));

@@ -49,7 +49,7 @@ FloatingPanelController::FloatingPanelController(AppState &appState, Workspace &
 
 FloatingPanelController::FloatingPanelController(QDataStream &)
 {
-    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+    stopOnArchive();
 }
 
 FloatingPanelController::~FloatingPanelController() = default;

@@ -2,11 +2,11 @@
 #include "HeadingRow.h"
 
 #include "FormParts.h"
+#include "LayoutWatch.h"
 #include "TextLabel.h"
 #include "ThemedButton.h"
 
 #include <QBoxLayout>
-#include <QEvent>
 
 HeadingRow::HeadingRow(const QString &heading, const QList<ThemedButton *> &buttons, QWidget *parent)
     : QWidget(parent)
@@ -21,19 +21,7 @@ HeadingRow::HeadingRow(const QString &heading, const QList<ThemedButton *> &butt
     m_row->addLayout(m_end);
     for (ThemedButton *button : buttons)
         m_end->addWidget(button);
-}
-
-void HeadingRow::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    arrange();
-}
-
-bool HeadingRow::event(QEvent *event)
-{
-    if (event->type() == QEvent::LayoutRequest)
-        arrange();
-    return QWidget::event(event);
+    new LayoutWatch(this, [this] { arrange(); });
 }
 
 void HeadingRow::arrange()

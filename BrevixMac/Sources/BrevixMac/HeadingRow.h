@@ -17,10 +17,6 @@ class HeadingRow final : public QWidget
 public:
     HeadingRow(const QString &heading, const QList<ThemedButton *> &buttons, QWidget *parent = nullptr);
 
-protected:
-    void resizeEvent(QResizeEvent *event) override;
-    bool event(QEvent *event) override;
-
 private:
     void arrange();
 

@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "EmptyState.h"
+#include "LayoutWatch.h"
 #include "PaletteGrounds.h"
 #include "PickerList.h"
 #include "PromptPreview.h"
@@ -12,7 +13,6 @@
 #include "Theme.h"
 
 #include <QBoxLayout>
-#include <QEvent>
 #include <QStackedWidget>
 
 namespace {
@@ -51,6 +51,7 @@ PaletteResults::PaletteResults(AppState &appState, QWidget *parent)
     m_row->addWidget(m_line);
     m_row->addWidget(m_preview, previewStretch);
     connect(&Theme::shared(), &Theme::changed, this, &PaletteResults::arrange);
+    new LayoutWatch(this, [this] { arrange(); });
 }
 
 void PaletteResults::fillListColumn()
@@ -78,19 +79,6 @@ void PaletteResults::showListOrEmptyState(bool isNarrowed)
         m_empty->setSync(m_appState.libraryStore().syncState());
     const bool isEmpty = m_list->items().rowCount() == 0;
     m_lists->setCurrentWidget(isEmpty ? static_cast<QWidget *>(m_empty) : m_list);
-}
-
-void PaletteResults::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    arrange();
-}
-
-bool PaletteResults::event(QEvent *event)
-{
-    if (event->type() == QEvent::LayoutRequest)
-        arrange();
-    return QWidget::event(event);
 }
 
 void PaletteResults::arrange()

@@ -35,10 +35,6 @@ public:
     ResultLine &resultLine() const { return *m_result; }
     PromptPreview &preview() const { return *m_preview; }
 
-protected:
-    void resizeEvent(QResizeEvent *event) override;
-    bool event(QEvent *event) override;
-
 private:
     void fillListColumn();
     void arrange();

@@ -14,3 +14,9 @@
     std::fflush(stderr);
     std::abort();
 }
+
+/// What an initialiser does that takes its object from an archive: no window can be made from one.
+[[noreturn]] inline void stopOnArchive()
+{
+    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+}

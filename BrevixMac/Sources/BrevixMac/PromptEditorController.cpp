@@ -11,7 +11,7 @@ PromptEditorController::PromptEditorController(AppState &appState)
 
 PromptEditorController::PromptEditorController(QDataStream &)
 {
-    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+    stopOnArchive();
 }
 
 PromptEditorController::~PromptEditorController() = default;

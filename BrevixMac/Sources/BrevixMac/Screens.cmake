@@ -13,6 +13,7 @@ add_library(BrevixMac STATIC
     ContentScrollArea.cpp ContentScrollArea.h
     CopyFeedback.cpp CopyFeedback.h
     HintBubble.cpp HintBubble.h
+    LayoutWatch.cpp LayoutWatch.h
     PageFade.cpp PageFade.h
     PageHeader.cpp PageHeader.h
     RowOverlay.cpp RowOverlay.h
@@ -32,6 +33,7 @@ add_library(BrevixMac STATIC
     AccessibleRoles.cpp AccessibleRoles.h
     AppWindows.cpp AppWindows.h
     RoundedPanel.cpp RoundedPanel.h
+    WindowSize.h
     # Palette
     PaletteGrounds.cpp PaletteGrounds.h
     PaletteResults.cpp PaletteResults.h

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SettingsRow.h"
 
+#include "LayoutWatch.h"
 #include "OneLine.h"
 #include "StatusChip.h"
 #include "TextLabel.h"
 
 #include <QBoxLayout>
-#include <QEvent>
 
 namespace {
 
@@ -55,6 +55,7 @@ SettingsRow::SettingsRow(const QString &title, const QString &subtitle, QWidget 
     m_note->setContentsMargins(0, 0, Theme::haloWidth, 0);
     connect(&Theme::shared(), &Theme::changed, this, &SettingsRow::onThemeChanged);
     onThemeChanged();
+    new LayoutWatch(this, [this] { arrange(); });
 }
 
 void SettingsRow::onThemeChanged()
@@ -123,19 +124,6 @@ QString SettingsRow::subtitle() const
 QString SettingsRow::note() const
 {
     return m_note->isHidden() ? QString() : m_note->text();
-}
-
-void SettingsRow::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    arrange();
-}
-
-bool SettingsRow::event(QEvent *event)
-{
-    if (event->type() == QEvent::LayoutRequest)
-        arrange();
-    return QWidget::event(event);
 }
 
 void SettingsRow::arrange()

@@ -37,10 +37,6 @@ public:
     QString subtitle() const;
     QString note() const;
 
-protected:
-    void resizeEvent(QResizeEvent *event) override;
-    bool event(QEvent *event) override;
-
 private:
     void onThemeChanged();
     void arrange();

@@ -4,20 +4,17 @@
 #include "ProgrammingError.h"
 #include "SettingsView.h"
 #include "Theme.h"
+#include "WindowSize.h"
 
 #include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int openingHeight = 720;
 constexpr int topMargin = 14;
-constexpr int screenShare = 90; // percent of the screen that a window takes at most
 
 /// A window on the theme's surface.
 class SurfaceWindow final : public QWidget
@@ -45,8 +42,7 @@ SettingsWindowController::SettingsWindowController(AppState &appState)
 {
     m_window->setWindowTitle(QStringLiteral("Brevix Settings"));
     m_window->setMinimumSize(leastWidth, leastHeight);
-    const int room = m_window->screen()->availableSize().height() * screenShare / 100;
-    m_window->resize(leastWidth, std::min(openingHeight, room));
+    m_window->resize(WindowSize::onScreen(*m_window, {leastWidth, openingHeight}));
     auto *layout = new QVBoxLayout(m_window.get());
     layout->setContentsMargins(0, topMargin, 0, 0);
     m_window->installEventFilter(this);
@@ -55,7 +51,7 @@ SettingsWindowController::SettingsWindowController(AppState &appState)
 
 SettingsWindowController::SettingsWindowController(QDataStream &)
 {
-    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+    stopOnArchive();
 }
 
 SettingsWindowController::~SettingsWindowController()

@@ -11,7 +11,7 @@ SkillEditorController::SkillEditorController(AppState &appState)
 
 SkillEditorController::SkillEditorController(QDataStream &)
 {
-    stopOnProgrammingError(QStringLiteral("init(coder:) has not been implemented"));
+    stopOnArchive();
 }
 
 SkillEditorController::~SkillEditorController() = default;

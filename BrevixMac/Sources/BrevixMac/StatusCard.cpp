@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StatusCard.h"
 
+#include "LayoutWatch.h"
 #include "OneLine.h"
 #include "Symbols.h"
 #include "TextLabel.h"
 #include "ThemePainting.h"
 
 #include <QBoxLayout>
-#include <QEvent>
 #include <QPainter>
 
 #include <chrono>
@@ -40,6 +40,7 @@ StatusCard::StatusCard(QWidget *parent)
     m_row->addLayout(m_buttons);
     connect(&Theme::shared(), &Theme::changed, this, &StatusCard::onThemeChanged);
     onThemeChanged();
+    new LayoutWatch(this, [this] { arrange(); });
 }
 
 void StatusCard::onThemeChanged()
@@ -65,19 +66,6 @@ void StatusCard::arrange()
     m_buttons->setContentsMargins(0, 0, 0, isStacked ? vertical - Theme::haloWidth : 0);
     m_row->setDirection(isStacked ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     m_row->setAlignment(m_buttons, isStacked ? Qt::AlignLeft : Qt::Alignment());
-}
-
-void StatusCard::resizeEvent(QResizeEvent *event)
-{
-    QFrame::resizeEvent(event);
-    arrange();
-}
-
-bool StatusCard::event(QEvent *event)
-{
-    if (event->type() == QEvent::LayoutRequest)
-        arrange();
-    return QFrame::event(event);
 }
 
 void StatusCard::describe(Tint tint, const QString &symbol, const QString &title, const QString &detail)

@@ -47,14 +47,18 @@ void VariableFields::setPrompt(const PromptItem &prompt, const VariableValues &v
     m_variables.resize(std::min(found, mostFields));
     for (const VariableToken &variable : std::as_const(m_variables))
         addField(variable);
-    for (qsizetype index = 1; index < m_fields.size(); ++index)
-        setTabOrder(m_fields.at(index - 1), m_fields.at(index));
-    setNote(found <= mostFields ? QString()
-                                : QStringLiteral("This prompt has %L1 variables. Those after the first %L2 "
-                                                 "stay empty.")
-                                      .arg(found)
-                                      .arg(mostFields));
+    m_bound = found <= mostFields
+                  ? QString()
+                  : QStringLiteral("This prompt has %L1 variables. Those after the first %L2 stay empty.")
+                        .arg(found)
+                        .arg(mostFields);
+    setNote(m_bound);
     setValues(values);
+}
+
+QList<QWidget *> VariableFields::tabOrder() const
+{
+    return {m_fields.cbegin(), m_fields.cend()};
 }
 
 QString VariableFields::note() const
@@ -76,7 +80,7 @@ void VariableFields::onEdited(TextField &field, const QString &name, const QStri
                     .arg(longestValue));
         return;
     }
-    setNote({});
+    setNote(m_bound);
     Q_EMIT valueEdited(name, value);
 }
 

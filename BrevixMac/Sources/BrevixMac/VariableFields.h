@@ -35,6 +35,9 @@ public:
 
     const QList<TextField *> &fields() const { return m_fields; }
 
+    /// The fields, as Tab visits them.
+    QList<QWidget *> tabOrder() const;
+
     /// What is said below the fields, empty as a rule.
     QString note() const;
 
@@ -53,6 +56,7 @@ private:
     Placeholder m_placeholder;
     QList<VariableToken> m_variables;
     QList<TextField *> m_fields;
+    QString m_bound; ///< what is said of variables without a field
     QVBoxLayout *m_column;
     TextLabel *m_note;
 };

@@ -114,9 +114,7 @@ void VariableForm::begin(const PromptItem &prompt, const VariableValues &values)
 void VariableForm::setTabOrders()
 {
     QList<QWidget *> order{&m_header->backButton()};
-    for (TextField *field : m_fields->fields())
-        order.append(field);
-    order.append(m_preview);
+    order << m_fields->tabOrder() << m_preview;
     for (ThemedButton *button : std::as_const(m_noticeButtons))
         order.append(button);
     TabOrder::set(order << m_cancel << m_confirm);
